@@ -1,0 +1,16 @@
+// How a message about a hostile file stays short and on one line.
+#include "machines/recorded/recording_error.h"
+
+#include "machines/recorded/one_line.h"
+
+namespace machines {
+
+RecordingError::RecordingError(std::string_view message) : std::runtime_error(OneLine(message)) {}
+
+std::string Shortened(std::string_view text) {
+  constexpr std::size_t kLongest = 80;
+  if (text.size() <= kLongest) return std::string(text);
+  return std::string(text.substr(0, kLongest)) + "...";
+}
+
+}  // namespace machines

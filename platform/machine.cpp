@@ -1,0 +1,31 @@
+// The makers of numbers and the lookup in a dictionary of properties.
+#include "platform/machine.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+namespace platform {
+
+bool Property::operator==(const Property& other) const { return value == other.value; }
+
+Number IntegerNumber(std::int64_t value) {
+  const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
+                    value <= std::numeric_limits<std::int32_t>::max();
+  return {fits ? kCFNumberSInt32Type : kCFNumberSInt64Type, static_cast<std::uint64_t>(value)};
+}
+
+Number Float32Number(float value) {
+  return {kCFNumberFloat32Type, std::bit_cast<std::uint32_t>(value)};
+}
+
+Number Float64Number(double value) {
+  return {kCFNumberFloat64Type, std::bit_cast<std::uint64_t>(value)};
+}
+
+const Property* Find(const Dictionary& dictionary, std::string_view key) {
+  const auto found = std::ranges::find(dictionary, key, &KeyedProperty::key);
+  return found == dictionary.end() ? nullptr : &found->value;
+}
+
+}  // namespace platform

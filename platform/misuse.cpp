@@ -1,0 +1,14 @@
+// The end of a program that breaks the platform's rules.
+#include "platform/misuse.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace platform {
+
+void Misuse(const char* call, const char* fault) {
+  std::fprintf(stderr, "%s: %s\n", call, fault);
+  std::abort();
+}
+
+}  // namespace platform

@@ -1,0 +1,107 @@
+// Property objects and their ownership: what stands behind the Ref types, and the
+// references to them that the probe owns. What the framework's calls do with an
+// object is in one source a type.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/ledger.h"
+#include "platform/machine.h"
+#include "platform/misuse.h"
+
+namespace platform {
+
+enum class ObjectType : CFTypeID {
+  kString = 1,
+  kNumber,
+  kData,
+  kDictionary,
+  kBoolean,
+  kArray,
+  kDate,
+  kUUID,
+  kBundle
+};
+
+class Object {
+ public:
+  explicit Object(ObjectType type) : type_(type) {}
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+  virtual ~Object() = default;
+
+  ObjectType type() const { return type_; }
+
+ private:
+  ObjectType type_;
+};
+
+struct StringObject : Object {
+  static constexpr ObjectType kType = ObjectType::kString;
+  explicit StringObject(std::string_view utf8) : Object(kType), text(utf8) {}
+  std::string text;
+};
+
+struct NumberObject : Object {
+  static constexpr ObjectType kType = ObjectType::kNumber;
+  explicit NumberObject(Number value) : Object(kType), number(value) {}
+  Number number;
+};
+
+struct DataObject : Object {
+  static constexpr ObjectType kType = ObjectType::kData;
+  explicit DataObject(Data data) : Object(kType), bytes(std::move(data)) {}
+  Data bytes;
+};
+
+// Refers to a dictionary of the machine. The objects of its values are made when
+// they are asked for and belong to it.
+class DictionaryObject : public Object {
+ public:
+  static constexpr ObjectType kType = ObjectType::kDictionary;
+  explicit DictionaryObject(const Dictionary& values) : Object(kType), values_(values) {}
+
+  const Dictionary& values() const { return values_; }
+
+  // The object of the value under `key`, borrowed, or null.
+  const Object* Get(std::string_view key) const;
+
+ private:
+  const Dictionary& values_;
+  mutable std::unordered_map<const Property*, std::unique_ptr<Object>> made_;
+};
+
+// An object of `property`; a dictionary goes on referring to it.
+std::unique_ptr<Object> MakeObject(const Property& property);
+
+// Gives the probe the only reference to `object`, entered in the ledger as `kind`.
+CFTypeRef HandOut(std::unique_ptr<Object> object, ReferenceKind kind);
+
+// Takes the probe's reference back and frees the object. Misuse of `call` when the
+// probe owns none: null, freed already, borrowed, a constant, no object at all. A
+// freed object's address can return as another's; AddressSanitizer tells them apart.
+void TakeBack(CFTypeRef object, const char* call);
+
+inline CFTypeRef Ref(const Object* object) { return object; }
+
+inline const Object& Deref(CFTypeRef ref, const char* call) {
+  if (ref == nullptr) Misuse(call, "null is no object");
+  return *static_cast<const Object*>(ref);
+}
+
+// The object behind `ref`; one of another type is misuse of `call`.
+template <typename T>
+const T& Deref(CFTypeRef ref, const char* call) {
+  const Object& object = Deref(ref, call);
+  if (object.type() != T::kType) Misuse(call, "the object is of another type");
+  return static_cast<const T&>(object);
+}
+
+}  // namespace platform

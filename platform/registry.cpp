@@ -1,0 +1,135 @@
+// What is asked of the registry: matching, iteration and properties.
+#include <IOKit/IOKitLib.h>
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "platform/io_return.h"
+#include "platform/objects.h"
+#include "platform/registry_handles.h"
+
+using platform::Deref;
+using platform::Dictionary;
+using platform::DictionaryObject;
+using platform::Entry;
+using platform::EntryPath;
+using platform::Ledger;
+using platform::Property;
+
+namespace {
+
+constexpr const char* kNameKey = "IONameMatch";
+constexpr const char* kClassKey = "IOProviderClass";
+
+// A matching dictionary is no part of the machine: it brings its own values.
+struct OwnedValues {
+  Dictionary values;
+};
+struct MatchingObject : OwnedValues, DictionaryObject {
+  explicit MatchingObject(Dictionary own)
+      : OwnedValues{std::move(own)}, DictionaryObject(OwnedValues::values) {}
+};
+
+CFMutableDictionaryRef NewDictionary(std::unique_ptr<DictionaryObject> dictionary,
+                                     platform::ReferenceKind kind) {
+  return static_cast<CFMutableDictionaryRef>(
+      const_cast<void*>(platform::HandOut(std::move(dictionary), kind)));
+}
+
+CFMutableDictionaryRef NewMatching(const char* key, const char* value) {
+  return NewDictionary(
+      std::make_unique<MatchingObject>(Dictionary{{key, Property{std::string(value)}}}),
+      &Ledger::matchingDictionaries);
+}
+
+bool HoldsText(const Dictionary& matching, const char* key, const std::string& text) {
+  const Property* wanted = Find(matching, key);
+  return wanted == nullptr || *wanted == Property{text};
+}
+
+bool Matches(const Entry& entry, const Dictionary& matching) {
+  return HoldsText(matching, kNameKey, entry.name) &&
+         HoldsText(matching, kClassKey, entry.className);
+}
+
+// Appends what matches of an entry and its descendants, in document order.
+// `path` leads to the entry's parent.
+void CollectMatches(const Entry& entry, const Dictionary& matching, EntryPath& path,
+                    std::vector<EntryPath>& matches) {
+  path.push_back(&entry);
+  if (Matches(entry, matching)) matches.push_back(path);
+  for (const Entry& child : entry.children) CollectMatches(child, matching, path, matches);
+  path.pop_back();
+}
+
+const Property* FindUpwards(const EntryPath& path, std::string_view key) {
+  for (std::size_t above = path.size(); above > 0; above--) {
+    if (const Property* found = Find(path[above - 1]->properties, key)) return found;
+  }
+  return nullptr;
+}
+
+const Property* FindDownwards(const Entry& entry, std::string_view key) {
+  if (const Property* found = Find(entry.properties, key)) return found;
+  for (const Entry& child : entry.children) {
+    if (const Property* found = FindDownwards(child, key)) return found;
+  }
+  return nullptr;
+}
+
+const Property* Search(const EntryPath& path, std::string_view key, IOOptionBits options) {
+  const bool recursive = (options & kIORegistryIterateRecursively) != 0;
+  const bool parents = (options & kIORegistryIterateParents) != 0;
+  if (!recursive) return Find(path.back()->properties, key);
+  return parents ? FindUpwards(path, key) : FindDownwards(*path.back(), key);
+}
+
+}  // namespace
+
+CFMutableDictionaryRef IOServiceNameMatching(const char* name) {
+  return NewMatching(kNameKey, name);
+}
+
+CFMutableDictionaryRef IOServiceMatching(const char* name) { return NewMatching(kClassKey, name); }
+
+kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDictionaryRef matching,
+                                           io_iterator_t* existing) {
+  static constexpr const char* kCall = "IOServiceGetMatchingServices";
+  const Dictionary& values = Deref<DictionaryObject>(matching, kCall).values();
+  EntryPath path;
+  std::vector<EntryPath> matches;
+  for (const Entry& root : platform::ThisMachine().roots) {
+    CollectMatches(root, values, path, matches);
+  }
+  platform::TakeBack(matching, kCall);
+  *existing = platform::NewIterator(std::move(matches));
+  return kIOReturnSuccess;
+}
+
+io_object_t IOIteratorNext(io_iterator_t iterator) {
+  platform::Iterator& state = platform::IteratorState(iterator, "IOIteratorNext");
+  if (state.next == state.matches.size()) return 0;
+  return platform::NewService(state.matches[state.next++]);
+}
+
+kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
+                                                CFMutableDictionaryRef* properties,
+                                                CFAllocatorRef /*allocator*/,
+                                                IOOptionBits /*options*/) {
+  const EntryPath& path = platform::ServicePath(entry, "IORegistryEntryCreateCFProperties");
+  *properties = NewDictionary(std::make_unique<DictionaryObject>(path.back()->properties),
+                              &Ledger::propertyDictionaries);
+  return kIOReturnSuccess;
+}
+
+CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_name_t plane,
+                                          CFStringRef key, CFAllocatorRef /*allocator*/,
+                                          IOOptionBits options) {
+  static constexpr const char* kCall = "IORegistryEntrySearchCFProperty";
+  const EntryPath& path = platform::ServicePath(entry, kCall);
+  if (std::string_view(plane) != kIOServicePlane) return nullptr;  // the machine has no other
+  const Property* found = Search(path, Deref<platform::StringObject>(key, kCall).text, options);
+  if (found == nullptr) return nullptr;
+  return platform::HandOut(platform::MakeObject(*found), &Ledger::foundValues);
+}

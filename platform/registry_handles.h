@@ -1,0 +1,31 @@
+// The handles of registry objects that the probe holds: services and iterators.
+// What is asked of the registry through them is in registry.cpp.
+#pragma once
+
+#include <IOKit/IOKitLib.h>
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace platform {
+
+// An entry with its ancestors: the root first, the entry itself last.
+using EntryPath = std::vector<const Entry*>;
+
+struct Iterator {
+  std::vector<EntryPath> matches;
+  std::size_t next = 0;
+};
+
+// Each gives the probe the only reference to a new handle, entered in the ledger.
+// No handle is ever used again, so a stale one is never taken for another.
+io_service_t NewService(EntryPath path);
+io_iterator_t NewIterator(std::vector<EntryPath> matches);
+
+// What is behind a handle; null, a dead one or one of the other kind is misuse.
+const EntryPath& ServicePath(io_service_t service, const char* call);
+Iterator& IteratorState(io_iterator_t iterator, const char* call);
+
+}  // namespace platform

@@ -1,0 +1,186 @@
+// The S.M.A.R.T. user client: its plug-in, its interface, and the road from their
+// function tables to the machine's drive.
+#include <IOKit/storage/ata/ATASMARTLib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+#include "platform/io_return.h"
+#include "platform/ledger.h"
+#include "platform/machine.h"
+#include "platform/misuse.h"
+#include "platform/registry_handles.h"
+
+namespace {
+
+using platform::Drive;
+using platform::kIOReturnError;
+
+// A drive in use, shared by the plug-in and the interfaces made from it.
+class Session {
+ public:
+  explicit Session(std::shared_ptr<Drive> drive) : drive_(std::move(drive)) {}
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session() {
+    if (open_) drive_->Close();
+  }
+
+  bool Open() {
+    if (!open_) open_ = drive_->Open();
+    return open_;
+  }
+  Drive& drive() const { return *drive_; }
+
+ private:
+  std::shared_ptr<Drive> drive_;
+  bool open_ = false;
+};
+
+// An interface as the probe sees it begins with a pointer to its function table.
+template <typename Table>
+struct Instance {
+  Table* table;
+  std::shared_ptr<Session> session;
+  ULONG references = 1;
+};
+using PlugIn = Instance<IOCFPlugInInterface>;
+using SMARTInterface = Instance<IOATASMARTInterface>;
+
+template <typename Table>
+constexpr platform::ReferenceKind kKind = nullptr;
+template <>
+constexpr platform::ReferenceKind kKind<IOCFPlugInInterface> = &platform::Ledger::plugIns;
+template <>
+constexpr platform::ReferenceKind kKind<IOATASMARTInterface> = &platform::Ledger::smartInterfaces;
+
+// Never destroyed: what the probe leaves behind stays reachable until the end.
+template <typename Table>
+std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>& Live() {
+  static auto& live = *new std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>;
+  return live;
+}
+
+template <typename Table>
+Table** NewInstance(Table& table, std::shared_ptr<Session> session) {
+  auto made = std::unique_ptr<Instance<Table>>(new Instance<Table>{&table, std::move(session)});
+  Instance<Table>* instance = made.get();
+  Live<Table>().emplace(instance, std::move(made));
+  platform::OpenReferences().*kKind<Table> += 1;
+  return &instance->table;
+}
+
+template <typename Table>
+Instance<Table>& Behind(const void* self, const char* call) {
+  const auto found = Live<Table>().find(self);
+  if (found == Live<Table>().end()) platform::Misuse(call, "the interface is null or dead");
+  return *found->second;
+}
+
+template <typename Table>
+ULONG AddReference(void* self) {
+  platform::OpenReferences().*kKind<Table> += 1;
+  return ++Behind<Table>(self, "AddRef").references;
+}
+
+template <typename Table>
+ULONG DropReference(void* self) {
+  Instance<Table>& instance = Behind<Table>(self, "Release");
+  platform::OpenReferences().*kKind<Table> -= 1;
+  const ULONG left = --instance.references;
+  if (left == 0) Live<Table>().erase(self);
+  return left;
+}
+
+Drive& DriveOf(void* interface, const char* call) {
+  return Behind<IOATASMARTInterface>(interface, call).session->drive();
+}
+
+IOReturn EnableDisable(void* interface, Boolean enable) {
+  const bool done = DriveOf(interface, "SMARTEnableDisableOperations").Enable(enable != 0);
+  return done ? kIOReturnSuccess : kIOReturnError;
+}
+
+IOReturn ReturnStatus(void* interface, Boolean* exceededCondition) {
+  const std::optional<bool> exceeded = DriveOf(interface, "SMARTReturnStatus").ReturnStatus();
+  if (!exceeded) return kIOReturnError;
+  *exceededCondition = *exceeded;
+  return kIOReturnSuccess;
+}
+
+IOReturn CopyBlock(const std::optional<Drive::Block>& block, void* output) {
+  if (!block) return kIOReturnError;
+  std::memcpy(output, block->data(), block->size());
+  return kIOReturnSuccess;
+}
+
+IOReturn ReadData(void* interface, ATASMARTData* data) {
+  return CopyBlock(DriveOf(interface, "SMARTReadData").ReadData(), data);
+}
+
+IOReturn ReadThresholds(void* interface, ATASMARTDataThresholds* data) {
+  return CopyBlock(DriveOf(interface, "SMARTReadDataThresholds").ReadThresholds(), data);
+}
+
+IOReturn GetIdentifyData(void* interface, void* buffer, UInt32 inSize, UInt32* outSize) {
+  const std::optional<Drive::Block> block = DriveOf(interface, "GetATAIdentifyData").Identify();
+  if (!block) return kIOReturnError;
+  *outSize = std::min(inSize, static_cast<UInt32>(block->size()));
+  std::memcpy(buffer, block->data(), *outSize);
+  return kIOReturnSuccess;
+}
+
+bool IsSame(CFUUIDBytes one, CFUUIDBytes other) {
+  return std::memcmp(&one, &other, sizeof one) == 0;
+}
+
+HRESULT NoFurtherInterface(void* /*self*/, REFIID /*iid*/, LPVOID* /*result*/) {
+  return platform::kNoInterface;
+}
+
+HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
+  static IOATASMARTInterface table = {nullptr,
+                                      NoFurtherInterface,
+                                      AddReference<IOATASMARTInterface>,
+                                      DropReference<IOATASMARTInterface>,
+                                      EnableDisable,
+                                      ReturnStatus,
+                                      ReadData,
+                                      ReadThresholds,
+                                      GetIdentifyData};
+  PlugIn& plugIn = Behind<IOCFPlugInInterface>(self, "QueryInterface");
+  if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID)) || !plugIn.session->Open()) {
+    return platform::kNoInterface;
+  }
+  *result = NewInstance(table, plugIn.session);
+  return S_OK;
+}
+
+}  // namespace
+
+kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
+                                                CFUUIDRef interfaceType,
+                                                IOCFPlugInInterface*** theInterface,
+                                                SInt32* theScore) {
+  static IOCFPlugInInterface table = {nullptr, QuerySMARTInterface,
+                                      AddReference<IOCFPlugInInterface>,
+                                      DropReference<IOCFPlugInInterface>};
+  const platform::Entry& entry =
+      *platform::ServicePath(service, "IOCreatePlugInInterfaceForService").back();
+  if (pluginType != kIOATASMARTUserClientTypeID || interfaceType != kIOCFPlugInInterfaceID) {
+    return platform::kIOReturnUnsupported;
+  }
+  if (entry.drive == nullptr) return platform::kIOReturnNoResources;
+  *theInterface = NewInstance(table, std::make_shared<Session>(entry.drive));
+  *theScore = 0;
+  return kIOReturnSuccess;
+}
+
+kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
+  Behind<IOCFPlugInInterface>(interface, "IODestroyPlugInInterface");
+  DropReference<IOCFPlugInInterface>(interface);
+  return kIOReturnSuccess;
+}

@@ -1,0 +1,82 @@
+// The framework's strings: constants, and conversions to and from 8-bit text.
+#include <CoreFoundation/CoreFoundation.h>
+#include <utf8.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/objects.h"
+#include "platform/text_encoding.h"
+
+using platform::Deref;
+using platform::StringObject;
+
+namespace {
+
+constexpr int kUnwrittenByte = 0xA5;
+
+std::size_t AsciiPrefix(std::string_view text) {
+  const auto isBeyond = [](char c) { return (c & 0x80) != 0; };
+  return static_cast<std::size_t>(std::ranges::find_if(text, isBeyond) - text.begin());
+}
+
+// How many bytes of `text` have a form in `encoding`.
+std::size_t ConvertiblePrefix(std::string_view text, CFStringEncoding encoding) {
+  if (encoding == platform::kEncodingUTF8) return text.size();
+  return encoding == kCFStringEncodingASCII ? AsciiPrefix(text) : 0;
+}
+
+bool IsText(std::string_view bytes, CFStringEncoding encoding) {
+  if (encoding == platform::kEncodingUTF8) return utf8::is_valid(bytes.begin(), bytes.end());
+  return encoding == kCFStringEncodingASCII && AsciiPrefix(bytes) == bytes.size();
+}
+
+// What the platform leaves behind when it fails: part of the text, and no NUL.
+void LeavePartialText(std::string_view prefix, char* buffer, std::size_t size) {
+  std::memset(buffer, kUnwrittenByte, size);
+  prefix.copy(buffer, size);
+}
+
+}  // namespace
+
+CFStringRef PlatformConstantString(const char* text) {
+  static auto& constants = *new std::unordered_map<std::string_view, std::unique_ptr<StringObject>>;
+  const auto known = constants.find(text);
+  if (known != constants.end()) return static_cast<CFStringRef>(platform::Ref(known->second.get()));
+  auto made = std::make_unique<StringObject>(text);
+  const std::string_view key = made->text;
+  return static_cast<CFStringRef>(
+      platform::Ref(constants.emplace(key, std::move(made)).first->second.get()));
+}
+
+CFTypeID CFStringGetTypeID() { return static_cast<CFTypeID>(StringObject::kType); }
+
+Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
+                           CFStringEncoding encoding) {
+  const std::string& text = Deref<StringObject>(string, "CFStringGetCString").text;
+  if (bufferSize <= 0) return false;
+  const auto size = static_cast<std::size_t>(bufferSize);
+  const std::size_t convertible = ConvertiblePrefix(text, encoding);
+  if (convertible < text.size() || text.size() >= size) {
+    LeavePartialText(std::string_view(text).substr(0, convertible), buffer, size);
+    return false;
+  }
+  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  return true;
+}
+
+CFStringEncoding CFStringGetSystemEncoding() { return platform::kEncodingUTF8; }
+
+CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*/, CFDataRef data,
+                                                     CFStringEncoding encoding) {
+  const platform::Data& bytes =
+      Deref<platform::DataObject>(data, "CFStringCreateFromExternalRepresentation").bytes;
+  const std::string text(bytes.begin(), bytes.end());
+  if (!IsText(text, encoding)) return nullptr;
+  return static_cast<CFStringRef>(
+      platform::HandOut(std::make_unique<StringObject>(text), &platform::Ledger::strings));
+}

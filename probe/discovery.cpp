@@ -1,0 +1,169 @@
+// Discovery.
+#include "probe/discovery.h"
+
+#include <cstring>
+
+#include "probe/drive_table.h"
+#include "probe/report_lines.h"
+#include "probe/start_up.h"
+#include "registry/device_description.h"
+#include "registry/interconnect.h"
+#include "registry/property_lookups.h"
+#include "smart/threshold_rows.h"
+#include "text/byte_count_labels.h"
+#include "text/value_to_text.h"
+
+enum { kLastVersionWithoutIdentify = 0x102F };
+
+// The property dictionary is left to the end of the process, as are the iterators:
+// a run is too short for them to matter.
+static Boolean HasSMARTFeature(io_service_t service) {
+  CFMutableDictionaryRef properties = nullptr;
+  if (IORegistryEntryCreateCFProperties(service, &properties, kCFAllocatorDefault, 0) !=
+      kIOReturnSuccess) {
+    return false;
+  }
+  const void *characteristics = nullptr;
+  if (!CFDictionaryGetValueIfPresent(properties, CFSTR("Device Characteristics"),
+                                     &characteristics) ||
+      CFGetTypeID(characteristics) != CFDictionaryGetTypeID()) {
+    return false;
+  }
+  const void *number = nullptr;
+  if (!CFDictionaryGetValueIfPresent((CFDictionaryRef)characteristics, CFSTR("ATA Features"),
+                                     &number) ||
+      CFGetTypeID(number) != CFNumberGetTypeID()) {
+    return false;
+  }
+  SInt32 features = 0;
+  if (!CFNumberGetValue((CFNumberRef)number, kCFNumberLongType, &features)) return false;
+  return (features & kIOATAFeatureSMART) != 0;
+}
+
+// A capacity of 0 leaves the label that the slot holds.
+static void DescribeDevice(io_service_t service, SavedATADriveInfo *drive) {
+  IOKitUtilsGetDeviceProductNamePStr(service, drive->productNameP);
+  IOKitUtilsGetDeviceProductNameCStr(service, drive->productName);
+  IOKitUtilsGetDeviceInterfaceInfo(service, drive->interfaceInfo);
+  IOKitUtilsGetBDSName(service, drive->bsdName);
+  IOKitUtilsGetDeviceSizeInBytes(service, &drive->capacityBytes);
+  if (drive->capacityBytes != 0) {
+    BytesSInt64ToCStrWLabel(drive->capacityBytes, drive->capacityLabel, false);
+  }
+}
+
+// The slot may still hold the interface of a device that failed before: it is
+// cleared first, so that only an interface of this device can be called.
+static Boolean GetSMARTInterface(SavedATADriveInfo *drive) {
+  drive->smartInterface = nullptr;
+  HRESULT result = (*drive->plugIn)
+                       ->QueryInterface(drive->plugIn, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID),
+                                        (LPVOID *)&drive->smartInterface);
+  if (result == S_OK && drive->smartInterface != nullptr) return true;
+
+  IODestroyPlugInInterface(drive->plugIn);
+  drive->plugIn = nullptr;
+  return false;
+}
+
+static Boolean OpenUserClient(io_service_t service, SavedATADriveInfo *drive) {
+  SInt32 score = 0;
+  if (IOCreatePlugInInterfaceForService(service, kIOATASMARTUserClientTypeID,
+                                        kIOCFPlugInInterfaceID, &drive->plugIn,
+                                        &score) != kIOReturnSuccess) {
+    return false;
+  }
+  return GetSMARTInterface(drive);
+}
+
+// False when S.M.A.R.T. cannot be enabled. A read that fails later leaves its
+// block as it was, and the drive is reported with that.
+static Boolean ReadSMARTState(SavedATADriveInfo *drive) {
+  IOATASMARTInterface **smart = drive->smartInterface;
+  if ((*smart)->SMARTEnableDisableOperations(smart, true) != kIOReturnSuccess) return false;
+
+  (*smart)->SMARTReturnStatus(smart, &drive->thresholdExceeded);
+  if ((*smart)->SMARTReadData(smart, &drive->smartData) == kIOReturnSuccess) {
+    (*smart)->SMARTReadDataThresholds(smart, &drive->smartThresholds);
+  }
+  if (gMySysVersion > kLastVersionWithoutIdentify) {
+    UInt32 actualSize = 0;
+    (*smart)->GetATAIdentifyData(smart, drive->identifyData, kIdentifyDataSize, &actualSize);
+  }
+  return true;
+}
+
+// Puts a text field of the IDENTIFY data into reading order: the registry's text
+// where it has one, else the drive's words with their characters exchanged.
+static void FixUpIdentifyField(io_service_t service, CFStringRef key, UInt8 *field, size_t size) {
+  char text[256];
+  IOKitGetThisKeyCStr(service, key, text);
+  if (text[0] != '\0') {
+    size_t length = strlen(text);
+    memset(field, 0, size);
+    memcpy(field, text, length < size ? length : size);
+    return;
+  }
+  for (size_t i = 0; i < size; i += 2) ReverseBytesCheck(field + i, 2);
+}
+
+static void FixUpIdentifyData(io_service_t service, SavedATADriveInfo *drive) {
+  if (!bLittleEndianCPU) return;
+  FixUpIdentifyField(service, CFSTR("Serial Number"), drive->identifyData + kSerialOffset,
+                     kSerialSize);
+  FixUpIdentifyField(service, CFSTR("Revision"), drive->identifyData + kRevisionOffset,
+                     kRevisionSize);
+}
+
+static void ReportDrive(SavedATADriveInfo *drive) {
+  gActiveATADrive = drive;
+  PrintStartLine(drive);
+  SyncThresholdData();
+  PrintEndLine(drive);
+}
+
+static void ExamineDevice(io_service_t service, Boolean isAHCI) {
+  if (gSMARTDriveCount == kMaxSavedATADrives) return;  // the table is full: there is no work slot
+  if (!isAHCI && !HasSMARTFeature(service)) return;
+
+  SavedATADriveInfo *drive = &gSavedATADriveInfoArray[gSMARTDriveCount];
+  DescribeDevice(service, drive);
+  if (!OpenUserClient(service, drive)) {
+    PrintFailureLine(drive);
+    return;
+  }
+  if (!ReadSMARTState(drive)) return;
+
+  FixUpIdentifyData(service, drive);
+  ReportDrive(drive);
+  drive->service = service;
+  gSMARTDriveCount++;
+}
+
+void IterateTheseIOObjects(io_service_t service, io_iterator_t iterator, Boolean isAHCI) {
+  while (service != 0) {
+    ExamineDevice(service, isAHCI);
+    service = IOIteratorNext(iterator);
+  }
+}
+
+// False when the set of devices cannot be had; an empty set is a set.
+static Boolean ExamineMatchingDevices(CFMutableDictionaryRef matching, Boolean isAHCI) {
+  io_iterator_t iterator = 0;
+  if (matching == nullptr ||
+      IOServiceGetMatchingServices(kIOMasterPortDefault, matching, &iterator) != kIOReturnSuccess) {
+    return false;
+  }
+  io_service_t first = IOIteratorNext(iterator);
+  if (first != 0) IterateTheseIOObjects(first, iterator, isAHCI);
+  return true;
+}
+
+void FindAllSMARTConnections() {
+  gSMARTDriveCount = 0;
+  BlockZero(gSavedATADriveInfoArray, (Size)(kMaxSavedATADrives * sizeof(SavedATADriveInfo)));
+
+  if (!ExamineMatchingDevices(IOServiceNameMatching("IOATABlockStorageDevice"), false)) return;
+  if (!bLittleEndianCPU) return;
+  ExamineMatchingDevices(IOServiceMatching("IOAHCIBlockStorageDevice"), true);
+}

@@ -1,0 +1,17 @@
+// Discovery: which devices are drives, what is asked of each, and in what order it
+// is reported. The forms of texts, blocks and lines are made elsewhere.
+#pragma once
+
+#include <IOKit/IOKitLib.h>
+
+// Clears the drive table, which start-up has allocated, then reads and reports
+// every ATA device and after them, on a little-endian processor, every AHCI device,
+// up to kMaxSavedATADrives drives in all. The objects of the drives that it counts
+// stay open for the release loop. Where the set of ATA devices cannot be had there
+// is no AHCI pass either; an empty set is no failure.
+void FindAllSMARTConnections();
+
+// Works on `service`, which is not 0, and on every further service of `iterator`.
+// `isAHCI` tells the pass: only ATA devices are asked for their features first.
+// Borrows both handles; those of drives that are not counted are left open.
+void IterateTheseIOObjects(io_service_t service, io_iterator_t iterator, Boolean isAHCI);

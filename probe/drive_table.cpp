@@ -1,0 +1,6 @@
+// The globals of the drive table.
+#include "probe/drive_table.h"
+
+SavedATADriveInfo *gSavedATADriveInfoArray;
+SInt16 gSMARTDriveCount;
+SavedATADriveInfo *gActiveATADrive;

@@ -1,0 +1,47 @@
+// The table of drive records and its companions. A record is plain data: what is
+// read into it and what is printed from it is discovery's and the report's.
+#pragma once
+
+#include <Carbon/Carbon.h>
+#include <IOKit/IOCFPlugIn.h>
+#include <IOKit/IOKitLib.h>
+#include <IOKit/storage/ata/ATASMARTLib.h>
+
+enum { kMaxSavedATADrives = 64 };
+
+// Fields of the IDENTIFY DEVICE data: two characters a word, no NUL at the end.
+enum {
+  kIdentifyDataSize = 512,
+  kSerialOffset = 20,
+  kSerialSize = 20,
+  kRevisionOffset = 46,
+  kRevisionSize = 8
+};
+
+// A description can be three texts of 255 characters and the words between them.
+enum { kInterfaceInfoSize = 1024 };
+
+struct SavedATADriveInfo {
+  char bsdName[1024];
+  char capacityLabel[256];  // kept from the device before where the capacity is 0
+  Str255 productNameP;
+  char productName[256];
+  char interfaceInfo[kInterfaceInfoSize];  // a length-prefixed string once it is composed
+  SInt64 capacityBytes;
+  io_service_t service;  // of a counted drive; this and the next two are its own
+  IOCFPlugInInterface **plugIn;
+  IOATASMARTInterface **smartInterface;
+  UInt8 identifyData[kIdentifyDataSize];  // serial and revision in reading order once fixed up
+  ATASMARTData smartData;
+  ATASMARTDataThresholds smartThresholds;
+  Boolean thresholdExceeded;
+};
+
+// One block of kMaxSavedATADrives records, allocated at start-up, never freed.
+// Records 0 to gSMARTDriveCount - 1 are the counted drives; the record behind
+// them is the work slot, which the device in hand is read into.
+extern SavedATADriveInfo *gSavedATADriveInfoArray;
+extern SInt16 gSMARTDriveCount;
+
+// The record being worked on.
+extern SavedATADriveInfo *gActiveATADrive;

@@ -1,0 +1,7 @@
+// The program's entry point, and nothing else.
+#include "probe/start_up.h"
+
+int main(int /*argc*/, char ** /*argv*/, char ** /*envp*/) {
+  RunProbe();
+  return 0;
+}

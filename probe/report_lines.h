@@ -1,0 +1,21 @@
+// The report's lines: the one place that knows their tags, fields and separators.
+// Nothing here decides which line is printed, or makes a field's text.
+#pragma once
+
+#include "probe/drive_table.h"
+
+// Each prints one line on standard output. A field is printed as it stands, and a
+// failed write is not noticed.
+
+// Of the IDENTIFY data, whose texts are in reading order by now, at most 8
+// characters of revision and 20 of serial number are printed.
+void PrintStartLine(const SavedATADriveInfo *drive);
+
+void PrintAttributeLine(const char *attribId, const char *attribName, UInt16 flags,
+                        const char *currentValue, const char *threshold, const char *status);
+
+void PrintEndLine(const SavedATADriveInfo *drive);
+
+// For a device whose S.M.A.R.T. user client could not be opened; of `drive` only
+// the BSD path is read.
+void PrintFailureLine(const SavedATADriveInfo *drive);

@@ -1,0 +1,44 @@
+// Start-up and the probe pass.
+#include "probe/start_up.h"
+
+#include "probe/discovery.h"
+#include "probe/drive_table.h"
+
+enum {
+  kSystemVersionSelector = 0x73797376,  // 'sysv'
+  kApplicationSignature = 0x506F766B,   // 'Povk'
+  kOldestSystemVersion = 0x1020
+};
+
+SInt32 gMySysVersion;
+Boolean bLittleEndianCPU;
+ICInstance gICInstance;
+
+void RunProbe() {
+  Gestalt(kSystemVersionSelector, &gMySysVersion);
+  if (gMySysVersion < kOldestSystemVersion) return;
+
+  bLittleEndianCPU = true;
+  gSavedATADriveInfoArray =
+      (SavedATADriveInfo *)NewPtr((Size)(kMaxSavedATADrives * sizeof(SavedATADriveInfo)));
+  if (gSavedATADriveInfoArray == nullptr) return;
+
+  ICStart(&gICInstance, kApplicationSignature);
+  GetApplicationPrefs();
+}
+
+void GetApplicationPrefs() { SMARTPollingRoutine(nullptr, nullptr); }
+
+static void ReleaseActiveDrive() {
+  (*gActiveATADrive->smartInterface)->Release(gActiveATADrive->smartInterface);
+  IODestroyPlugInInterface(gActiveATADrive->plugIn);
+  IOObjectRelease(gActiveATADrive->service);
+}
+
+void SMARTPollingRoutine(void * /*unusedTimer*/, void * /*unusedData*/) {
+  FindAllSMARTConnections();
+  for (SInt16 i = 0; i < gSMARTDriveCount; i++) {
+    gActiveATADrive = &gSavedATADriveInfoArray[i];
+    ReleaseActiveDrive();
+  }
+}

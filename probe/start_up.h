@@ -1,0 +1,20 @@
+// Start-up and the probe pass: the version gate, the process-wide state, one pass
+// and the release of what it kept open. Nothing here looks for drives or prints.
+#pragma once
+
+#include <Carbon/Carbon.h>
+
+extern SInt32 gMySysVersion;  // binary-coded decimal, 0xMMmb; 0 until it is read
+extern Boolean bLittleEndianCPU;
+extern ICInstance gICInstance;
+
+// The whole run. It reads no arguments and prints the report on standard output,
+// without flushing it; there is no failure that a caller could be told of.
+void RunProbe();
+
+// Runs one pass. Despite its name it reads no preferences.
+void GetApplicationPrefs();
+
+// One pass: finds, reads and reports every drive, then releases the objects of the
+// counted ones. Neither argument is read.
+void SMARTPollingRoutine(void *unusedTimer, void *unusedData);

@@ -1,0 +1,208 @@
+// The description of how a drive is attached.
+#include "registry/interconnect.h"
+
+#include <Carbon/Carbon.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "registry/property_lookups.h"
+#include "text/value_to_text.h"
+
+enum { kTextSize = 256 };
+
+// The most data whose digits and NUL fit a text.
+enum { kMostBusIdBytes = (kTextSize - 1) / 2 };
+
+static const char kUnknownBus[] = "???";
+
+// Writes the value's ASCII text. False, and `text` is not to be used, when the
+// value is missing, no string or does not convert.
+static Boolean GetText(CFTypeRef value, char *text) {
+  return value != nullptr && CFGetTypeID(value) == CFStringGetTypeID() &&
+         CFStringGetCString((CFStringRef)value, text, kTextSize, kCFStringEncodingASCII);
+}
+
+// The entry and its ancestors only; the caller releases what is found.
+static CFTypeRef SearchUpwards(io_registry_entry_t entry, CFStringRef key) {
+  return IORegistryEntrySearchCFProperty(entry, kIOServicePlane, key, kCFAllocatorDefault,
+                                         kIORegistryIterateRecursively | kIORegistryIterateParents);
+}
+
+// Writes the number's text; one that cannot be written or does not fit is empty.
+static void NumberToText(CFNumberRef number, char *text, Boolean bHexadecimal) {
+  char work[kNumberTextSize];
+  work[0] = '\0';
+  ConvertCFNumberToCStr(number, work, bHexadecimal);
+  strcpy(text, strlen(work) < kTextSize ? work : "");
+}
+
+// Finds the number `key` around the entry and writes its text. False: there is none.
+static Boolean GetNumberText(io_registry_entry_t entry, CFStringRef key, char *text,
+                             Boolean bHexadecimal) {
+  CFNumberRef number = nullptr;
+  IOKitGetThisKeyCFNumber(entry, key, &number);
+  if (number == nullptr) return false;
+  NumberToText(number, text, bHexadecimal);
+  CFRelease(number);
+  return true;
+}
+
+// SCSI. An identifier of the wrong type is an answer: no target is looked for then.
+static void DescribeTarget(io_registry_entry_t entry, CFDictionaryRef protocol,
+                           const char *interconnect, char *info) {
+  char target[kTextSize];
+  CFTypeRef identifier = CFDictionaryGetValue(protocol, CFSTR("SCSI Target Identifier"));
+  if (identifier != nullptr) {
+    if (CFGetTypeID(identifier) != CFNumberGetTypeID()) return;
+    NumberToText((CFNumberRef)identifier, target, false);
+  } else if (!GetNumberText(entry, CFSTR("SCSI Target"), target, false)) {
+    return;
+  }
+  sprintf(info, "%s%s%s", interconnect, ":  ID = ", target);
+}
+
+static void AppendLocation(CFDictionaryRef protocol, char *info) {
+  char location[kTextSize];
+  if (!GetText(CFDictionaryGetValue(protocol, CFSTR("Physical Interconnect Location")), location)) {
+    return;
+  }
+  strcat(info, " ");
+  strcat(info, location);
+}
+
+static void BusIdToText(CFTypeRef busId, char *bus) {
+  if (CFGetTypeID(busId) != CFDataGetTypeID() ||
+      CFDataGetLength((CFDataRef)busId) > kMostBusIdBytes) {
+    strcpy(bus, kUnknownBus);
+    return;
+  }
+  ConvertCFDataToCStr((CFDataRef)busId, bus);
+  StripLeadingZeros(bus);
+  if (bus[0] == '\0') strcpy(bus, "0");
+}
+
+// False when no text can be made of the data's bytes.
+static Boolean LocationDataToText(CFDataRef data, char *bus) {
+  CFStringRef location = CFStringCreateFromExternalRepresentation(kCFAllocatorDefault, data,
+                                                                  CFStringGetSystemEncoding());
+  if (location == nullptr) return false;
+  Boolean bConverted = CFStringGetCString(location, bus, kTextSize, GetApplicationTextEncoding());
+  CFRelease(location);
+  return bConverted;
+}
+
+static void LocationToText(CFTypeRef location, char *bus) {
+  if (CFGetTypeID(location) != CFDataGetTypeID()) {
+    strcpy(bus, kUnknownBus);
+    return;
+  }
+  if (!LocationDataToText((CFDataRef)location, bus) || bus[0] == '\0') strcpy(bus, "0");
+}
+
+// Writes the bus or location of an ATA device. False: the registry tells neither.
+static Boolean GetBusText(io_registry_entry_t entry, char *bus) {
+  CFTypeRef busId = SearchUpwards(entry, CFSTR("AAPL,bus-id"));
+  if (busId != nullptr) {
+    BusIdToText(busId, bus);
+    CFRelease(busId);
+    return true;
+  }
+  CFTypeRef location = SearchUpwards(entry, CFSTR("io-device-location"));
+  if (location == nullptr) return false;
+  LocationToText(location, bus);
+  CFRelease(location);
+  return true;
+}
+
+static void DescribeBus(const char *interconnect, const char *bus, const char *unit, char *info) {
+  if (strstr(bus, "Channel") != nullptr) {
+    sprintf(info, "Serial ATA %s", bus);
+  } else {
+    sprintf(info, "%s Bus %s: Dev %s", interconnect, bus, unit);
+  }
+}
+
+// A generic device is described by its socket, if that is known.
+static void DescribeSocket(io_registry_entry_t entry, char *info) {
+  char socket[kTextSize];
+  CFTypeRef value = SearchUpwards(entry, CFSTR("socket type"));
+  if (value == nullptr) return;
+  if (GetText(value, socket)) strcpy(info, socket);
+  CFRelease(value);
+}
+
+// "Generic" and every piece of it, the empty text too, is a generic device.
+static void DescribeDeviceType(io_registry_entry_t entry, char *info) {
+  char deviceType[kTextSize];
+  CFTypeRef value = SearchUpwards(entry, CFSTR("device-type"));
+  if (value == nullptr) return;
+  Boolean bUsable = GetText(value, deviceType);
+  CFRelease(value);
+  if (!bUsable) return;
+  if (strstr("Generic", deviceType) != nullptr) {
+    DescribeSocket(entry, info);
+  } else {
+    sprintf(info, "device-type: %s", deviceType);
+  }
+}
+
+// ATA and ATAPI. What is not found leaves the interconnect's own text.
+static void DescribeATADevice(io_registry_entry_t entry, CFDictionaryRef protocol,
+                              const char *interconnect, char *info) {
+  char unit[kTextSize];
+  char bus[kTextSize];
+  char channel[kTextSize];
+  strcpy(info, interconnect);
+  if (!GetNumberText(entry, CFSTR("unit number"), unit, false)) {
+    AppendLocation(protocol, info);
+  } else if (GetBusText(entry, bus)) {
+    DescribeBus(interconnect, bus, unit, info);
+  } else if (GetNumberText(entry, CFSTR("Channel"), channel, false)) {
+    sprintf(info, "%s%s", "Channel: ", channel);
+  } else {
+    DescribeDeviceType(entry, info);
+  }
+}
+
+static void DescribeFireWireDevice(io_registry_entry_t entry, const char *interconnect,
+                                   char *info) {
+  char guid[kTextSize];
+  if (!GetNumberText(entry, CFSTR("GUID"), guid, true)) return;
+  sprintf(info, "%s%s%s", interconnect, ":  GUID = ", guid);
+}
+
+static void DescribeUSBDevice(io_registry_entry_t entry, const char *interconnect, char *info) {
+  char location[kTextSize];
+  if (!GetNumberText(entry, CFSTR("locationID"), location, false)) return;
+  sprintf(info, "%s%s%s", interconnect, ":  locationID = ", location);
+}
+
+// The first of these words that the interconnect holds decides.
+static void DescribeInterconnect(io_registry_entry_t entry, CFDictionaryRef protocol, char *info) {
+  char interconnect[kTextSize];
+  if (!GetText(CFDictionaryGetValue(protocol, CFSTR("Physical Interconnect")), interconnect)) {
+    return;
+  }
+  if (strstr(interconnect, "SCSI") != nullptr) {
+    DescribeTarget(entry, protocol, interconnect, info);
+  } else if (strstr(interconnect, "ATA") != nullptr) {
+    DescribeATADevice(entry, protocol, interconnect, info);
+  } else if (strstr(interconnect, "FireWire") != nullptr) {
+    DescribeFireWireDevice(entry, interconnect, info);
+  } else if (strstr(interconnect, "USB") != nullptr) {
+    DescribeUSBDevice(entry, interconnect, info);
+  } else if (strstr(interconnect, "Fibre Channel Interface") != nullptr) {
+    strcpy(info, interconnect);
+  }
+}
+
+void IOKitUtilsGetDeviceInterfaceInfo(io_registry_entry_t entry, char *info) {
+  info[0] = '\0';
+  CFDictionaryRef protocol = nullptr;
+  IOKitGetThisKeyCFDictionary(entry, CFSTR("Protocol Characteristics"), &protocol);
+  if (protocol == nullptr) return;
+  DescribeInterconnect(entry, protocol, info);
+  CFRelease(protocol);
+  CopyCStringToPascal(info, (StringPtr)info);
+}

@@ -1,0 +1,39 @@
+// Threshold rows: each threshold of the active drive beside its attribute's value,
+// and the texts of their columns. The layout of the blocks and the form of the
+// printed line are known elsewhere.
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include "smart/attribute_names.h"
+#include "smart/data_blocks.h"
+
+struct SavedThresholdRec {
+  UInt16 flags;  // 0 while no attribute entry matches, as is currentValue
+  char attribName[kAttribNameSize];
+  UInt8 attribId;
+  UInt8 threshold;
+  UInt8 currentValue;
+};
+
+// The rows of the drive evaluated last, one for each threshold that its block
+// holds, from the first row on; the rows behind them are zero.
+extern SavedThresholdRec gSavedThresholds[kSMARTEntryCount];
+
+enum {
+  kItemAttribName = 0,
+  kItemAttribId = 1,
+  kItemThreshold = 2,
+  kItemCurrentValue = 3,
+  kItemThresholdPercent = 4,
+  kItemStatus = 5
+};
+
+// Fills the rows from the blocks of gActiveATADrive and prints a line for each
+// threshold whose attribute has a value. It exchanges bytes of the data block in
+// place, so it is called once for a drive, after both blocks are read.
+void SyncThresholdData();
+
+// Writes the text of column `item` of row `rowIndex` (0 to 29), at most 77 bytes
+// with its NUL. Another item leaves `text` as it is.
+void ThresholdsGetSetItemData(SInt16 rowIndex, SInt16 item, char *text);
