@@ -1,6 +1,8 @@
 // Property objects and their ownership.
 #include "platform/objects.h"
 
+#include "platform/process_end.h"
+
 namespace platform {
 namespace {
 
@@ -56,6 +58,8 @@ void TakeBack(CFTypeRef object, const char* call) {
   OpenReferences().*(handout->second.kind) -= 1;
   Handouts().erase(handout);
 }
+
+void DropObjects() { Handouts().clear(); }
 
 }  // namespace platform
 

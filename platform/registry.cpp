@@ -43,23 +43,29 @@ CFMutableDictionaryRef NewMatching(const char* key, const char* value) {
       &Ledger::matchingDictionaries);
 }
 
-bool HoldsText(const Dictionary& matching, const char* key, const std::string& text) {
+// What a matching dictionary asks for; null where anything will do.
+struct Wanted {
+  const std::string* name;
+  const std::string* className;
+};
+
+const std::string* TextUnder(const Dictionary& matching, const char* key) {
   const Property* wanted = Find(matching, key);
-  return wanted == nullptr || *wanted == Property{text};
+  return wanted == nullptr ? nullptr : std::get_if<std::string>(&wanted->value);
 }
 
-bool Matches(const Entry& entry, const Dictionary& matching) {
-  return HoldsText(matching, kNameKey, entry.name) &&
-         HoldsText(matching, kClassKey, entry.className);
+bool Matches(const Entry& entry, const Wanted& wanted) {
+  return (wanted.name == nullptr || entry.name == *wanted.name) &&
+         (wanted.className == nullptr || entry.className == *wanted.className);
 }
 
 // Appends what matches of an entry and its descendants, in document order.
 // `path` leads to the entry's parent.
-void CollectMatches(const Entry& entry, const Dictionary& matching, EntryPath& path,
+void CollectMatches(const Entry& entry, const Wanted& wanted, EntryPath& path,
                     std::vector<EntryPath>& matches) {
   path.push_back(&entry);
-  if (Matches(entry, matching)) matches.push_back(path);
-  for (const Entry& child : entry.children) CollectMatches(child, matching, path, matches);
+  if (Matches(entry, wanted)) matches.push_back(path);
+  for (const Entry& child : entry.children) CollectMatches(child, wanted, path, matches);
   path.pop_back();
 }
 
@@ -97,10 +103,11 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDiction
                                            io_iterator_t* existing) {
   static constexpr const char* kCall = "IOServiceGetMatchingServices";
   const Dictionary& values = Deref<DictionaryObject>(matching, kCall).values();
+  const Wanted wanted = {TextUnder(values, kNameKey), TextUnder(values, kClassKey)};
   EntryPath path;
   std::vector<EntryPath> matches;
   for (const Entry& root : platform::ThisMachine().roots) {
-    CollectMatches(root, values, path, matches);
+    CollectMatches(root, wanted, path, matches);
   }
   platform::TakeBack(matching, kCall);
   *existing = platform::NewIterator(std::move(matches));

@@ -7,6 +7,7 @@
 
 #include "platform/ledger.h"
 #include "platform/misuse.h"
+#include "platform/process_end.h"
 
 namespace platform {
 namespace {
@@ -57,6 +58,8 @@ const EntryPath& ServicePath(io_service_t service, const char* call) {
 Iterator& IteratorState(io_iterator_t iterator, const char* call) {
   return Behind<Iterator>(iterator, call);
 }
+
+void DropRegistryHandles() { Handles().clear(); }
 
 }  // namespace platform
 

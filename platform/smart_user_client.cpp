@@ -12,6 +12,7 @@
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "platform/misuse.h"
+#include "platform/process_end.h"
 #include "platform/registry_handles.h"
 
 namespace {
@@ -160,6 +161,11 @@ HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
 }
 
 }  // namespace
+
+void platform::DropUserClients() {
+  Live<IOATASMARTInterface>().clear();
+  Live<IOCFPlugInInterface>().clear();
+}
 
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
                                                 CFUUIDRef interfaceType,

@@ -9,6 +9,7 @@
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "platform/misuse.h"
+#include "platform/process_end.h"
 #include "platform/text_encoding.h"
 
 namespace {
@@ -63,6 +64,11 @@ void CopyCStringToPascal(const char* source, Str255 destination) {
   // The two may be one buffer. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
   std::memmove(destination + 1, source, length);
   destination[0] = static_cast<unsigned char>(length);
+}
+
+void platform::DropMemoryBlocks() {
+  for (Ptr block : MemoryBlocks()) std::free(block);
+  MemoryBlocks().clear();
 }
 
 TextEncoding GetApplicationTextEncoding() { return platform::kEncodingUTF8; }

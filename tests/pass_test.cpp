@@ -20,7 +20,6 @@ using test::Report;
 
 namespace {
 
-bool memoryIsOut = false;
 std::vector<std::string> releases;
 
 std::string Lines(const std::string& device, const std::string& capacity = "") {
@@ -34,9 +33,6 @@ std::string Lines(const std::string& device, const std::string& capacity = "") {
 
 // The linker sends the probe's calls here first.
 extern "C" {
-
-Ptr __real_NewPtr(Size byteCount);
-Ptr __wrap_NewPtr(Size byteCount) { return memoryIsOut ? nullptr : __real_NewPtr(byteCount); }
 
 kern_return_t __real_IODestroyPlugInInterface(IOCFPlugInInterface** interface);
 kern_return_t __wrap_IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
@@ -84,69 +80,6 @@ TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
       EXPECT_EQ(report, Lines("/dev/rdisk0", c.capacity));
     }
   }
-}
-
-TEST(Pass, NoMemoryForTheTableIsASilentEnd) {
-  Install({AtaDevice(HealthyDrive())});
-  memoryIsOut = true;
-  EXPECT_EQ(Report(), "");
-  memoryIsOut = false;
-}
-
-TEST(Pass, EachFailureEndsInItsOutcomeAndTheOthersGoOn) {
-  auto noInterface = HealthyDrive();
-  noInterface->opens = false;
-  auto disabled = HealthyDrive();
-  disabled->enables = false;
-  auto noStatus = HealthyDrive();
-  noStatus->status.reset();
-  auto exceeded = HealthyDrive();
-  exceeded->status = true;
-  auto noData = HealthyDrive();
-  noData->data.reset();
-  auto noThresholds = HealthyDrive();
-  noThresholds->thresholds.reset();
-  auto noIdentify = HealthyDrive();
-  noIdentify->identify.reset();
-  Entry noMedium = AtaDevice(nullptr);
-  noMedium.children.clear();
-  Install({AhciDevice(noStatus, "disk8", 1000), AtaDevice(disabled, "disk0", 5000),
-           AtaDevice(noInterface, "disk1"), AtaDevice(nullptr, "disk2"), noMedium,
-           AtaDevice(exceeded, "disk3"), AtaDevice(noData, "disk4"),
-           AtaDevice(noThresholds, "disk5", 2000), AtaDevice(noIdentify, "disk6")});
-
-  const Ledger before = OpenReferences();
-  const std::string start = ":::EXAMPLE 250:::REV     :::";
-  const std::string serial = ":::SERIAL              \n";
-  const std::string attribute =
-      "SMARTStatus:::194:::Temperature:::8704:::38:::Always Passing:::Life-Span:OK\n";
-  EXPECT_EQ(Report(),
-            "GetSMARTFailed:/dev/rdisk1:0\n"
-            "GetSMARTFailed:/dev/rdisk2:0\n"
-            "GetSMARTFailed::0\n"
-            // The slot still holds the capacity label of disk0.
-            "SmartDeviceStart:::/dev/rdisk3" +
-                start + "5.00 KB" + serial + attribute +
-                "SmartDeviceEnd:::/dev/rdisk3:::True\n"
-                "SmartDeviceStart:::/dev/rdisk4" +
-                start + serial +
-                "SmartDeviceEnd:::/dev/rdisk4:::False\n"
-                "SmartDeviceStart:::/dev/rdisk5" +
-                start + "2.00 KB" + serial +
-                "SmartDeviceEnd:::/dev/rdisk5:::False\n"
-                "SmartDeviceStart:::/dev/rdisk6:::EXAMPLE 250:::::::::\n" +
-                attribute + "SmartDeviceEnd:::/dev/rdisk6:::False\n" +
-                Lines("/dev/rdisk8", "1.00 KB"));
-
-  EXPECT_EQ(disabled->calls, "OE") << "its interface stays open";
-  EXPECT_EQ(noInterface->calls, "O");
-  EXPECT_EQ(noData->calls, "OESDIC");
-  EXPECT_EQ(OpenReferences() - before, (Ledger{.propertyDictionaries = 8,
-                                               .iterators = 2,
-                                               .services = 4,
-                                               .plugIns = 1,
-                                               .smartInterfaces = 1,
-                                               .memoryBlocks = 1}));
 }
 
 TEST(Pass, FeatureFilterTurnsAtaDevicesAwayUnseen) {

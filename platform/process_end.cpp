@@ -1,0 +1,16 @@
+// The end of a process.
+#include "platform/process_end.h"
+
+#include "platform/ledger.h"
+
+namespace platform {
+
+void EndProcess() {
+  DropUserClients();
+  DropRegistryHandles();
+  DropObjects();
+  DropMemoryBlocks();
+  OpenReferences() = {};
+}
+
+}  // namespace platform
