@@ -84,12 +84,13 @@ std::optional<std::string> CanonicalDate(std::string_view text) {
 }
 
 std::optional<std::string> CanonicalData(std::string_view text) {
-  std::size_t figures = 0;
+  std::string figures;
+  figures.reserve(text.size());
   std::size_t padding = 0;
   for (std::string_view rest = text; !rest.empty();) {
     if (const std::size_t run = kBase64.LengthWithin(rest); run > 0) {
       if (padding > 0) return std::nullopt;
-      figures += run;
+      figures += rest.substr(0, run);
       rest.remove_prefix(run);
       continue;
     }
@@ -100,8 +101,9 @@ std::optional<std::string> CanonicalData(std::string_view text) {
     }
     rest.remove_prefix(1);
   }
-  if (padding > 2 || (figures + padding) % 4 != 0) return std::nullopt;
-  return std::string(text);
+  figures.append(padding, '=');
+  if (padding > 2 || figures.size() % 4 != 0) return std::nullopt;
+  return figures;
 }
 
 std::optional<std::string> CanonicalBoolean(std::string_view text) {

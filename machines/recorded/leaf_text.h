@@ -18,7 +18,7 @@ std::optional<std::string> CanonicalReal(std::string_view text);
 // YYYY-MM-DDTHH:MM:SSZ in the years 1933 to 2068, libplist's 32 bits of seconds.
 std::optional<std::string> CanonicalDate(std::string_view text);
 
-// Base64, padded, with white space anywhere.
+// Base64, padded, with white space anywhere; libplist needs none of that.
 std::optional<std::string> CanonicalData(std::string_view text);
 
 // <true> and <false> have no text.

@@ -1,0 +1,95 @@
+// The machines that are measured.
+#include "bench/machines.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace bench {
+namespace {
+
+using platform::Drive;
+using platform::Entry;
+using platform::Property;
+
+constexpr std::uint8_t kIds[kAttributes] = {1,   2,   3,   4,   5,   7,   8,   9,   10,  11,
+                                            12,  189, 190, 191, 192, 193, 194, 195, 196, 197,
+                                            198, 199, 200, 201, 202, 203, 220, 222, 240, 250};
+
+Drive::Block AttributeBlock() {
+  Drive::Block block{0x10, 0x00};
+  for (std::size_t i = 0; i < kAttributes; i++) {
+    block[2 + 12 * i] = kIds[i];
+    block[3 + 12 * i] = i % 2 == 0 ? 0x33 : 0x32;
+    block[5 + 12 * i] = static_cast<std::uint8_t>(90 + i);
+  }
+  return block;
+}
+
+Drive::Block ThresholdBlock() {
+  Drive::Block block{0x10, 0x00};
+  for (std::size_t i = 0; i < kAttributes; i++) {
+    block[2 + 12 * i] = kIds[i];
+    block[3 + 12 * i] = static_cast<std::uint8_t>(i % 3 == 0 ? 0 : 36);
+  }
+  return block;
+}
+
+struct BenchDrive : Drive {
+  bool Open() override { return true; }
+  bool Enable(bool /*enable*/) override { return true; }
+  std::optional<bool> ReturnStatus() override { return false; }
+  std::optional<Block> ReadData() override { return data; }
+  std::optional<Block> ReadThresholds() override { return thresholds; }
+  std::optional<Block> Identify() override { return identify; }
+
+  Block data = AttributeBlock();
+  Block thresholds = ThresholdBlock();
+  Block identify{};
+};
+
+Property Text(std::string text) { return {std::move(text)}; }
+
+Entry DriveEntry(int number) {
+  Entry medium{"Media",
+               "IOMedia",
+               {{"BSD Name", Text("disk" + std::to_string(number))},
+                {"Size", {platform::IntegerNumber(1000204886016)}}},
+               {},
+               nullptr};
+  return {"IOAHCIBlockStorageDevice",
+          "IOAHCIBlockStorageDevice",
+          {{"Device Characteristics",
+            {platform::Dictionary{{"Product Name", Text("EXAMPLE HD103SJ                ")}}}},
+           {"Protocol Characteristics",
+            {platform::Dictionary{{"Physical Interconnect", Text("SATA")},
+                                  {"Physical Interconnect Location", Text("Internal")}}}}},
+          {std::move(medium)},
+          std::make_shared<BenchDrive>()};
+}
+
+Entry Controller(int number) {
+  return {"Port " + std::to_string(number),
+          "IOPCIDevice",
+          {{"vendor-id", {platform::Data{0x86, 0x80, 0, 0}}}},
+          {DriveEntry(number)},
+          nullptr};
+}
+
+}  // namespace
+
+platform::Machine MachineAmong(int entries, int drives) {
+  Entry root{"Root", "IORegistryEntry", {}, {}, nullptr};
+  for (int i = 0; i < entries; i++) {
+    root.children.push_back({"Entry " + std::to_string(i), "IOService", {}, {}, nullptr});
+  }
+  for (int i = 0; i < drives; i++) root.children.push_back(Controller(i));
+  platform::Machine machine;
+  machine.roots.push_back(std::move(root));
+  return machine;
+}
+
+platform::Machine MachineOf(int drives) { return MachineAmong(0, drives); }
+
+}  // namespace bench

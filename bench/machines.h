@@ -1,0 +1,19 @@
+// The machines that are measured.
+#pragma once
+
+#include <cstddef>
+
+#include "platform/machine.h"
+
+namespace bench {
+
+inline constexpr int kAttributes = 30;
+
+// `drives` AHCI drives below one controller each, with a medium, a serial number in
+// their IDENTIFY data, and kAttributes attributes with thresholds.
+platform::Machine MachineOf(int drives);
+
+// The same with `entries` further entries that are no drives, ahead of them.
+platform::Machine MachineAmong(int entries, int drives);
+
+}  // namespace bench
