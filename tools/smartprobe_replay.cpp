@@ -6,6 +6,7 @@
 #include <string>
 
 #include "machines/recorded/recorded_machine.h"
+#include "machines/standard_streams.h"
 #include "platform/machine.h"
 #include "probe/start_up.h"
 #include "tools/command_line.h"
@@ -47,7 +48,7 @@ int Replay(const std::string& file) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-  tools::PrepareStandardStreams();
+  machines::PrepareStandardStreams();
   CLI::App app("Prints the report of the drives of a recorded machine.", kProgram);
   std::string file;
   app.add_option("FILE", file, "An XML property list; - is standard input")->required();

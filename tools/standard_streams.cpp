@@ -1,11 +1,7 @@
-// The care that the standard streams need.
+// The messages of a program, and whether its output arrived.
 #include "tools/standard_streams.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -13,24 +9,6 @@
 #include "machines/recorded/one_line.h"
 
 namespace tools {
-namespace {
-
-// A file that is opened gets the lowest free descriptor. With O_PATH a closed standard
-// stream is taken but stays as good as closed: it can be neither read nor written.
-void FillClosedDescriptors() {
-  int descriptor = -1;
-  do {
-    descriptor = open("/", O_PATH);
-  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-  if (descriptor >= 0) close(descriptor);
-}
-
-}  // namespace
-
-void PrepareStandardStreams() {
-  std::signal(SIGPIPE, SIG_IGN);
-  FillClosedDescriptors();
-}
 
 void PrintError(std::string_view program, std::string_view what) {
   const std::string line = machines::OneLine(std::string(program) + ": " + std::string(what));

@@ -1,8 +1,9 @@
-// Turns libplist's nodes into properties. The one file that includes its header.
+// Turns libplist's nodes into properties and back. The one file that includes its header.
 #include "machines/recorded/property_list.h"
 
 #include <plist/plist.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -126,7 +127,50 @@ OwnedNode Parse(std::string canonical) {
   return OwnedNode(root);
 }
 
+struct FreeXml {
+  void operator()(char* xml) const { plist_to_xml_free(xml); }
+};
+
+// A new node of the value, which belongs to the caller.
+struct NodeMaker {
+  plist_t operator()(const std::string& text) const { return plist_new_string(text.c_str()); }
+  plist_t operator()(bool value) const { return plist_new_bool(value); }
+  plist_t operator()(const platform::Date& date) const {
+    return plist_new_date(static_cast<std::int32_t>(date.seconds), 0);
+  }
+  plist_t operator()(const platform::Data& bytes) const {
+    return plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  }
+  plist_t operator()(const platform::Number& number) const {
+    if (number.type == kCFNumberFloat64Type)
+      return plist_new_real(std::bit_cast<double>(number.bits));
+    return plist_new_uint(number.bits);
+  }
+  plist_t operator()(const platform::Array& array) const {
+    plist_t node = plist_new_array();
+    for (const Property& item : array) plist_array_append_item(node, std::visit(*this, item.value));
+    return node;
+  }
+  plist_t operator()(const platform::Dictionary& dictionary) const {
+    plist_t node = plist_new_dict();
+    for (const auto& [key, property] : dictionary) {
+      plist_dict_set_item(node, key.c_str(), std::visit(*this, property.value));
+    }
+    return node;
+  }
+};
+
 }  // namespace
+
+std::string WritePropertyList(const Property& property) {
+  const OwnedNode root(std::visit(NodeMaker(), property.value));
+  char* xml = nullptr;
+  std::uint32_t length = 0;
+  plist_to_xml(root.get(), &xml, &length);
+  if (xml == nullptr) throw RecordingError("libplist cannot write it");
+  const std::unique_ptr<char, FreeXml> owner(xml);
+  return {xml, length};
+}
 
 Property ParsePropertyList(std::string canonical) {
   const OwnedNode root = Parse(std::move(canonical));

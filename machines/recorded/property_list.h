@@ -1,4 +1,5 @@
-// A property list as the platform's values. Everything that knows libplist is behind this.
+// A property list as the platform's values, and back. Everything that knows libplist is
+// behind this.
 #pragma once
 
 #include <string>
@@ -9,5 +10,9 @@ namespace machines {
 
 // Reads what CanonicalPropertyList wrote. Throws RecordingError when libplist cannot.
 platform::Property ParsePropertyList(std::string canonical);
+
+// An XML property list of `property`. Its texts hold no NUL. Throws RecordingError when
+// libplist cannot.
+std::string WritePropertyList(const platform::Property& property);
 
 }  // namespace machines

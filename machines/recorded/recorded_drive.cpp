@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "machines/recorded/keys.h"
 #include "machines/recorded/recording_error.h"
 #include "machines/recorded/typed_value.h"
 
@@ -59,17 +60,17 @@ Data TakeBlock(KeyedProperty& recorded) {
 
 void Take(KeyedProperty& recorded, Answers& answers) {
   const std::string& key = recorded.key;
-  if (key == "Data") {
+  if (key == kDataKey) {
     answers.data = TakeBlock(recorded);
-  } else if (key == "Thresholds") {
+  } else if (key == kThresholdsKey) {
     answers.thresholds = TakeBlock(recorded);
-  } else if (key == "Identify") {
+  } else if (key == kIdentifyKey) {
     answers.identify = TakeBlock(recorded);
-  } else if (key == "ThresholdExceeded") {
+  } else if (key == kExceededKey) {
     answers.thresholdExceeded = TypedValue<bool>(recorded);
-  } else if (key == "EnableFails") {
+  } else if (key == kEnableFailsKey) {
     answers.enableFails = TypedValue<bool>(recorded);
-  } else if (key == "QueryFails") {
+  } else if (key == kQueryFailsKey) {
     answers.queryFails = TypedValue<bool>(recorded);
   } else {
     throw RecordingError("unknown key " + Shortened(key));

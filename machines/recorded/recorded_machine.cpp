@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "machines/recorded/keys.h"
 #include "machines/recorded/plist_text.h"
 #include "machines/recorded/product_version.h"
 #include "machines/recorded/property_list.h"
@@ -22,12 +23,6 @@ using platform::Dictionary;
 using platform::Entry;
 using platform::KeyedProperty;
 using platform::Property;
-
-constexpr std::string_view kNameKey = "IORegistryEntryName";
-constexpr std::string_view kClassKey = "IOObjectClass";
-constexpr std::string_view kChildrenKey = "IORegistryEntryChildren";
-constexpr std::string_view kDriveKey = "RecordedDrive";
-constexpr std::string_view kVersionKey = "ProductVersion";
 
 // Where an entry stands in the property list. Its path is written only for an error.
 struct Place {

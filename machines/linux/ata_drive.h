@@ -1,0 +1,21 @@
+// A drive of this host, behind its device node.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "platform/machine.h"
+
+namespace machines {
+
+// `number` is the number of the block device that `node` must be; nothing: it is not
+// known, and the drive cannot be opened. Nothing is opened before the drive's Open,
+// which also sends IDENTIFY DEVICE: a drive that may not be sent commands or does not
+// answer has no S.M.A.R.T. interface. For one user client at a time.
+std::shared_ptr<platform::Drive> MakeAtaDrive(std::filesystem::path node,
+                                              std::optional<dev_t> number);
+
+}  // namespace machines

@@ -1,0 +1,27 @@
+// The reading of sysfs attributes: small files whose content the kernel makes up when
+// they are read, and which may go away with their device at any time.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace machines {
+
+// All bytes of the attribute, of one larger than a page the first page. Nothing: it
+// is not there or cannot be read.
+std::optional<std::string> ReadAttribute(const std::filesystem::path& file);
+
+// The attribute's text without the white space around it; empty where it cannot be read.
+std::string ReadText(const std::filesystem::path& file);
+
+// Nothing: it cannot be read, or is no such number.
+std::optional<std::uint64_t> ReadNumber(const std::filesystem::path& file);
+
+// A device number, "8:16". Nothing: as above.
+std::optional<dev_t> ReadDeviceNumber(const std::filesystem::path& file);
+
+}  // namespace machines

@@ -1,0 +1,31 @@
+// An open file that closes itself.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace machines {
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  // Takes what open() returned, be it negative.
+  explicit Descriptor(int number) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  ~Descriptor() {
+    if (IsOpen()) close(number_);
+  }
+
+  bool IsOpen() const { return number_ >= 0; }
+  int number() const { return number_; }
+
+ private:
+  int number_ = -1;
+};
+
+}  // namespace machines

@@ -1,0 +1,26 @@
+// What the IDENTIFY DEVICE data tell of a drive. Where they come from is not known here,
+// but for the page in which the kernel keeps them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/machine.h"
+
+namespace machines {
+
+// The IDENTIFY DEVICE data in an ATA Information page (89h of the vital product data).
+// Nothing: it is too short, or that of a packet device.
+std::optional<platform::Drive::Block> FindIdentifyData(std::string_view page);
+
+// The model number, in reading order and printable.
+std::string ModelNumber(const platform::Drive::Block& identify);
+
+// Whether the drive lists S.M.A.R.T. among its features.
+bool SupportsSMART(const platform::Drive::Block& identify);
+
+// Whether the drive itself has a serial interface.
+bool IsSerialATA(const platform::Drive::Block& identify);
+
+}  // namespace machines

@@ -1,0 +1,104 @@
+// Registry entries for ATA disks.
+#include "machines/linux/sysfs_machine.h"
+
+#include <IOKit/storage/ata/ATASMARTLib.h>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "machines/linux/ata_disks.h"
+#include "machines/linux/ata_drive.h"
+#include "machines/linux/attributes.h"
+#include "machines/linux/identify_data.h"
+#include "machines/linux/printable_text.h"
+
+namespace machines {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::Dictionary;
+using platform::Entry;
+using platform::Property;
+
+constexpr SInt32 kSystemVersion = 0x1068;  // 10.6.8
+
+struct DiskFacts {
+  std::string model;
+  bool supportsSMART = true;
+  bool isSerialATA = false;
+};
+
+bool IsAHCI(const AtaDisk& disk) { return disk.hostDriver.starts_with("ahci"); }
+
+// A kernel that does not offer the page has the first 16 characters of the model.
+DiskFacts ReadFacts(const AtaDisk& disk) {
+  const fs::path device = disk.folder / "device";
+  const auto page = ReadAttribute(device / "vpd_pg89");
+  const auto identify = page ? FindIdentifyData(*page) : std::nullopt;
+  if (!identify) return {PrintableText(ReadText(device / "model"))};
+  return {ModelNumber(*identify), SupportsSMART(*identify), IsSerialATA(*identify)};
+}
+
+// AHCI is spoken to serial ports only. Elsewhere the drive's word counts, or else that
+// of the driver: those of serial ports only are named so.
+bool IsSerial(const AtaDisk& disk, const DiskFacts& facts) {
+  return IsAHCI(disk) || facts.isSerialATA || disk.hostDriver.starts_with("sata_");
+}
+
+Property Text(std::string text) { return {std::move(text)}; }
+Property Integer(std::int64_t value) { return {platform::IntegerNumber(value)}; }
+
+// In bytes; the attribute is in sectors of 512 bytes, whatever those of the disk.
+std::optional<std::int64_t> ReadSize(const AtaDisk& disk) {
+  constexpr std::int64_t kSectorSize = 512;
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kSectorSize;
+  const auto sectors = ReadNumber(disk.folder / "size");
+  if (!sectors || *sectors > std::uint64_t{kMost}) return std::nullopt;
+  return static_cast<std::int64_t>(*sectors) * kSectorSize;
+}
+
+Entry MakeMedium(const AtaDisk& disk, const DiskFacts& facts) {
+  Entry medium{facts.model + " Media", "IOMedia", {}, {}, nullptr};
+  medium.properties.push_back({"BSD Name", Text(PrintableText(disk.name))});
+  if (const auto size = ReadSize(disk)) medium.properties.push_back({"Size", Integer(*size)});
+  return medium;
+}
+
+Entry MakeDevice(const AtaDisk& disk, const fs::path& dev) {
+  const DiskFacts facts = ReadFacts(disk);
+  const char* name = IsAHCI(disk) ? "IOAHCIBlockStorageDevice" : "IOATABlockStorageDevice";
+  const SInt32 features = facts.supportsSMART ? kIOATAFeatureSMART : 0;
+  Entry device{name, name, {}, {}, nullptr};
+  device.properties = {
+      {"Device Characteristics",
+       {Dictionary{{"Product Name", Text(facts.model)}, {"ATA Features", Integer(features)}}}},
+      {"Protocol Characteristics",
+       {Dictionary{{"Physical Interconnect", Text(IsSerial(disk, facts) ? "SATA" : "ATA")},
+                   {"Physical Interconnect Location", Text("Internal")}}}}};
+  device.children.push_back(MakeMedium(disk, facts));
+  device.drive = MakeAtaDrive(dev / disk.name, ReadDeviceNumber(disk.folder / "dev"));
+  return device;
+}
+
+// Two disks of one port have it twice: the order of names goes over all ports.
+Entry MakePort(const AtaDisk& disk, const fs::path& dev) {
+  Entry port{disk.port, IsAHCI(disk) ? "IOAHCIPort" : "IOATAController", {}, {}, nullptr};
+  port.children.push_back(MakeDevice(disk, dev));
+  return port;
+}
+
+}  // namespace
+
+platform::Machine ReadLinuxMachine(const fs::path& sysfs, const fs::path& dev) {
+  Entry root{"Root", "IORegistryEntry", {}, {}, nullptr};
+  for (const AtaDisk& disk : FindAtaDisks(sysfs)) root.children.push_back(MakePort(disk, dev));
+  platform::Machine machine;
+  machine.systemVersion = kSystemVersion;
+  machine.roots.push_back(std::move(root));
+  return machine;
+}
+
+}  // namespace machines

@@ -1,0 +1,17 @@
+// The machine that this program runs on, as the kernel describes it in sysfs. No device
+// is opened for it.
+#pragma once
+
+#include <filesystem>
+
+#include "platform/machine.h"
+
+namespace machines {
+
+// The host's ATA disks, each below an entry of its port and above one of its medium, in
+// the kernel's order of naming. Their drives open the disks' nodes in `dev` when the
+// probe asks for them. Missing or unreadable parts of `sysfs` are left out.
+platform::Machine ReadLinuxMachine(const std::filesystem::path& sysfs = "/sys",
+                                   const std::filesystem::path& dev = "/dev");
+
+}  // namespace machines

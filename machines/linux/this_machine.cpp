@@ -1,0 +1,20 @@
+// The machine of the program smartprobe: the one that it runs on.
+#include "machines/linux/sysfs_machine.h"
+#include "machines/standard_streams.h"
+#include "platform/machine.h"
+
+namespace {
+
+// The probe's first question is the system's version. Nothing is opened or printed before.
+platform::Machine StartMachine() {
+  machines::PrepareStandardStreams();
+  return machines::ReadLinuxMachine();
+}
+
+}  // namespace
+
+// Never destroyed: what the probe leaves behind may still refer to it.
+platform::Machine& platform::ThisMachine() {
+  static auto& machine = *new Machine(StartMachine());
+  return machine;
+}

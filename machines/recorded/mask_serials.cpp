@@ -1,0 +1,110 @@
+// The masking of serial numbers.
+#include "machines/recorded/mask_serials.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <numeric>
+#include <string>
+
+#include "machines/recorded/keys.h"
+
+namespace machines {
+namespace {
+
+using platform::Array;
+using platform::Data;
+using platform::Dictionary;
+using platform::Property;
+
+constexpr std::size_t kIdentifySize = 512;
+constexpr std::uint8_t kChecksumSignature = 0xA5;
+
+// Words of IDENTIFY DEVICE data, both ends included.
+struct Words {
+  std::size_t first, last;
+};
+constexpr Words kSerialNumber = {10, 19};
+constexpr std::array kZeroed = {Words{108, 111},   // world wide name
+                                Words{129, 159},   // vendor specific
+                                Words{176, 205}};  // media serial number
+
+// "Serial Number", "serial-number", "IOPlatformSerialNumber".
+bool NamesSerialNumber(const std::string& key) {
+  std::string letters;
+  for (const char c : key) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (std::isalpha(byte) != 0) letters += static_cast<char>(std::tolower(byte));
+  }
+  return letters.find("serialnumber") != std::string::npos;
+}
+
+bool IsPadding(std::uint8_t byte) { return byte == ' ' || byte == 0; }
+
+// One X for each character of UTF-8, which may take several bytes.
+std::string Masked(const std::string& text) {
+  std::string masked;
+  for (const char c : text) {
+    const auto byte = static_cast<std::uint8_t>(c);
+    if ((byte & 0xC0) == 0x80) continue;
+    masked += IsPadding(byte) ? c : 'X';
+  }
+  return masked;
+}
+
+void MaskBytes(Data::iterator begin, Data::iterator end) {
+  std::replace_if(
+      begin, end, [](std::uint8_t byte) { return !IsPadding(byte); }, 'X');
+}
+
+std::uint8_t Sum(const Data& bytes) {
+  return std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0},
+                         [](std::uint8_t sum, std::uint8_t byte) -> std::uint8_t {
+                           return static_cast<std::uint8_t>(sum + byte);
+                         });
+}
+
+void MaskIdentify(Data& identify) {
+  if (identify.size() != kIdentifySize) identify.resize(kIdentifySize);
+  const bool hasChecksum = identify[510] == kChecksumSignature && Sum(identify) == 0;
+  const auto at = [&](std::size_t word) {
+    return identify.begin() + static_cast<std::ptrdiff_t>(2 * word);
+  };
+  MaskBytes(at(kSerialNumber.first), at(kSerialNumber.last + 1));
+  for (const Words& words : kZeroed) std::fill(at(words.first), at(words.last + 1), 0);
+  if (!hasChecksum) return;
+  identify[511] = 0;
+  identify[511] = static_cast<std::uint8_t>(-Sum(identify));
+}
+
+void MaskSerialNumber(Property& property) {
+  if (auto* text = std::get_if<std::string>(&property.value)) *text = Masked(*text);
+  if (auto* bytes = std::get_if<Data>(&property.value)) MaskBytes(bytes->begin(), bytes->end());
+}
+
+void MaskDrive(Dictionary& recorded) {
+  for (auto& [key, property] : recorded) {
+    if (key == kIdentifyKey) MaskIdentify(std::get<Data>(property.value));
+  }
+}
+
+}  // namespace
+
+void MaskSerials(Property& listing) {
+  if (auto* array = std::get_if<Array>(&listing.value)) {
+    for (Property& item : *array) MaskSerials(item);
+  }
+  auto* dictionary = std::get_if<Dictionary>(&listing.value);
+  if (dictionary == nullptr) return;
+  for (auto& [key, property] : *dictionary) {
+    if (key == kDriveKey) {
+      MaskDrive(std::get<Dictionary>(property.value));
+    } else if (NamesSerialNumber(key)) {
+      MaskSerialNumber(property);
+    } else {
+      MaskSerials(property);
+    }
+  }
+}
+
+}  // namespace machines

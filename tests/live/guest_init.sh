@@ -1,0 +1,106 @@
+#!/bin/busybox sh
+# shellcheck shell=dash
+# The guest's first process: runs the programs on the guest's drives and leaves what
+# they did in /results, which ends as a tar file on the virtio disk. It judges nothing;
+# live_test.sh does, on the host.
+/bin/busybox --install -s /bin
+export PATH=/programs:/bin
+mkdir -p /proc /sys /dev /tmp /results
+chmod 1777 /tmp
+mount -t proc proc /proc
+mount -t sysfs sysfs /sys
+mount -t devtmpfs devtmpfs /dev
+mount -t tracefs tracefs /sys/kernel/tracing
+for module in /modules/*; do insmod "$module"; done
+
+disks() {
+  (cd /sys/block && ls -d sd*) 2>/dev/null
+}
+
+# The disk's name whose model begins with $1.
+named() {
+  awk -v model="$1" 'index($0, " " model) { print $1 }' /results/devices
+}
+
+delete() {
+  echo 1 >"/sys/block/$1/device/delete"
+}
+
+# run NAME COMMAND...: keeps the command's two streams and its status under that name.
+run() {
+  local name=$1
+  shift
+  echo "RUN $name: $*"
+  "$@" >"/results/$name.out" 2>"/results/$name.err" </dev/null
+  echo $? >"/results/$name.status"
+}
+
+# traced NAME COMMAND...: as run, and keeps the commands that drives got meanwhile.
+traced() {
+  local events=/sys/kernel/tracing/events/libata/ata_qc_issue/enable
+  echo >/sys/kernel/tracing/trace
+  echo 1 >$events
+  run "$@"
+  echo 0 >$events
+  cp /sys/kernel/tracing/trace "/results/$1.trace"
+}
+
+# Busybox has a setpriv too, which its shell prefers but which knows no users.
+as_user() {
+  /programs/setpriv --reuid 1000 --regid 1000 --clear-groups "$@"
+}
+
+as_disk_member() {
+  /programs/setpriv --reuid 1000 --regid 1000 --groups 6 "$@"
+}
+
+# The drive aborts the command while S.M.A.R.T. is off.
+smart_read() {
+  sg_raw -r 512 -o /dev/null "/dev/$piix" 85 08 0e 00 d0 00 01 00 00 00 4f 00 c2 00 b0 00
+}
+
+tries=0
+until [ "$(disks | wc -l)" = 4 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ] || [ $tries = 60 ]; do
+  sleep 1
+  tries=$((tries + 1))
+done
+for disk in $(disks); do
+  chown 0:6 "/dev/$disk"
+  chmod 660 "/dev/$disk"
+  port=$(readlink -f "/sys/block/$disk" | grep -o '/ata[0-9]*/' | tr -d a-z/)
+  echo "$disk ${port:--} $(cat "/sys/block/$disk/device/model")"
+done >/results/devices
+piix=$(named PIIX)
+long=$(named LONG)
+plain=$(named QEMU)
+
+run switch_off sg_raw "/dev/$piix" 85 06 00 00 d9 00 00 00 00 00 4f 00 c2 00 b0 00
+run read_before smart_read
+traced live smartprobe
+run read_after smart_read
+traced user as_user smartprobe
+traced member as_disk_member smartprobe
+run member_reads as_disk_member dd if="/dev/$piix" of=/dev/null bs=512 count=1
+
+run record smartprobe-record /results/host.plist
+run replay smartprobe-replay /results/host.plist
+run record_no_serials smartprobe-record --no-serials /results/no_serials.plist
+run replay_no_serials smartprobe-replay /results/no_serials.plist
+run record_member as_disk_member smartprobe-record /tmp/member.plist
+run replay_member smartprobe-replay /tmp/member.plist
+
+run gone_meanwhile probe_after "echo 1 >/sys/block/$long/device/delete"
+run gone_before smartprobe
+rm "/dev/$plain" "/dev/$piix"
+# shellcheck disable=SC2046 # two words
+mknod "/dev/$plain" b $(tr : ' ' <"/sys/block/$piix/dev")
+mkfifo "/dev/$piix"
+run wrong_nodes smartprobe
+delete "$piix"
+delete "$plain"
+run none smartprobe
+
+touch /results/complete
+tar -cf /dev/vda -C /results .
+sync
+poweroff -f

@@ -1,0 +1,215 @@
+#!/bin/bash
+# The programs on real kernel drivers: boots Debian's kernel in an emulator, without
+# network, with drives of known making, lets guest_init.sh run the programs there, and
+# compares what they did with what the drives were made to be.
+# Usage: live_test.sh CACHE PROGRAM..., the folder for the kernel's files, and the
+# programs of this build that guest_init.sh runs.
+# Where a package is missing the test counts as skipped, but with CI=true as failed.
+set -euo pipefail
+shopt -s lastpipe # so that what fails at the end of a pipe is counted
+cache=$1
+shift
+here=$(dirname "$0")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+PATH=$PATH:/usr/sbin:/sbin
+results=$work/results
+failures=0
+long_model=LONG-6789-123456789-123456789-123456789-
+long_serial=01234567890123456789
+
+skip() {
+  echo "SKIPPED: $*" >&2
+  [ "${CI:-}" != true ] || exit 1
+  exit 77
+}
+
+# The kernel's image, and the modules with their turn of loading in their names.
+unpack_kernel() {
+  local unpacked=$cache/unpacked version module number=100
+  dpkg-deb -x "$cache"/*.deb "$unpacked"
+  version=$(ls "$unpacked/lib/modules")
+  depmod -b "$unpacked" "$version"
+  mkdir "$cache/modules"
+  modprobe -d "$unpacked" -S "$version" -a --show-depends \
+    sd_mod sr_mod virtio_pci virtio_blk virtio_scsi ahci ata_piix >"$cache/insmod"
+  awk '$1 == "insmod" && !seen[$2]++ { print $2 }' "$cache/insmod" | while read -r module; do
+    cp "$module" "$cache/modules/$((number++))-$(basename "$module")"
+  done
+  cp "$unpacked/boot/vmlinuz-$version" "$cache/vmlinuz"
+  rm -r "$unpacked" "$cache"/*.deb
+}
+
+# Fetches the newest kernel, unless it is there since this script's last change.
+get_kernel() {
+  local package
+  package=$(apt-cache depends linux-image-amd64 | awk '$1 == "Depends:" { print $2; exit }')
+  [ -n "$package" ] || skip 'the package lists have no linux-image-amd64'
+  [ ! "$cache/$package" -nt "$0" ] || return 0
+  rm -rf "$cache"
+  mkdir -p "$cache"
+  (cd "$cache" && apt-get download -qq -o APT::Sandbox::User=root "$package") ||
+    skip "$package cannot be downloaded"
+  unpack_kernel
+  touch "$cache/$package"
+}
+
+make_initramfs() {
+  local root=$work/root program
+  mkdir -p "$root/bin" "$root/programs"
+  cp "$here/guest_init.sh" "$root/init"
+  cp /bin/busybox "$root/bin/"
+  cp -r "$cache/modules" "$root/"
+  for program in "$@" "$(command -v sg_raw)" "$(command -v setpriv)"; do
+    cp -L "$program" "$root/programs/"
+    ldd "$program" | grep -o '/[^ ]*' | xargs cp -L --parents -t "$root"
+  done
+  (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) >"$work/initramfs"
+}
+
+# Of the drives only the virtio disk keeps anything: the results.
+boot() {
+  truncate -s 16M "$work/results.tar"
+  local blank=driver=null-co,read-zeroes=on
+  timeout --foreground 300 qemu-system-x86_64 \
+    -machine pc -accel tcg -m 512 -nodefaults -no-user-config -display none -no-reboot \
+    -kernel "$cache/vmlinuz" -initrd "$work/initramfs" -append 'console=ttyS0 panic=-1' \
+    -serial "file:$work/console" \
+    -blockdev "$blank,node-name=piix,size=160041885696" \
+    -blockdev "$blank,node-name=long,size=3000592982016" \
+    -blockdev "$blank,node-name=plain,size=500107862016" \
+    -blockdev "$blank,node-name=scsi,size=1048576" \
+    -blockdev "$blank,node-name=cd,size=1048576,read-only=on" \
+    -blockdev "driver=file,node-name=results,filename=$work/results.tar" \
+    -device "ide-hd,bus=ide.0,drive=piix,model=PIIX DISK,serial=  WD-1,ver=1.0" \
+    -device ide-cd,bus=ide.1,drive=cd \
+    -device ich9-ahci,id=ahci \
+    -device "ide-hd,bus=ahci.0,drive=long,model=$long_model,serial=$long_serial,ver=12345678" \
+    -device ide-hd,bus=ahci.1,drive=plain,serial=S,ver=2 \
+    -device virtio-blk-pci,drive=results \
+    -device virtio-scsi-pci -device 'scsi-hd,drive=scsi,product=SCSI DISK' \
+    </dev/null >"$work/emulator" 2>&1 || echo "the emulator ended with status $?" >>"$work/emulator"
+  mkdir "$results"
+  if ! tar -xf "$work/results.tar" -C "$results" || [ ! -e "$results/complete" ]; then
+    cat "$work/console" "$work/emulator"
+    echo 'FAILED: the guest did not come to its end' >&2
+    exit 1
+  fi
+}
+
+fail() {
+  echo "FAILED: $*" >&2
+  failures=$((failures + 1))
+}
+
+# expect NAME: that run printed what standard input says, and nothing else, with status 0.
+expect() {
+  diff -u --label "expected of $1" --label "printed by $1" - "$results/$1.out" >&2 ||
+    fail "the output of $1"
+  expect_status "$1" 0
+  [ ! -s "$results/$1.err" ] || fail "$1: $(cat "$results/$1.err")"
+}
+
+expect_status() {
+  [ "$(cat "$results/$1.status")" = "$2" ] || fail "$1: status $(cat "$results/$1.status")"
+}
+
+# expect_commands NAME: the drives got what standard input says, a port and a command a line.
+expect_commands() {
+  sort >"$work/commands"
+  sed -nE 's,.*ata_port=([0-9]+) .*tf=\((../..):.*,\1 \2,p' "$results/$1.trace" | sort |
+    diff -u --label 'expected commands' --label "commands of $1" "$work/commands" - >&2 ||
+    fail "the commands of $1"
+}
+
+# The lines of the drive that was given that name above.
+drive() {
+  case $1 in
+    piix) start "$piix" 'PIIX DISK' 1.0 '160.04 GB' '  WD-1' ;;
+    long) start "$long" "$long_model" 12345678 '3.00 TB' "$long_serial" ;;
+    plain) start "$plain" 'QEMU HARDDISK' 2 '500.11 GB' S ;;
+  esac
+  # What the emulator gives every disk.
+  cat <<END
+SMARTStatus:::1:::Raw Read Error Rate:::768:::No Data:::6:::Pre-Fail:OK
+SMARTStatus:::3:::Spin-up Time:::768:::No Data:::Always Passing:::Pre-Fail:OK
+SMARTStatus:::4:::Start/Stop Count:::512:::No Data:::20:::Life-Span:OK
+SMARTStatus:::5:::Reallocated Sector Count:::768:::No Data:::36:::Pre-Fail:OK
+SMARTStatus:::9:::Power On Hours Count:::768:::No Data:::Always Passing:::Pre-Fail:OK
+SMARTStatus:::12:::Power Cycle Count:::768:::No Data:::Always Passing:::Pre-Fail:OK
+SMARTStatus:::190:::Airflow Temperature:::768:::69:::50:::Pre-Fail:OK
+SmartDeviceEnd:::/dev/r${!1}:::False
+END
+}
+
+start() {
+  printf 'SmartDeviceStart:::/dev/r%s:::%s:::%-8s:::%s:::%-20s\n' "$@"
+}
+
+failure() {
+  echo "GetSMARTFailed:/dev/r${!1}:0"
+}
+
+# each FUNCTION: what it prints for every drive, in the report's order. The kernel looks
+# at the AHCI ports side by side, so that either disk may have got the first name.
+each() {
+  "$1" piix
+  if [[ $long < $plain ]]; then
+    "$1" long && "$1" plain
+  else
+    "$1" plain && "$1" long
+  fi
+}
+
+in_the_middle() {
+  if [ "$1" = long ]; then failure long; else drive "$1"; fi
+}
+
+five_commands() {
+  local command
+  for command in b0/d0 b0/d1 b0/d8 b0/da ec/00; do
+    awk -v disk="${!1}" -v command=$command '$1 == disk { print $2, command }' "$results/devices"
+  done
+}
+
+judge() {
+  piix=$(awk '/PIIX/ { print $1 }' "$results/devices")
+  long=$(awk '/LONG/ { print $1 }' "$results/devices")
+  plain=$(awk '/QEMU/ { print $1 }' "$results/devices")
+  expect_status switch_off 0
+  [ "$(cat "$results/read_before.status")" != 0 ] || fail 'S.M.A.R.T. was not off at first'
+  each drive | expect live
+  each five_commands | expect_commands live
+  expect_status read_after 0
+
+  each failure | expect user
+  each failure | expect member
+  expect_commands user </dev/null
+  expect_commands member </dev/null
+  expect_status member_reads 0
+
+  expect record </dev/null
+  each drive | expect replay
+  expect record_no_serials </dev/null
+  each drive | sed "/^SmartDeviceStart/ { s/$long_serial/XXXXXXXXXXXXXXXXXXXX/; s/WD-1/XXXX/; s/:S /:X / }" |
+    expect replay_no_serials
+  expect_status record_member 0
+  each failure | expect replay_member
+  for disk in "$piix" "$long" "$plain"; do
+    grep -q "$disk" "$results/record_member.err" || fail "$disk was not named unreadable"
+  done
+
+  each in_the_middle | expect gone_meanwhile
+  { drive piix; drive plain; } | expect gone_before
+  { failure piix; failure plain; } | expect wrong_nodes
+  expect none </dev/null
+}
+
+for tool in qemu-system-x86_64 busybox cpio modprobe sg_raw setpriv; do
+  command -v $tool >/dev/null || skip "there is no $tool"
+done
+get_kernel
+make_initramfs "$@"
+boot
+judge
+[ "$failures" = 0 ]
