@@ -1,97 +1,88 @@
 // Any two S.M.A.R.T. blocks, any IDENTIFY data and any properties through a whole
-// pass. The report must keep its form, and nothing may be left open that is not
-// left open by intent.
+// pass. Nothing may be left open that is not left open by intent.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <memory>
 #include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "platform/process_end.h"
-#include "probe/drive_table.h"
 #include "probe/start_up.h"
 
 using platform::Drive;
 using platform::Entry;
-using platform::Ledger;
-using platform::Property;
 
 namespace {
 
 // The keys that the probe looks for, and one that it does not.
-constexpr std::array kKeys = {"Device Characteristics",
-                              "ATA Features",
-                              "Product Name",
-                              "Physical Interconnect",
-                              "SCSI Target",
-                              "Protocol Characteristics",
-                              "unit number",
-                              "AAPL,bus-id",
-                              "SCSI Target Identifier",
-                              "Channel",
-                              "device-type",
-                              "Physical Interconnect Location",
-                              "socket type",
-                              "io-device-location",
-                              "GUID",
-                              "locationID",
-                              "BSD Name",
-                              "Size",
-                              "Serial Number",
-                              "Revision",
-                              "Vendor"};
-constexpr int kDeepest = 2;
+constexpr const char* kKeys[] = {"Physical Interconnect Location",
+                                 "Device Characteristics",
+                                 "AAPL,bus-id",
+                                 "Protocol Characteristics",
+                                 "Physical Interconnect",
+                                 "ATA Features",
+                                 "SCSI Target Identifier",
+                                 "io-device-location",
+                                 "SCSI Target",
+                                 "Serial Number",
+                                 "Product Name",
+                                 "unit number",
+                                 "device-type",
+                                 "socket type",
+                                 "Channel",
+                                 "locationID",
+                                 "BSD Name",
+                                 "Revision",
+                                 "Vendor",
+                                 "GUID",
+                                 "Size"};
 
 platform::Machine& Fuzzed() {
   static platform::Machine machine;
   return machine;
 }
 
+// Takes its blocks at once, and draws which calls fail when it is asked.
 struct FuzzedDrive : Drive {
-  bool opens = true;
-  bool enables = true;
-  std::optional<bool> status;
-  std::optional<Block> data, thresholds, identify;
+  explicit FuzzedDrive(FuzzedDataProvider& i) : input(i) {
+    for (Block& block : blocks) input.ConsumeData(block.data(), block.size());
+  }
 
-  bool Open() override { return opens; }
-  bool Enable(bool /*enable*/) override { return enables; }
-  std::optional<bool> ReturnStatus() override { return status; }
-  std::optional<Block> ReadData() override { return data; }
-  std::optional<Block> ReadThresholds() override { return thresholds; }
-  std::optional<Block> Identify() override { return identify; }
+  bool Open() override { return input.ConsumeIntegralInRange(0, 9) != 0; }
+  bool Enable(bool /*enable*/) override { return Open(); }
+  std::optional<bool> ReturnStatus() override { return Drawn(input.ConsumeBool()); }
+  std::optional<Block> ReadData() override { return Drawn(blocks[0]); }
+  std::optional<Block> ReadThresholds() override { return Drawn(blocks[1]); }
+  std::optional<Block> Identify() override { return Drawn(blocks[2]); }
+
+  template <typename T>
+  std::optional<T> Drawn(T answer) {
+    return Open() ? std::optional(answer) : std::nullopt;
+  }
+
+  FuzzedDataProvider& input;
+  Block blocks[3] = {};
 };
-
-std::string TakeText(FuzzedDataProvider& input) {
-  constexpr const char* kWords[] = {"ATA", "SCSI", "FireWire", "USB", "Channel", "Gen", "Maxtor"};
-  if (input.ConsumeBool()) return input.PickValueInArray(kWords);
-  return input.ConsumeRandomLengthString(300);
-}
 
 platform::Dictionary TakeProperties(FuzzedDataProvider& input, int depth);
 
-Property TakeProperty(FuzzedDataProvider& input, int depth) {
-  switch (input.ConsumeIntegralInRange(0, depth < kDeepest ? 6 : 5)) {
+platform::Property TakeProperty(FuzzedDataProvider& input, int depth) {
+  constexpr const char* kWords[] = {"ATA", "SCSI", "FireWire", "USB", "Channel", "Gen", "Maxtor"};
+  switch (input.ConsumeIntegralInRange(0, depth < 2 ? 5 : 4)) {
     case 0:
-      return {TakeText(input)};
+      return {input.PickValueInArray(kWords)};
     case 1:
+      return {input.ConsumeRandomLengthString(300)};
+    case 2:
       return {platform::Number{input.ConsumeIntegralInRange<CFNumberType>(-1, 16),
                                input.ConsumeIntegral<std::uint64_t>()}};
-    case 2:
-      return {input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 300))};
     case 3:
-      return {input.ConsumeBool()};
+      return {input.ConsumeBytes<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, 300))};
     case 4:
-      return {platform::Array{}};
-    case 5:
-      return {platform::IntegerNumber(input.ConsumeIntegral<std::int64_t>())};
+      return {true};
     default:
       return {TakeProperties(input, depth + 1)};
   }
@@ -105,71 +96,22 @@ platform::Dictionary TakeProperties(FuzzedDataProvider& input, int depth) {
   return properties;
 }
 
-std::optional<Drive::Block> TakeBlock(FuzzedDataProvider& input) {
-  if (!input.ConsumeBool()) return std::nullopt;
-  Drive::Block block{};
-  input.ConsumeData(block.data(), block.size());
-  return block;
-}
-
-Entry TakeDevice(FuzzedDataProvider& input) {
-  auto drive = std::make_shared<FuzzedDrive>();
-  drive->opens = input.ConsumeIntegralInRange(0, 9) != 0;
-  drive->enables = input.ConsumeIntegralInRange(0, 9) != 0;
-  if (input.ConsumeBool()) drive->status = input.ConsumeBool();
-  drive->data = TakeBlock(input);
-  drive->thresholds = TakeBlock(input);
-  drive->identify = TakeBlock(input);
-  const char* name = input.ConsumeBool() ? "IOAHCIBlockStorageDevice" : "IOATABlockStorageDevice";
-  Entry device{name, name, TakeProperties(input, 0), {}, std::move(drive)};
-  device.children.push_back({"Media", "IOMedia", TakeProperties(input, 1), {}, nullptr});
-  return device;
-}
-
 platform::Machine TakeMachine(FuzzedDataProvider& input) {
-  platform::Machine machine;
-  machine.systemVersion = input.PickValueInArray<SInt32>({0x101F, 0x1020, 0x1058, 0x1068});
-  Entry controller{"Controller", "IOPCIDevice", TakeProperties(input, 1), {}, nullptr};
+  Entry controller{"Controller", "IOPCIDevice", {}, {}, nullptr};
   const int devices = input.ConsumeIntegralInRange(1, 3);
-  for (int i = 0; i < devices; i++) controller.children.push_back(TakeDevice(input));
-  machine.roots.push_back(std::move(controller));
-  return machine;
+  for (int i = 0; i < devices; i++) {
+    auto drive = std::make_shared<FuzzedDrive>(input);
+    const char* name = input.ConsumeBool() ? "IOAHCIBlockStorageDevice" : "IOATABlockStorageDevice";
+    const Entry medium{"Media", "IOMedia", TakeProperties(input, 1), {}, nullptr};
+    controller.children.push_back({name, name, TakeProperties(input, 0), {medium}, drive});
+  }
+  controller.properties = TakeProperties(input, 1);
+  return {input.PickValueInArray<SInt32>({0x101F, 0x1020, 0x1058, 0x1068}), {controller}, {}};
 }
 
-std::string Report() {
-  char* text = nullptr;
-  std::size_t size = 0;
-  FILE* const old = std::exchange(stdout, open_memstream(&text, &size));
-  RunProbe();
-  std::fclose(std::exchange(stdout, old));
-  std::string report(text, size);
-  std::free(text);
-  return report;
-}
-
-int Count(std::string_view report, std::string_view tag) {
-  int count = 0;
-  for (std::size_t at = 0; (at = report.find(tag, at)) != std::string_view::npos; at += tag.size())
-    count++;
-  return count;
-}
-
-// A text of the registry may hold anything, line feeds and tags too: each counted
-// drive gives at least a start and an end, and no line lacks its end.
-void CheckReport(std::string_view report) {
-  if (!report.empty() && report.back() != '\n') std::abort();
-  if (Count(report, "SmartDeviceStart:::") < gSMARTDriveCount) std::abort();
-  if (Count(report, "SmartDeviceEnd:::") < gSMARTDriveCount) std::abort();
-}
-
-void CheckLedger(const Ledger& ledger) {
-  const Ledger expected = {.propertyDictionaries = ledger.propertyDictionaries,
-                           .iterators = ledger.iterators,
-                           .services = ledger.services,
-                           .plugIns = ledger.smartInterfaces,
-                           .smartInterfaces = ledger.smartInterfaces,
-                           .memoryBlocks = ledger.memoryBlocks};
-  if (ledger != expected || ledger.memoryBlocks > 1 || ledger.iterators > 2) std::abort();
+bool IsExpected(const platform::Ledger& left) {
+  return left.matchingDictionaries == 0 && left.foundValues == 0 && left.strings == 0 &&
+         left.plugIns == left.smartInterfaces && left.memoryBlocks <= 1 && left.iterators <= 2;
 }
 
 }  // namespace
@@ -177,12 +119,12 @@ void CheckLedger(const Ledger& ledger) {
 platform::Machine& platform::ThisMachine() { return Fuzzed(); }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
   FuzzedDataProvider input(data, size);
   Fuzzed() = TakeMachine(input);
   gMySysVersion = 0;
-  gSMARTDriveCount = 0;
-  CheckReport(Report());
-  CheckLedger(platform::OpenReferences());
+  RunProbe();
+  if (!IsExpected(platform::OpenReferences())) std::abort();
   platform::EndProcess();
   return 0;
 }

@@ -13,22 +13,13 @@ using platform::Ledger;
 using platform::OpenReferences;
 using test::AhciDevice;
 using test::AtaDevice;
-using test::FakeDrive;
 using test::HealthyDrive;
 using test::Install;
 using test::Report;
 
 namespace {
-
-std::vector<std::string> releases;
-
-std::string Lines(const std::string& device, const std::string& capacity = "") {
-  return "SmartDeviceStart:::" + device + ":::EXAMPLE 250:::REV     :::" + capacity +
-         ":::SERIAL              \nSMARTStatus:::194:::Temperature:::8704:::38:::"
-         "Always Passing:::Life-Span:OK\nSmartDeviceEnd:::" +
-         device + ":::False\n";
-}
-
+// A service, or 0 for a plug-in, and how many of what goes before it are left.
+std::vector<std::pair<io_object_t, int>> releases;
 }  // namespace
 
 // The linker sends the probe's calls here first.
@@ -36,15 +27,13 @@ extern "C" {
 
 kern_return_t __real_IODestroyPlugInInterface(IOCFPlugInInterface** interface);
 kern_return_t __wrap_IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
-  releases.push_back("plug-in, interfaces left: " +
-                     std::to_string(OpenReferences().smartInterfaces));
+  releases.emplace_back(0, OpenReferences().smartInterfaces);
   return __real_IODestroyPlugInInterface(interface);
 }
 
 kern_return_t __real_IOObjectRelease(io_object_t object);
 kern_return_t __wrap_IOObjectRelease(io_object_t object) {
-  releases.push_back("service " + std::to_string(object) +
-                     ", plug-ins left: " + std::to_string(OpenReferences().plugIns));
+  releases.emplace_back(object, OpenReferences().plugIns);
   return __real_IOObjectRelease(object);
 }
 
@@ -55,8 +44,7 @@ TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
     SInt32 version;
     const char* calls;
     const char* capacity;
-  } cases[] = {{0, "", nullptr},
-               {0x101F, "", nullptr},
+  } cases[] = {{0x101F, "", ""},
                {0x1020, "OESDTC", "232.89 GB"},
                {0x102F, "OESDTC", "232.89 GB"},
                {0x1030, "OESDTIC", "232.89 GB"},
@@ -67,18 +55,11 @@ TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
     auto drive = HealthyDrive();
     Install({AtaDevice(drive, "disk0", 250059350016)}, c.version);
     const Ledger before = OpenReferences();
-    const std::string report = Report();
+    test::DeviceLines lines{.path = "/dev/rdisk0", .capacity = c.capacity};
+    if (c.version < 0x1030) lines.revision = lines.serial = "";
+    EXPECT_EQ(Report(), c.version < 0x1020 ? "" : lines.Text());
     EXPECT_EQ(drive->calls, c.calls);
-    if (c.capacity == nullptr) {
-      EXPECT_EQ(report, "");
-      EXPECT_EQ(OpenReferences() - before, Ledger{});
-    } else if (c.version < 0x1030) {
-      EXPECT_EQ(
-          report.substr(0, report.find('\n')),
-          std::string("SmartDeviceStart:::/dev/rdisk0:::EXAMPLE 250::::::") + c.capacity + ":::");
-    } else {
-      EXPECT_EQ(report, Lines("/dev/rdisk0", c.capacity));
-    }
+    EXPECT_EQ(OpenReferences() == before, c.version < 0x1020);
   }
 }
 
@@ -92,43 +73,28 @@ TEST(Pass, FeatureFilterTurnsAtaDevicesAwayUnseen) {
   onlyAbove.children[0].properties.clear();
   Entry noDictionary = AtaDevice(HealthyDrive());
   noDictionary.properties = {{"Device Characteristics", test::Integer(0x20)}};
-  Install({withFeatures(test::Integer(0x1F)), withFeatures(test::Integer(1LL << 32 | 0x20)),
-           withFeatures(test::Real(32.5)), withFeatures(test::Text("32")), onlyAbove,
+  Install({withFeatures(test::Integer(0x5F)), withFeatures(test::Integer(1LL << 32 | 0x20)),
+           withFeatures({platform::Float64Number(32.5)}), withFeatures(test::Text("32")), onlyAbove,
            noDictionary});
   EXPECT_EQ(Report(), "");
 
-  Install({withFeatures(test::Integer(0x21)), withFeatures(test::Real(32)),
-           withFeatures(test::Integer(-1))});
+  Entry bare{"Port 0", "IOAHCIBlockStorageDevice", {}, {}, HealthyDrive()};
+  Install({withFeatures(test::Integer(0x21)), withFeatures({platform::Float64Number(32)}),
+           withFeatures(test::Integer(-1)), bare});
   Report();
-  EXPECT_EQ(gSMARTDriveCount, 3);
-
-  Entry bare = AhciDevice(HealthyDrive());
-  bare.properties.clear();
-  bare.name = "Port 0";
-  Install({bare});
-  Report();
-  EXPECT_EQ(gSMARTDriveCount, 1) << "an AHCI device is found by its class and not filtered";
+  EXPECT_EQ(gSMARTDriveCount, 4) << "an AHCI device is found by its class and not filtered";
 }
 
 TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
-  const struct {
-    const char* serial;
-    const char* revision;
-    const char* line;
-  } cases[] = {{"1234567890123456789012345", "12345678X", "12345678::::::12345678901234567890"},
-               {"ABCDEF", nullptr, "REV     ::::::ABCDEF"},
-               {nullptr, "1.0", "1.0::::::SERIAL              "}};
-  for (const auto& c : cases) {
-    Entry controller{"Controller", "", {}, {AtaDevice(HealthyDrive())}, {}};
-    if (c.serial != nullptr)
-      controller.properties.push_back({"Serial Number", test::Text(c.serial)});
-    if (c.revision != nullptr)
-      controller.properties.push_back({"Revision", test::Text(c.revision)});
-    Install({controller});
-    const std::string report = Report();
-    EXPECT_EQ(report.substr(0, report.find('\n')),
-              std::string("SmartDeviceStart:::/dev/rdisk0:::EXAMPLE 250:::") + c.line);
-  }
+  const platform::KeyedProperty serial = {"Serial Number", test::Text("123456789012345678901")};
+  const platform::KeyedProperty revision = {"Revision", test::Text("1.0")};
+  const platform::KeyedProperty longRevision = {"Revision", test::Text("12345678X")};
+  Install({{"", "", {serial, revision}, {AtaDevice(HealthyDrive())}, {}},
+           {"", "", {longRevision}, {AtaDevice(HealthyDrive())}, {}}});
+  const test::DeviceLines both{
+      .path = "/dev/rdisk0", .revision = "1.0", .serial = "12345678901234567890"};
+  const test::DeviceLines one{.path = "/dev/rdisk0", .revision = "12345678"};
+  EXPECT_EQ(Report(), both.Text() + one.Text());
 }
 
 TEST(Pass, ReleasesWhatCountedDrivesHoldInOrder) {
@@ -138,7 +104,6 @@ TEST(Pass, ReleasesWhatCountedDrivesHoldInOrder) {
   const Ledger before = OpenReferences();
   testing::internal::CaptureStdout();
   FindAllSMARTConnections();
-  testing::internal::GetCapturedStdout();
   EXPECT_EQ(OpenReferences() - before, (Ledger{.propertyDictionaries = 3,
                                                .iterators = 2,
                                                .services = 4,
@@ -147,37 +112,30 @@ TEST(Pass, ReleasesWhatCountedDrivesHoldInOrder) {
 
   const Ledger beforePass = OpenReferences();
   releases.clear();
-  testing::internal::CaptureStdout();
   SMARTPollingRoutine(nullptr, nullptr);
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(OpenReferences() - beforePass,
             (Ledger{.propertyDictionaries = 3, .iterators = 2, .services = 1}));
-  std::vector<std::string> expected;
+  ASSERT_EQ(releases.size(), 6U);
+  auto next = releases.begin();
   for (int i = 0; i < 3; i++) {
-    expected.push_back("plug-in, interfaces left: " +
-                       std::to_string(beforePass.smartInterfaces + 2 - i));
-    expected.push_back("service " + std::to_string(gSavedATADriveInfoArray[i].service) +
-                       ", plug-ins left: " + std::to_string(beforePass.plugIns + 2 - i));
+    EXPECT_EQ(*next++, std::pair(0U, beforePass.smartInterfaces + 2 - i));
+    EXPECT_EQ(*next++, std::pair(gSavedATADriveInfoArray[i].service, beforePass.plugIns + 2 - i));
   }
-  EXPECT_EQ(releases, expected);
 }
 
 TEST(Pass, TheTableEndsWith64Drives) {
   std::vector<Entry> devices;
-  std::vector<std::shared_ptr<FakeDrive>> drives;
   std::string expected;
   for (int i = 0; i < 66; i++) {
-    drives.push_back(HealthyDrive());
-    devices.push_back(AtaDevice(drives.back(), "disk" + std::to_string(i)));
-    if (i < 64) expected += Lines("/dev/rdisk" + std::to_string(i));
+    devices.push_back(AtaDevice(HealthyDrive(), "disk" + std::to_string(i)));
+    if (i < 64) expected += test::DeviceLines{.path = "/dev/rdisk" + std::to_string(i)}.Text();
   }
   devices.push_back(AtaDevice(nullptr, "disk66"));
   devices.push_back(AhciDevice(HealthyDrive(), "disk67"));
   Install(std::move(devices));
   const Ledger before = OpenReferences();
   EXPECT_EQ(Report(), expected);
-  EXPECT_EQ(drives[63]->calls, "OESDTIC");
-  EXPECT_EQ(drives[64]->calls, "");
   EXPECT_EQ(OpenReferences() - before,
             (Ledger{.propertyDictionaries = 64, .iterators = 2, .services = 4, .memoryBlocks = 1}));
 }

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -41,6 +40,15 @@ std::string Nested(int levels) {
   return Value(Repeated(levels - 1, "<array>") + Repeated(levels - 1, "</array>"));
 }
 
+std::string MessageFor(const std::string& file) {
+  try {
+    ReadRecordedMachine(file);
+  } catch (const machines::RecordingError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
 // A text has one part of the message that it must get.
 TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
   const struct {
@@ -49,9 +57,6 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {"", "the file is empty"},
       {"bplist00\xD0", "plistutil -i FILE"},
       {"{ \"k\" = 1; }", "not an XML property list"},
-      {"\x7F"
-       "ELF\0\0<plist>"s,
-       "not an XML property list"},
       {"<?xml version='1.0'?>\n<!-- -->", "not an XML property list"},
       {std::string((std::size_t{64} << 20) + 1, ' '), "larger than 64 MiB"},
       {"<html><body/></html>", "line 1: <html> is no element"},
@@ -68,17 +73,14 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Value("<array>\n</dict>"), "line 2: </dict> closes nothing"},
       {Value("<string>a\n<true/></string>"), "line 2: <true> inside <string>"},
       {Value("<string>a</key>"), "</key> inside <string>"},
+      {Value("</true/>"), "a tag with a '/' at both ends"},
       {Value("<string"), "a '<' inside a tag"},
-      {"<plist>\n<dict>\n", "line 3: the file ends inside <dict>"},
       {"<plist><string>a", "the file ends inside <string>"},
       {"<plist a='", "the file ends inside a tag"},
-      {"<plist><!-- ", "the file ends inside a comment"},
-      {"<plist><string><![CDATA[", "the file ends inside a CDATA"},
       {"<!DOCTYPE plist [ <!-- ]> --> ' ]>", "the file ends inside the document type"},
       {Text("<!DOCTYPE plist>"), "a <! that begins nothing"},
       {"<!DOCTYPE plist [<!ENTITY e 'x'>]>" + Text("&e;"), "character reference &e"},
       {Text("AT&T"), "character reference &T"},
-      {Text("&ampersand;"), "character reference &ampersand"},
       {Text("&#xD800;"), "character reference &#xD800"},
       {Text("&#x110000;"), "character reference"},
       {Nested(257), "more than 256 levels"},
@@ -86,14 +88,13 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Text("&lt;" + Repeated(1000000, "]]>")), "more than 1000000 elements"},
       {Value("<integer>12abc</integer>"), "\"12abc\" is no <integer>"},
       {Value("<integer/>"), "\"\" is no <integer>"},
-      {Value("<integer>+-1</integer>"), "is no <integer>"},
       {Value("<integer>18446744073709551616</integer>"), "is no <integer>"},
       {Value("<integer>-9223372036854775809</integer>"), "is no <integer>"},
-      {Value("<real>1,5</real>"), "is no <real>"},
       {Value("<real>+-1</real>"), "is no <real>"},
       {Value("<real>1e999</real>"), "is no <real>"},
       {Value("<date>2001-02-29T00:00:00Z</date>"), "is no <date>"},
       {Value("<date>2069-01-01T00:00:00Z</date>"), "is no <date>"},
+      {Value("<date>2001-01-01T24:00:00Z</date>"), "is no <date>"},
       {Value("<date>2001-01-01</date>"), "is no <date>"},
       {Value("<data>QUJ</data>"), "is no <data>"},
       {Value("<data>QQ==QQ==</data>"), "is no <data>"},
@@ -104,9 +105,7 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {List(Named("A", Children(Named("B", "") + Named("B", Children("<true/>"))))),
        "/A/B (child 2)/child 1: not a <dict>"},
       {Root("<key>IORegistryEntryName</key><data/>"), "IORegistryEntryName is not a <string>"},
-      {Root("<key>IOObjectClass</key><true/>"), "IOObjectClass is not a <string>"},
       {Root("<key>IORegistryEntryChildren</key><dict/>"), "Children is not an <array>"},
-      {Root("<key>RecordedDrive</key><true/>"), "RecordedDrive is not a <dict>"},
       {DriveOf("<key>Data</key><data>" + Repeated(171, "QUJD") + "</data>"),
        "/Root/PCI0/PRT0: RecordedDrive: Data is longer than 512 bytes"},
       {DriveOf("<key>Identify</key><string/>"), "RecordedDrive: Identify is not <data>"},
@@ -122,50 +121,34 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Root("<key>ProductVersion</key><integer>10</integer>"), "ProductVersion is not a <string>"},
   };
   for (const auto& [file, message] : kCases) {
-    try {
-      ReadRecordedMachine(file);
-      ADD_FAILURE() << "accepted, no \"" << message << "\"";
-    } catch (const machines::RecordingError& error) {
-      EXPECT_NE(std::string(error.what()).find(message), std::string::npos)
-          << "\"" << error.what() << "\" instead of \"" << message << "\"";
-      EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
-    }
+    const std::string given = MessageFor(file);
+    EXPECT_NE(given.find(message), std::string::npos) << given << " instead of " << message;
+    EXPECT_EQ(given.find('\n'), std::string::npos);
   }
 }
 
 TEST(RecordedMachine, ValuesKeepTheirMeaning) {
   constexpr auto k32 = platform::IntegerNumber;
-  const auto real = [](double value) { return Property{platform::Float64Number(value)}; };
   const struct {
     std::string file;
     Property value;
   } kCases[] = {
       {Value("<integer> 32\r\n</integer>"), {k32(32)}},
-      {Value("<integer>010</integer>"), {k32(10)}},
-      {Value("<integer>-0x10</integer>"), {k32(-16)}},
       {Value("<integer>2147483647</integer>"), {platform::Number{kCFNumberSInt32Type, 0x7FFFFFFF}}},
       {Value("<integer>2147483648</integer>"), {platform::Number{kCFNumberSInt64Type, 1U << 31}}},
       {Value("<integer>18446744073709551615</integer>"), {k32(-1)}},
-      {Value("<integer>0xFFFFFFFF00000000</integer>"), {k32(-4294967296)}},
       {Value("<integer>-9223372036854775808</integer>"), {k32(INT64_MIN)}},
-      {Value("<real>-1.5e3</real>"), real(-1500)},
-      {Value("<real>+0.1</real>"), real(0.1)},
-      {Value("<real>inf</real>"), real(HUGE_VAL)},
-      {Value("<true></true>"), {true}},
+      {Value("<real>+0.1</real>"), {platform::Float64Number(0.1)}},
       {Value("<false/>"), {false}},
       {Value("<date>2004-02-29T00:00:01Z</date>"), {platform::Date{99705601}}},
-      {Value("<date>1999-12-31T23:59:59Z</date>"), {platform::Date{-31622401}}},
       {Value("<data>\n\tQU\r\n\tJD RA==\n</data>"), {platform::Data{'A', 'B', 'C', 'D'}}},
-      {Value("<data/>"), {platform::Data{}}},
       {Value("<dict><key/><array/></dict>"), {platform::Dictionary{{"", {platform::Array{}}}}}},
-      {Text(""), {""s}},
       {Text(" a\r\nb\rc\t"), {" a\nb\nc\t"s}},
       {Text("\x01&#27;"), {"\x01\x1B"s}},
       {Text("&lt;&amp;&gt;&quot;&apos;&#x20AC;&#8364;&amp;lt;"), {"<&>\"'\u20AC\u20AC&lt;"s}},
       {Text("a<!-- </string> -->b<![CDATA[</string>&amp;\r\n]]]>c<?x </dict>?>"),
        {"ab</string>&amp;\n]c"s}},
       {Text("&lt;]]]]&gt;]]>"), {"<]]]]>]]>"s}},
-      {Text("\xF0\x9F\x92\xBE"), {"\U0001F4BE"s}},
       {"\xEF\xBB\xBF<?xml version='1.0'?>\r\n" + Text("bom"), {"bom"s}},
       {"<!DOCTYPE plist [<!ENTITY e ']>\"'> <!-- it's ]> --> <?'?> ]>" + Text("subset"),
        {"subset"s}},
@@ -189,77 +172,27 @@ std::string VersionsEverywhere(const std::string& text) {
 }
 
 TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
-  const struct {
-    const char* text;
-    SInt32 version;  // 0: refused
-  } kCases[] = {{"10.5.8", 0x1058},
-                {"10.4.11", 0x1049},
-                {"10.10", 0x1090},
-                {"10", 0x1000},
-                {"9.2.2", 0x0922},
-                {"99.0.99", 0x9909},
-                {"100.1", 0},
-                {"", 0},
-                {"10.", 0},
-                {"10..5", 0},
-                {".5", 0},
-                {"10.5.8.1", 0},
-                {"10.5 ", 0},
-                {"-1", 0},
-                {"10.99999999999", 0x1090}};
-  for (const auto& [text, version] : kCases) {
-    const std::string file = VersionsEverywhere(text);
-    if (version == 0) {
-      EXPECT_THROW(ReadRecordedMachine(file), machines::RecordingError) << text;
-      continue;
-    }
-    const platform::Machine machine = ReadRecordedMachine(file);
+  const std::pair<const char*, SInt32> kVersions[] = {
+      {"10.5.8", 0x1058}, {"10.4.11", 0x1049}, {"10", 0x1000},
+      {"9.2.2", 0x0922},  {"99.0.99", 0x9909}, {"10.99999999999", 0x1090}};
+  for (const auto& [text, version] : kVersions) {
+    const platform::Machine machine = ReadRecordedMachine(VersionsEverywhere(text));
     EXPECT_EQ(machine.systemVersion, version) << text;
     EXPECT_TRUE(machine.roots[0].properties.empty());
     EXPECT_EQ(machine.roots[0].children[0].properties.size(), 1U);
     EXPECT_EQ(machine.roots[1].properties.size(), 1U);
   }
+  for (const char* text : {"100.1", "", "10.", ".5", "10.5.8.1", "10.5 "})
+    EXPECT_NE(MessageFor(VersionsEverywhere(text)), "accepted") << text;
   EXPECT_EQ(ReadRecordedMachine(Root("")).systemVersion, 0x1068);
 }
 
-TEST(RecordedMachine, ADriveAnswersWhatWasRecordedAndNothingElse) {
-  const auto driveOf = [](const std::string& pairs) {
-    return ReadRecordedMachine(DriveOf(pairs)).roots[0].children[0].children[0].drive;
-  };
-  const auto silent = driveOf("");
-  EXPECT_TRUE(silent->Open());
-  EXPECT_TRUE(silent->Enable(true));
-  EXPECT_EQ(silent->ReturnStatus(), std::nullopt);
-  EXPECT_EQ(silent->ReadData(), std::nullopt);
-  EXPECT_EQ(silent->ReadThresholds(), std::nullopt);
-  EXPECT_EQ(silent->Identify(), std::nullopt);
-
-  const auto failing = driveOf("<key>EnableFails</key><true/><key>QueryFails</key><true/>");
-  EXPECT_FALSE(failing->Open());
-  EXPECT_FALSE(failing->Enable(true));
-
-  const auto recorded = driveOf(
-      "<key>Data</key><data>AQ==</data><key>Thresholds</key><data>Ag==</data>"
-      "<key>Identify</key><data/><key>ThresholdExceeded</key><false/>");
-  EXPECT_EQ(recorded->ReturnStatus(), std::optional(false));
-  EXPECT_EQ(recorded->ReadData(), std::optional(platform::Drive::Block{1}));
-  EXPECT_EQ(recorded->ReadThresholds(), std::optional(platform::Drive::Block{2}));
-  EXPECT_EQ(recorded->Identify(), std::optional(platform::Drive::Block{}));
-}
-
-TEST(RecordedMachine, ATreeLoadsInOrderWithoutRecordedDrives) {
-  const platform::Machine machine = ReadRecordedMachine(List(
-      Named("Root", "<key>b</key><true/><key>a</key><true/>" +
-                        Children("<dict><key>IOObjectClass</key><string>IOMedia</string></dict>" +
-                                 Named("Same", "") + Named("Same", "")))));
-  const platform::Entry& root = machine.roots.at(0);
-  EXPECT_EQ(root.name, "Root");
-  EXPECT_EQ(root.properties, (platform::Dictionary{{"b", {true}}, {"a", {true}}}));
-  ASSERT_EQ(root.children.size(), 3U);
-  EXPECT_EQ(root.children[0].name, "");
-  EXPECT_EQ(root.children[0].className, "IOMedia");
-  EXPECT_EQ(root.children[2].name, "Same");
-  EXPECT_EQ(root.children[2].drive, nullptr);
+TEST(RecordedMachine, ShortBlocksAreFilledWithZeros) {
+  const platform::Machine machine = ReadRecordedMachine(
+      DriveOf("<key>Data</key><data>AQ==</data><key>Thresholds</key><data>Ag==</data>"));
+  platform::Drive* drive = machine.roots[0].children[0].children[0].drive.get();
+  EXPECT_EQ(drive->ReadData(), std::optional(platform::Drive::Block{1}));
+  EXPECT_EQ(drive->ReadThresholds(), std::optional(platform::Drive::Block{2}));
 }
 
 // Each of these takes minutes or gigabytes when a step of the reading is quadratic or
@@ -269,17 +202,13 @@ TEST(RecordedMachine, LargeFilesAreReadInLinearTime) {
   for (int i = 0; i < 10000; i++)
     keys.append("<key>").append(std::to_string(i)).append("</key><true/>");
   EXPECT_EQ(ReadRecordedMachine(Root(keys)).roots[0].properties.size(), 10000U);
-  EXPECT_THROW(ReadRecordedMachine(Root(Repeated(200000, "<key>k</key><true/>"))),
-               machines::RecordingError);
+  EXPECT_NE(MessageFor(Root(Repeated(200000, "<key>k</key><true/>"))), "accepted");
   EXPECT_NO_THROW(ReadRecordedMachine(Nested(256)));
   EXPECT_NO_THROW(ReadRecordedMachine(Text(Repeated(5000000, "&amp;"))));
   EXPECT_NO_THROW(ReadRecordedMachine(Text(Repeated(5000000, "&lt;<!---->"))));
-  EXPECT_THROW(ReadRecordedMachine("<plist>" + Repeated(5000000, "<array>")),
-               machines::RecordingError);
-  EXPECT_EQ(ReadRecordedMachine(List(Named("R", Children(Repeated(100000, Named("E", ""))))))
-                .roots[0]
-                .children.size(),
-            100000U);
+  EXPECT_NE(MessageFor("<plist>" + Repeated(5000000, "<array>")), "accepted");
+  const std::string children = Children(Repeated(100000, Named("E", "")));
+  EXPECT_EQ(ReadRecordedMachine(Root(children)).roots[0].children.size(), 100000U);
 }
 
 }  // namespace

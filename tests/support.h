@@ -4,22 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
-#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "platform/ledger.h"
 #include "platform/machine.h"
 
 namespace test {
 
-platform::Property Text(std::string text);
-platform::Property Integer(std::int64_t value);
-platform::Property Real(double value);
-platform::Property Bytes(platform::Data bytes);
-platform::Property Dict(platform::Dictionary values);
+inline platform::Property Text(std::string text) { return {std::move(text)}; }
+inline platform::Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
+inline platform::Property Bytes(platform::Data bytes) { return {std::move(bytes)}; }
+inline platform::Property Dict(platform::Dictionary values) { return {std::move(values)}; }
 
 // A drive that answers what its fields hold; an empty field is a failed call.
 struct FakeDrive : platform::Drive {
@@ -39,31 +36,26 @@ struct FakeDrive : platform::Drive {
   std::optional<Block> Identify() override { return Called('I', identify); }
   void Close() override { calls += 'C'; }
 
+  virtual bool Fails(char /*call*/) { return false; }
+
  private:
   template <typename T>
   T Called(char letter, T answer) {
     calls += letter;
-    return answer;
+    return Fails(letter) ? T{} : answer;
   }
 };
 
-struct Attribute {
-  std::uint8_t id;
-  std::uint8_t flags;  // the first byte as the drive delivers it
-  std::uint8_t value;
+// Entries of a block as the drive delivers them: identifier, flags and value, or
+// identifier and threshold.
+struct BlockEntry {
+  std::uint8_t id, second, value = 0;
 };
-struct Threshold {
-  std::uint8_t id;
-  std::uint8_t threshold;
-};
+platform::Drive::Block BlockOf(std::initializer_list<BlockEntry> entries);
 
-platform::Drive::Block DataBlock(std::initializer_list<Attribute> attributes);
-platform::Drive::Block ThresholdBlock(std::initializer_list<Threshold> thresholds);
-// IDENTIFY data with the two texts as a drive delivers them, characters exchanged.
-platform::Drive::Block IdentifyBlock(std::string serial, std::string revision);
-
-// A drive with one healthy attribute, serial "SERIAL" and revision "REV".
-std::shared_ptr<FakeDrive> HealthyDrive();
+// Gives the drive one healthy attribute, serial "SERIAL" and revision "REV".
+std::shared_ptr<FakeDrive> HealthyDrive(
+    std::shared_ptr<FakeDrive> drive = std::make_shared<FakeDrive>());
 
 // A device with its features, a product name, and below it a medium `bsdName` of
 // `size` bytes (no size: 0).
@@ -71,6 +63,17 @@ platform::Entry AtaDevice(std::shared_ptr<platform::Drive> drive, std::string bs
                           std::int64_t size = 0);
 platform::Entry AhciDevice(std::shared_ptr<platform::Drive> drive, std::string bsdName = "disk0",
                            std::int64_t size = 0);
+
+// What the report says of such a device with a healthy drive.
+struct DeviceLines {
+  std::string path, product = "EXAMPLE 250", revision = "REV     ", capacity = {};
+  std::string serial = "SERIAL              ";
+  std::string attributes =
+      "SMARTStatus:::194:::Temperature:::8704:::38:::Always Passing:::Life-Span:OK\n";
+  bool exceeded = false;
+
+  std::string Text() const;
+};
 
 // Makes the machine that the platform answers from. It stays alive to the end.
 platform::Machine& Install(std::vector<platform::Entry> roots, SInt32 systemVersion = 0x1068);
@@ -82,7 +85,3 @@ std::string Report();
 unsigned int ServiceNamed(const char* name);
 
 }  // namespace test
-
-namespace platform {
-void PrintTo(const Ledger& ledger, std::ostream* out);
-}

@@ -1,0 +1,27 @@
+// Values and thresholds: the numbers and the fixed texts that stand for some of them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace report {
+
+struct Figure {
+  std::uint8_t number = 0;
+  bool valid = true;
+};
+
+// A decimal number of at most `max` without sign or leading zeros. Nothing: it is none.
+std::optional<unsigned> ParseDecimal(std::string_view text, unsigned max);
+
+// Nothing: `text` is neither a number up to 255 nor a text that stands for one.
+std::optional<Figure> ParseValue(std::string_view text);
+std::optional<Figure> ParseThreshold(std::string_view text);
+
+// The report's text for the number.
+std::string ValueText(std::uint8_t value);
+std::string ThresholdText(std::uint8_t threshold);
+
+}  // namespace report

@@ -1,0 +1,45 @@
+// The fields of the report's lines. In what order lines may come is the reader's affair.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "report/report.h"
+
+namespace report {
+
+// A line that no report has; says what is wrong with it.
+struct BadLine : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+enum class LineKind { kStart, kAttribute, kEnd, kFailure };
+
+struct Line {
+  LineKind kind;
+  std::string_view fields;  // what is behind the tag, within the line
+};
+
+struct EndLine {
+  std::string device;
+  bool thresholdExceeded;
+};
+
+// Each takes a line without its line feed, or the fields of one of its kind, and throws
+// BadLine.
+
+Line ParseTag(std::string_view line);
+
+// Nothing is escaped: the device ends at the first separator, revision, capacity and
+// serial number are the last three fields, and what is between is the product name.
+Drive ParseStart(std::string_view fields);
+
+Attribute ParseAttribute(std::string_view fields);
+
+EndLine ParseEnd(std::string_view fields);
+
+// The failed device.
+std::string ParseFailure(std::string_view fields);
+
+}  // namespace report

@@ -1,0 +1,159 @@
+#!/bin/bash
+# The Debian package and what comes with it: manual pages, systemd units, alert rules, and
+# its life in a fresh minimal system.
+# Usage: package_test.sh BUILD CACHE, the build's folder and one for what is downloaded.
+# A part whose tools are missing counts as skipped, but with CI=true as failed.
+set -euo pipefail
+build=$1
+cache=$2
+here=$(realpath "$(dirname "$0")")
+source=$(dirname "$here")
+work=$(mktemp -d)
+trap 'rm -rf --one-file-system "$work"' EXIT # debootstrap mounts, and may be interrupted
+PATH=$PATH:/usr/sbin:/sbin
+tree=$work/tree # what the package installs
+failures=0
+skipped=0
+
+fail() {
+  echo "FAILED: $*" >&2
+  failures=$((failures + 1))
+}
+
+# silent COMMAND...: its status is 0, and it has nothing to say.
+silent() {
+  "$@" >"$work/said" 2>&1 && [ ! -s "$work/said" ] && return
+  cat "$work/said" >&2
+  fail "$*"
+}
+
+# with TOOL... PART: runs the function PART if there are all the tools.
+with() {
+  local part=${*: -1} tool
+  for tool in "${@:1:$#-1}"; do
+    command -v "$tool" >/dev/null || { skip "$part: there is no $tool"; return; }
+  done
+  "$part"
+}
+
+skip() {
+  echo "SKIPPED: $*" >&2
+  skipped=$((skipped + 1))
+}
+
+# From the folder of the pages, where mandoc looks for those that they refer to.
+manual_pages() {
+  cd "$source/doc"
+  silent mandoc -T lint ./*.[158]
+  mandoc -T ascii smartprobe-machine.5 | col -b | sed -n '/<plist/,/<\/plist>/p' >"$work/machine"
+  cmp - <("$tree/usr/bin/smartprobe-replay" "$work/machine") <<<'SmartDeviceStart:::/dev/rdisk0::::::::::::
+SmartDeviceEnd:::/dev/rdisk0:::True' || fail 'the example of smartprobe-machine(5)'
+}
+
+debian_package() {
+  local newest
+  newest=$(dpkg-parsechangelog -l "$source/doc/changelog" -S Version)
+  [ "$newest" = "$(dpkg-deb -f "$package" Version)" ] ||
+    fail 'the changelog begins with another version'
+  lintian --allow-root --fail-on error,warning "$package" || fail lintian
+}
+
+units() {
+  local folder=$tree/usr/lib/systemd/system
+  silent env MANPATH="$tree/usr/share/man" systemd-analyze verify "$folder"/smartprobe.*
+  systemd-analyze security --offline=true --threshold=20 "$folder/smartprobe.service" \
+    >"$work/security" ||
+    fail "$(tail -1 "$work/security")"
+}
+
+# Rules for a metric of another name would never fire.
+alert_rules() {
+  local rules=$source/examples/alerts/smartprobe.rules.yml metric
+  "$here/fetch_package.sh" prometheus "$cache/prometheus" || { skip 'alert_rules'; return; }
+  local promtool=$cache/prometheus/usr/bin/promtool
+  "$promtool" check rules "$rules" || fail 'the rules are wrong'
+  "$promtool" test rules "${rules%.yml}.test.yml" || fail 'the tests of the rules'
+  "$tree/usr/bin/smartprobe-read" --prometheus "$source/examples/server.report" >"$work/metrics"
+  for metric in $(grep -o 'smartprobe_[a-z_]*' "$rules"); do
+    grep -q "^# TYPE $metric " "$work/metrics" || fail "there is no metric $metric"
+  done
+}
+
+in_root() {
+  chroot "$root" env DEBIAN_FRONTEND=noninteractive "$@"
+}
+
+apt_in_root() {
+  in_root apt-get -qq -y -o Dpkg::Use-Pty=0 --no-install-recommends "$@" >"$work/apt" 2>&1 && return
+  cat "$work/apt" >&2
+  return 1
+}
+
+# All that is there but what apt and dpkg write down for themselves.
+list_root() {
+  (cd "$root" && find . -path ./var/lib/dpkg -prune -o -path ./var/lib/apt -prune -o \
+    -path ./var/cache -prune -o -path ./var/log -prune -o -name smartprobe.deb -o \
+    -path ./etc/ld.so.cache -o -print | sort)
+}
+
+# With the timer enabled, and metrics written by the service's own command.
+minimal_system() {
+  local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe
+  [ "$(id -u)" = 0 ] || { skip 'minimal_system: this is not root'; return; }
+  root=$work/root
+  get_root || { skip 'minimal_system: it cannot be made'; return; }
+  mkdir -p "$root$folder"
+  cp "$package" "$root/smartprobe.deb"
+  list_root >"$work/before"
+  apt_in_root install ./smartprobe.deb || fail 'the installation'
+  in_root smartprobe-replay $doc/examples/server.plist | cmp - "$source/examples/server.report" ||
+    fail 'the report of an installed example'
+  in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
+  in_root sh -c "$(sed -n "s/^ExecStart=.*-c '\(.*\)'$/\1/p" "$tree/usr/lib/systemd/system/smartprobe.service")" &&
+    [ -s "$root$folder/smartprobe.prom" ] || fail 'the service writes no metrics'
+  apt_in_root purge --auto-remove smartprobe || fail 'the removal'
+  list_root | diff "$work/before" - || fail 'the package leaves something behind'
+}
+
+# Makes a fresh root from the sources of packages that this system has.
+get_root() {
+  local saved=$cache/root.tar suite mirror
+  # shellcheck disable=SC1091
+  suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
+  mirror=$(apt-get indextargets --format '$(REPO_URI)' "Codename: $suite" 'Origin: Debian' \
+    'Component: main' 'Identifier: Packages' | head -1)
+  if [ ! "$saved" -nt "$0" ]; then
+    debootstrap --variant=minbase --include=systemd "$suite" "$work/new" "$mirror" \
+      >"$work/debootstrap" || { tail -3 "$work/debootstrap" >&2; return 1; }
+    mkdir -p "$cache"
+    tar -C "$work/new" -cf "$saved.$$" . && mv "$saved.$$" "$saved"
+    rm -rf "$work/new"
+  fi
+  mkdir "$root"
+  tar -C "$root" -xf "$saved"
+  cp -L /etc/resolv.conf "$root/etc/"
+  apt_in_root update
+}
+
+make_package() {
+  cpack --config "$build/CPackConfig.cmake" -G DEB -B "$work/package" >"$work/cpack" 2>&1 || {
+    cat "$work/cpack" >&2
+    exit 1
+  }
+  package=$(echo "$work"/package/*.deb)
+  dpkg-deb -x "$package" "$tree"
+}
+
+with dpkg-shlibdeps file make_package
+if [ -d "$tree" ]; then
+  with mandoc col manual_pages
+  with lintian dpkg-parsechangelog debian_package
+  with systemd-analyze man units
+  with apt-get alert_rules
+  with debootstrap chroot minimal_system
+fi
+
+[ "$failures" = 0 ] || exit 1
+[ "$skipped" != 0 ] || exit 0
+[ "${CI:-}" != true ] || exit 1
+exit 77

@@ -1,0 +1,193 @@
+// smartprobe-read: a report for people and for monitoring.
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "machines/recorded/one_line.h"
+#include "machines/standard_streams.h"
+#include "report/check.h"
+#include "report/form.h"
+#include "report/report_reader.h"
+#include "tools/command_line.h"
+#include "tools/output_file.h"
+#include "tools/standard_streams.h"
+
+namespace {
+
+constexpr const char* kProgram = "smartprobe-read";
+
+// Monitoring takes this status for "unknown".
+constexpr int kUsageStatus = static_cast<int>(report::Verdict::kUnknown);
+
+struct Options {
+  bool isTable = false;
+  bool isJson = false;
+  bool isPrometheus = false;
+  bool checks = false;
+  std::string output;  // empty: standard output
+  std::string file = "-";
+};
+
+// Standard output takes no more.
+struct OutputLost {
+  int error;
+};
+
+struct CloseFile {
+  void operator()(std::FILE* file) const {
+    if (file != stdin) std::fclose(file);
+  }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+File Open(const std::string& name) {
+  File file(name == "-" ? stdin : std::fopen(name.c_str(), "re"));
+  if (!file) throw std::system_error(errno, std::generic_category());
+  return file;
+}
+
+bool HasColors(const Options& options) {
+  const char* noColor = std::getenv("NO_COLOR");
+  if (noColor != nullptr && *noColor != '\0') return false;
+  return options.output.empty() && isatty(STDOUT_FILENO) != 0;
+}
+
+std::unique_ptr<report::Form> MakeForm(const Options& options, std::string& text) {
+  if (options.isJson) return report::MakeJson(text);
+  if (options.isPrometheus) return report::MakePrometheus(text);
+  return report::MakeTable(text, HasColors(options));
+}
+
+// One run: a report on its way to the form and to the check.
+class Reading : public report::Listener {
+ public:
+  explicit Reading(const Options& options) : options_(options), form_(MakeForm(options, text_)) {}
+
+  // Returns the status of the program.
+  int Run() {
+    try {
+      if (Read()) {
+        Deliver();
+      } else {
+        text_.clear();
+      }
+      if (options_.checks) PrintSummary();
+      Print();
+      if (tools::FinishOutput(kProgram) != 0) hasFailed_ = true;
+    } catch (const OutputLost& lost) {
+      tools::PrintError(kProgram, std::string("standard output: ") + std::strerror(lost.error));
+      hasFailed_ = true;
+    }
+    return Status();
+  }
+
+  void OnDrive(const report::Drive& drive) override {
+    check_.OnDrive(drive);
+    form_->OnDrive(drive);
+    // A check's summary comes before the form, and a file is written whole.
+    if (!options_.checks && options_.output.empty()) Print();
+  }
+
+  void OnFailed(const std::string& device) override {
+    check_.OnFailed(device);
+    form_->OnFailed(device);
+  }
+
+ private:
+  // False when there is nothing that could be delivered.
+  bool Read() {
+    try {
+      const File file = Open(options_.file);
+      report::ReadReport(file.get(), *this);
+    } catch (const report::DamagedReport& error) {
+      Tell(options_.file, error.what());  // what came before is still good
+    } catch (const std::bad_alloc&) {
+      Tell(options_.file, "out of memory");
+      return false;
+    } catch (const std::system_error& error) {
+      Tell(options_.file, error.what());
+      return false;
+    }
+    return true;
+  }
+
+  // Leaves in `text_` what is for standard output.
+  void Deliver() {
+    form_->Finish();
+    if (options_.output.empty()) return;
+    try {
+      tools::WriteOutputFile(options_.output, text_);
+    } catch (const std::exception& error) {
+      Tell(options_.output, error.what());
+    }
+    text_.clear();
+  }
+
+  // A check tells it in its one line, and everything else on standard error.
+  void Tell(const std::string& file, const std::string& what) {
+    hasFailed_ = true;
+    const std::string problem = machines::OneLine(file + ": " + what);
+    check_.AddProblem(problem);
+    if (!options_.checks) tools::PrintError(kProgram, problem);
+  }
+
+  // A document on standard output stays one without a line that is none of it.
+  void PrintSummary() const {
+    const bool isApart = options_.output.empty() && (options_.isJson || options_.isPrometheus);
+    std::fprintf(isApart ? stderr : stdout, "%s\n", check_.Summary().c_str());
+  }
+
+  void Print() {
+    if (std::fwrite(text_.data(), 1, text_.size(), stdout) != text_.size()) throw OutputLost{errno};
+    text_.clear();
+  }
+
+  int Status() const {
+    if (!options_.checks) return hasFailed_ ? tools::kFailureStatus : 0;
+    const report::Verdict worst = check_.Worst();
+    const bool isUnknown = hasFailed_ && worst != report::Verdict::kCritical;
+    return static_cast<int>(isUnknown ? report::Verdict::kUnknown : worst);
+  }
+
+  const Options& options_;
+  std::string text_;  // of the form, not delivered yet
+  std::unique_ptr<report::Form> form_;
+  report::Check check_;
+  bool hasFailed_ = false;
+};
+
+void AddOptions(CLI::App& app, Options& options) {
+  CLI::Option* table = app.add_flag("--table", options.isTable, "For people (the default)");
+  CLI::Option* json = app.add_flag("--json", options.isJson, "One JSON document");
+  CLI::Option* prometheus =
+      app.add_flag("--prometheus", options.isPrometheus, "The text format of Prometheus");
+  table->excludes(json)->excludes(prometheus);
+  json->excludes(prometheus);
+  app.add_flag("--check", options.checks,
+               "One line first, and a status: 0 well, 1 worn, 2 failing, 3 unknown");
+  app.add_option("--output", options.output, "Write the form into this file, whole or not at all");
+  app.add_option("FILE", options.file, "A report; - is standard input, which is the default");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  machines::PrepareStandardStreams();
+  CLI::App app("Prints a report for people or for monitoring.", kProgram);
+  Options options;
+  AddOptions(app, options);
+  const std::optional<int> status = tools::ParseCommandLine(app, argc, argv, kUsageStatus);
+  return status ? *status : Reading(options).Run();
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
+  return tools::kFailureStatus;
+}
