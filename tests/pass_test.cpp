@@ -73,16 +73,23 @@ TEST(Pass, FeatureFilterTurnsAtaDevicesAwayUnseen) {
   onlyAbove.children[0].properties.clear();
   Entry noDictionary = AtaDevice(HealthyDrive());
   noDictionary.properties = {{"Device Characteristics", test::Integer(0x20)}};
-  Install({withFeatures(test::Integer(0x5F)), withFeatures(test::Integer(1LL << 32 | 0x20)),
+  Entry onlyOfClass = AtaDevice(HealthyDrive());
+  onlyOfClass.name = "Disk";
+  Entry onlyNamed = AhciDevice(HealthyDrive());
+  onlyNamed.className = "Disk";
+  Install({onlyOfClass, onlyNamed, withFeatures(test::Integer(0x5F)),
+           withFeatures(test::Integer(1LL << 32 | 0x20)),
            withFeatures({platform::Float64Number(32.5)}), withFeatures(test::Text("32")), onlyAbove,
            noDictionary});
   EXPECT_EQ(Report(), "");
 
   Entry bare{"Port 0", "IOAHCIBlockStorageDevice", {}, {}, HealthyDrive()};
+  Entry named = AtaDevice(HealthyDrive());
+  named.className = "Disk";
   Install({withFeatures(test::Integer(0x21)), withFeatures({platform::Float64Number(32)}),
-           withFeatures(test::Integer(-1)), bare});
+           withFeatures(test::Integer(-1)), bare, named});
   Report();
-  EXPECT_EQ(gSMARTDriveCount, 4) << "an AHCI device is found by its class and not filtered";
+  EXPECT_EQ(gSMARTDriveCount, 5) << "AHCI goes by class and unfiltered, ATA by name";
 }
 
 TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {

@@ -4,36 +4,22 @@
 # Usage: read_test.sh CACHE PROGRAM EXAMPLES, the folder for those programs, which are
 # fetched unless they are installed, and the folder of the reports. Without them that
 # part is left out, but with CI=true it fails.
-set -u
+. "$(dirname "$0")/program_test.sh"
 cache=$1
 program=$2
 examples=$3
 name=smartprobe-read
 report=$examples/server.report
-work=$(mktemp -d)
 exporter=
-trap '[ -z "$exporter" ] || kill "$exporter"; rm -rf "$work"' EXIT
-failures=0
-
-fail() {
-  echo "FAILED: $*" >&2
-  failures=$((failures + 1))
+clean_up() {
+  [ -z "$exporter" ] || kill "$exporter"
 }
+cd "$work" || exit 1
 
-# check STATUS STDERR-PATTERN SCRIPT: the script, with $0 as the program and $1 as a
-# report, ends with that status and prints one line that matches the pattern on standard
-# error, or nothing for the pattern ''.
-check() {
-  local status=$1 pattern=$2 got
-  (cd "$work" && timeout 20 bash -c "$3" "$program" "$report") >"$work/out" 2>"$work/err"
-  got=$?
-  [ "$got" = "$status" ] || fail "$3: status $got instead of $status"
-  if [ -z "$pattern" ]; then
-    [ ! -s "$work/err" ] || fail "$3: $(head -1 "$work/err")"
-  else
-    [ "$(wc -l <"$work/err")" = 1 ] || fail "$3: $(wc -l <"$work/err") lines of error"
-    grep -Eq -- "^$pattern" "$work/err" || fail "$3: $(head -1 "$work/err")"
-  fi
+# shell STATUS STDERR-PATTERN SCRIPT: check for a script, with $0 as the program and $1 as
+# a report.
+shell() {
+  check "$1" "$2" bash -c "$3" "$program" "$report"
 }
 
 # printed FIRST-LINE [LINES]: what the last script printed begins so, and is so long.
@@ -47,46 +33,46 @@ critical='smartprobe CRITICAL: failing: /dev/rdisk8, /dev/rdisk9; not read: /dev
 head -21 "$report" >"$work/good"
 head -30 "$report" >"$work/cut"
 
-check 0 '' '"$0" "$1"'
+shell 0 '' '"$0" "$1"'
 printed "$heading" 115
 cp "$work/out" "$work/table"
 for form in --table --json --prometheus; do
-  check 1 "$name: cut: line 31: the file ends inside a drive\$" "\"\$0\" $form cut"
+  shell 1 "$name: cut: line 31: the file ends inside a drive\$" "\"\$0\" $form cut"
   grep -q 6RY0W4LH "$work/out" || fail "$form: what comes before the damage is lost"
   [ $form != --json ] || [ "$(tail -1 "$work/out")" = '],"failed":["/dev/rdisk4"]}' ] ||
     fail "no document: $(tail -1 "$work/out")"
-  check 1 "$name: standard output: No space left" "\"\$0\" $form good >/dev/full"
+  shell 1 "$name: standard output: No space left" "\"\$0\" $form good >/dev/full"
 done
-check 1 "$name: none: No such file or directory\$" '"$0" none'
-check 1 "$name: /: Is a directory\$" '"$0" /'
-check 1 "$name: /dev/zero: line 1: the line is longer than 1 MiB\$" '"$0" /dev/zero'
+shell 1 "$name: none: No such file or directory\$" '"$0" none'
+shell 1 "$name: /: Is a directory\$" '"$0" /'
+shell 1 "$name: /dev/zero: line 1: the line is longer than 1 MiB\$" '"$0" /dev/zero'
 for form in --table --json; do # these do not wait for the end of an endless report
-  check 1 "$name: standard output: Broken pipe" \
+  shell 1 "$name: standard output: Broken pipe" \
     'yes "$(cat good)" | { "$0" '$form'; echo $? >status; } | true; exit "$(cat status)"'
 done
-check 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
+shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 
-check 0 '' '"$0" --check - <good'
+shell 0 '' '"$0" --check - <good'
 printed 'smartprobe OK: 1 drive' 22
-check 2 "${critical//[()]/.}\$" '"$0" --check --json "$1"'
+shell 2 "${critical//[()]/.}\$" '"$0" --check --json "$1"'
 printed '{"drives":[' 11
-check 3 '' '"$0" --check cut'
+shell 3 '' '"$0" --check cut'
 printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 25
-check 3 '' '"$0" --check none'
+shell 3 '' '"$0" --check none'
 printed 'smartprobe UNKNOWN: none: No such file or directory' 1
-check 3 '' '"$0" --check </dev/null'
+shell 3 '' '"$0" --check </dev/null'
 printed 'smartprobe UNKNOWN: no drives' 1
 "$program" --json --table 2>"$work/err" >"$work/out" <"$report"
 [ $? = 3 ] && [ ! -s "$work/out" ] && grep -q "^Usage: $name" "$work/err" || fail 'two forms at once'
 
 # A file is replaced whole, and not at all when there is nothing to write.
-check 2 '' '"$0" --check --output file "$1"'
+shell 2 '' '"$0" --check --output file "$1"'
 printed "$critical" 1
 cmp "$work/file" "$work/table" || fail '--output'
-check 1 "$name: none: No such" '"$0" --output file none'
-check 1 "$name: file: File too large" \
+shell 1 "$name: none: No such" '"$0" --output file none'
+shell 1 "$name: file: File too large" \
   'trap "" XFSZ; ulimit -f 1; "$0" --prometheus --output file "$1"'
-check 2 '' '"$0" --check --output none/file "$1"'
+shell 2 '' '"$0" --check --output none/file "$1"'
 printed "$critical; none/file: No such file or directory" 1
 cmp "$work/file" "$work/table" || fail 'a failure replaced the file'
 

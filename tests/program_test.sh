@@ -1,0 +1,30 @@
+# shellcheck shell=bash
+# What the tests of programs share; they read it in. It makes the folder $work and
+# removes it at the end, with whatever the function `clean_up` of the test does first.
+set -u
+work=$(mktemp -d)
+clean_up() { :; }
+trap 'clean_up; rm -rf "$work"' EXIT
+failures=0
+
+fail() {
+  echo "FAILED: $*" >&2
+  failures=$((failures + 1))
+}
+
+# check STATUS STDERR-PATTERN COMMAND...: the command ends with that status and prints
+# one line that matches the pattern on standard error, or nothing for the pattern ''.
+# What it printed is left in $work/out and $work/err.
+check() {
+  local status=$1 pattern=$2 got
+  shift 2
+  timeout 20 "$@" >"$work/out" 2>"$work/err"
+  got=$?
+  [ "$got" = "$status" ] || fail "$*: status $got instead of $status"
+  if [ -z "$pattern" ]; then
+    [ ! -s "$work/err" ] || fail "$*: $(head -1 "$work/err")"
+  else
+    [ "$(wc -l <"$work/err")" = 1 ] || fail "$*: $(wc -l <"$work/err") lines of error"
+    grep -Eq -- "^$pattern" "$work/err" || fail "$*: $(head -1 "$work/err")"
+  fi
+}
