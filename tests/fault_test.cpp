@@ -1,6 +1,6 @@
-// Every call of a pass fails once, in one pass after another. Only the lines of the
-// device in hand may change, in the way that its failure explains, and only what the
-// probe never releases may be left behind.
+// Every call of a pass that can fail does so once, in one pass after another. Only the
+// lines of the device in hand may change, in the way that its failure explains, and only
+// what the probe never releases may be left behind.
 #include <Carbon/Carbon.h>
 #include <IOKit/storage/ata/ATASMARTLib.h>
 

@@ -109,7 +109,7 @@ minimal_system() {
   in_root smartprobe-replay $doc/examples/server.plist | cmp - "$source/examples/server.report" ||
     fail 'the report of an installed example'
   in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
-  in_root sh -c "$(sed -n "s/^ExecStart=.*-c '\(.*\)'$/\1/p" "$tree/usr/lib/systemd/system/smartprobe.service")" &&
+  in_root bash -o pipefail -c "$(sed -n "s/^ExecStart=.*-c '\(.*\)'$/\1/p" "$tree/usr/lib/systemd/system/smartprobe.service")" &&
     [ -s "$root$folder/smartprobe.prom" ] || fail 'the service writes no metrics'
   apt_in_root purge --auto-remove smartprobe || fail 'the removal'
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
