@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "machines/recorded/one_line.h"
+#include "base/printable_text.h"
 
 namespace report {
 namespace {
@@ -27,7 +27,7 @@ std::string ToText(std::string_view bytes) {
       text += c;
     }
   }
-  return machines::OneLine(text);
+  return base::OneLine(text);
 }
 
 std::size_t Width(const std::string& text) {

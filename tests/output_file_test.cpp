@@ -1,14 +1,21 @@
-// An output file is written whole or not at all, and what is no file is left alone.
+// An output file is written whole or not at all, what is no file is left alone, and no file
+// becomes a standard stream.
 #include "tools/output_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+
+#include "base/input.h"
+#include "base/standard_streams.h"
 
 namespace {
 
@@ -27,6 +34,10 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   tools::WriteOutputFile(file, "old");
   tools::WriteOutputFile(file, "new");
   EXPECT_EQ(Contents(file), "new");
+  const mode_t mask = umask(027);
+  tools::WriteOutputFile(file, "new");
+  umask(mask);
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "as any other new file";
 
   fs::create_symlink(file, folder / "link");
   fs::create_directory(folder / "folder");
@@ -44,6 +55,17 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(Contents(file), "new");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 3) << "nothing else is left";
+}
+
+// Without this, messages would end in a file that got the number of a closed stream.
+TEST(StandardStreams, AClosedOneIsNeverAFile) {
+  const auto child = [] {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
+    base::PrepareStandardStreams();
+    const base::Descriptor file = base::OpenInput("/dev/null");
+    std::_Exit(file.number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 
 #include "machines/recorded/listing.h"
 #include "machines/recorded/mask_serials.h"
-#include "machines/recorded/property_list.h"
 #include "machines/recorded/record_drive.h"
 #include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/write_property_list.h"
 #include "platform/process_end.h"
 #include "tests/support.h"
 

@@ -1,38 +1,79 @@
-// The one use of CLI11's parser.
 #include "tools/command_line.h"
 
-#include <cstdio>
-#include <string>
+#include <getopt.h>
 
-#include "tools/standard_streams.h"
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 namespace tools {
 namespace {
 
-int Print(const std::string& text, const std::string& program) {
-  std::fputs(text.c_str(), stdout);
-  return FinishOutput(program);
+std::vector<Option> AllOptions(const CommandLine& line) {
+  std::vector<Option> options = line.options;
+  options.push_back({"help", nullptr, "Print this help and exit"});
+  options.push_back({"version", nullptr, "Print the version and exit"});
+  return options;
+}
+
+std::vector<option> GetoptOptions(const std::vector<Option>& options) {
+  std::vector<option> known;
+  for (const Option& each : options) {
+    known.push_back(
+        {each.name, each.value == nullptr ? no_argument : required_argument, nullptr, 0});
+  }
+  known.push_back({});
+  return known;
+}
+
+void TakeOption(const Option& option, const char* value, Arguments& arguments) {
+  if (option.value != nullptr && *value == '\0') {
+    throw UsageError(std::string("--") + option.name + " needs a value");
+  }
+  arguments.options[option.name] = option.value == nullptr ? "" : value;
+}
+
+// "--output FILE"
+std::string Form(const Option& option) {
+  const std::string name = std::string("--") + option.name;
+  return option.value == nullptr ? name : name + " " + option.value;
 }
 
 }  // namespace
 
-std::optional<int> ParseCommandLine(CLI::App& app, int argc, char** argv, int usageStatus) {
-  const std::string program = app.get_name();
-  const std::string version = program + " " SMARTPROBE_VERSION;
-  app.set_help_flag("--help", "Print this help and exit");
-  app.set_version_flag("--version", version, "Print the version and exit");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    return Print(app.help(), program);
-  } catch (const CLI::CallForVersion&) {
-    return Print(version + "\n", program);
-  } catch (const CLI::ParseError& error) {
-    PrintError(program, error.what());
-    std::fputs(app.help().c_str(), stderr);
-    return usageStatus;
+Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
+  const std::vector<Option> options = AllOptions(line);
+  const std::vector<option> known = GetoptOptions(options);
+  Arguments arguments;
+  opterr = 0;
+  for (;;) {
+    int index = 0;
+    const int found = getopt_long(argc, argv, ":", known.data(), &index);
+    if (found == -1) break;
+    const std::string argument = argv[optind - 1];
+    if (found == ':') throw UsageError(argument + " needs a value");
+    if (found != 0) throw UsageError("unknown option " + argument);
+    TakeOption(options[static_cast<std::size_t>(index)], optarg, arguments);
   }
-  return std::nullopt;
+  if (optind < argc) arguments.file = argv[optind++];
+  if (optind < argc) throw UsageError(std::string("one FILE too many, ") + argv[optind]);
+  const bool isAnswered = arguments.Has("help") || arguments.Has("version");
+  if (line.needsFile && !arguments.file && !isAnswered) throw UsageError("there is no FILE");
+  return arguments;
+}
+
+std::string HelpText(const CommandLine& line) {
+  std::vector<std::pair<std::string, std::string>> rows = {{"FILE", line.fileHelp}};
+  for (const Option& option : AllOptions(line)) rows.emplace_back(Form(option), option.help);
+  std::size_t width = 0;
+  for (const auto& [form, help] : rows) width = std::max(width, form.size());
+
+  std::string text = std::string("Usage: ") + line.program + " [OPTION...] " +
+                     (line.needsFile ? "FILE" : "[FILE]") + "\n" + line.purpose + "\n\n";
+  for (const auto& [form, help] : rows) {
+    text.append("  ").append(form).append(width - form.size() + 2, ' ').append(help).append("\n");
+  }
+  return text;
 }
 
 }  // namespace tools

@@ -1,19 +1,46 @@
-// How every program treats its command line. What options it has is its own affair.
+// What every program does with its command line. What the options mean is the program's
+// own affair.
 #pragma once
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
+#include <map>
 #include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace tools {
 
-inline constexpr int kUsageStatus = 2;
+struct Option {
+  const char* name;   // without the dashes
+  const char* value;  // what the help calls its value; null: it takes none
+  const char* help;
+};
 
-// Adds --help and --version to the options of `app` and parses the arguments into
-// them. Nothing: go on. Otherwise all is said, and the program ends with that status:
-// `usageStatus` after a mistake in the arguments.
-std::optional<int> ParseCommandLine(CLI::App& app, int argc, char** argv,
-                                    int usageStatus = kUsageStatus);
+struct CommandLine {
+  const char* program;
+  const char* purpose;  // a sentence
+  std::vector<Option> options;
+  const char* fileHelp;
+  bool needsFile;
+};
+
+struct Arguments {
+  std::map<std::string, std::string> options;  // those that were given, with their values
+  std::optional<std::string> file;
+
+  bool Has(const std::string& option) const { return options.contains(option); }
+};
+
+// A mistake in the arguments, in words for the user.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Options may stand before and behind the file; "--" ends them. --help and --version are
+// options of every program. Throws UsageError, for an empty value too. To be called once.
+Arguments ParseArguments(const CommandLine& line, int argc, char** argv);
+
+// The text that --help prints.
+std::string HelpText(const CommandLine& line);
 
 }  // namespace tools

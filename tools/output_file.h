@@ -7,11 +7,12 @@
 namespace tools {
 
 // Throws std::runtime_error when `file` exists and is no regular file: a device, a
-// folder or a link is not what a rename should replace.
+// folder or a link is not what a rename should replace. what() names the file.
 void CheckOutputFile(const std::string& file);
 
 // Writes `bytes` beside `file` and renames the result, so that a reader meets the old
-// file or the new one and a failure leaves the old one. Throws std::runtime_error.
+// file or the new one and a failure leaves the old one. Its mode is that of any new file. Throws as
+// CheckOutputFile does.
 void WriteOutputFile(const std::string& file, std::string_view bytes);
 
 }  // namespace tools

@@ -8,28 +8,36 @@
 #include <exception>
 #include <memory>
 #include <new>
-#include <optional>
 #include <string>
 #include <system_error>
 
-#include "machines/recorded/one_line.h"
-#include "machines/standard_streams.h"
+#include "base/descriptor.h"
+#include "base/input.h"
+#include "base/printable_text.h"
+#include "base/standard_streams.h"
 #include "report/check.h"
 #include "report/form.h"
 #include "report/report_reader.h"
-#include "tools/command_line.h"
 #include "tools/output_file.h"
-#include "tools/standard_streams.h"
+#include "tools/run_program.h"
 
 namespace {
 
-constexpr const char* kProgram = "smartprobe-read";
+const tools::CommandLine kCommandLine = {
+    "smartprobe-read",
+    "Prints a report for people or for monitoring.",
+    {{"table", nullptr, "For people (the default)"},
+     {"json", nullptr, "One JSON document"},
+     {"prometheus", nullptr, "The text format of Prometheus"},
+     {"check", nullptr, "One line first, and a status: 0 well, 1 worn, 2 failing, 3 unknown"},
+     {"output", "FILE", "Write the form into this file, whole or not at all"}},
+    "A report; - is standard input, which is the default",
+    false};
 
 // Monitoring takes this status for "unknown".
 constexpr int kUsageStatus = static_cast<int>(report::Verdict::kUnknown);
 
 struct Options {
-  bool isTable = false;
   bool isJson = false;
   bool isPrometheus = false;
   bool checks = false;
@@ -43,15 +51,15 @@ struct OutputLost {
 };
 
 struct CloseFile {
-  void operator()(std::FILE* file) const {
-    if (file != stdin) std::fclose(file);
-  }
+  void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 File Open(const std::string& name) {
-  File file(name == "-" ? stdin : std::fopen(name.c_str(), "re"));
-  if (!file) throw std::system_error(errno, std::generic_category());
+  base::Descriptor input = base::OpenInput(name);
+  File file(fdopen(input.number(), "r"));
+  if (!file) throw std::system_error(errno, std::generic_category(), name);
+  input.Release();
   return file;
 }
 
@@ -82,9 +90,10 @@ class Reading : public report::Listener {
       }
       if (options_.checks) PrintSummary();
       Print();
-      if (tools::FinishOutput(kProgram) != 0) hasFailed_ = true;
+      if (base::FinishOutput(kCommandLine.program) != 0) hasFailed_ = true;
     } catch (const OutputLost& lost) {
-      tools::PrintError(kProgram, std::string("standard output: ") + std::strerror(lost.error));
+      base::PrintError(kCommandLine.program,
+                       std::string("standard output: ") + std::strerror(lost.error));
       hasFailed_ = true;
     }
     return Status();
@@ -109,12 +118,12 @@ class Reading : public report::Listener {
       const File file = Open(options_.file);
       report::ReadReport(file.get(), *this);
     } catch (const report::DamagedReport& error) {
-      Tell(options_.file, error.what());  // what came before is still good
+      Tell(options_.file + ": " + error.what());  // what came before is still good
     } catch (const std::bad_alloc&) {
-      Tell(options_.file, "out of memory");
+      Tell(options_.file + ": out of memory");
       return false;
     } catch (const std::system_error& error) {
-      Tell(options_.file, error.what());
+      Tell(options_.file + ": " + error.code().message());
       return false;
     }
     return true;
@@ -127,17 +136,17 @@ class Reading : public report::Listener {
     try {
       tools::WriteOutputFile(options_.output, text_);
     } catch (const std::exception& error) {
-      Tell(options_.output, error.what());
+      Tell(error.what());
     }
     text_.clear();
   }
 
   // A check tells it in its one line, and everything else on standard error.
-  void Tell(const std::string& file, const std::string& what) {
+  void Tell(const std::string& what) {
     hasFailed_ = true;
-    const std::string problem = machines::OneLine(file + ": " + what);
+    const std::string problem = base::OneLine(what);
     check_.AddProblem(problem);
-    if (!options_.checks) tools::PrintError(kProgram, problem);
+    if (!options_.checks) base::PrintError(kCommandLine.program, problem);
   }
 
   // A document on standard output stays one without a line that is none of it.
@@ -152,7 +161,7 @@ class Reading : public report::Listener {
   }
 
   int Status() const {
-    if (!options_.checks) return hasFailed_ ? tools::kFailureStatus : 0;
+    if (!options_.checks) return hasFailed_ ? base::kFailureStatus : 0;
     const report::Verdict worst = check_.Worst();
     const bool isUnknown = hasFailed_ && worst != report::Verdict::kCritical;
     return static_cast<int>(isUnknown ? report::Verdict::kUnknown : worst);
@@ -165,29 +174,25 @@ class Reading : public report::Listener {
   bool hasFailed_ = false;
 };
 
-void AddOptions(CLI::App& app, Options& options) {
-  CLI::Option* table = app.add_flag("--table", options.isTable, "For people (the default)");
-  CLI::Option* json = app.add_flag("--json", options.isJson, "One JSON document");
-  CLI::Option* prometheus =
-      app.add_flag("--prometheus", options.isPrometheus, "The text format of Prometheus");
-  table->excludes(json)->excludes(prometheus);
-  json->excludes(prometheus);
-  app.add_flag("--check", options.checks,
-               "One line first, and a status: 0 well, 1 worn, 2 failing, 3 unknown");
-  app.add_option("--output", options.output, "Write the form into this file, whole or not at all");
-  app.add_option("FILE", options.file, "A report; - is standard input, which is the default");
+Options OptionsOf(const tools::Arguments& arguments) {
+  Options options;
+  options.isJson = arguments.Has("json");
+  options.isPrometheus = arguments.Has("prometheus");
+  options.checks = arguments.Has("check");
+  if (arguments.Has("output")) options.output = arguments.options.at("output");
+  if (arguments.file) options.file = *arguments.file;
+  const int forms = arguments.Has("table") + options.isJson + options.isPrometheus;
+  if (forms > 1) throw tools::UsageError("more than one form");
+  return options;
+}
+
+int ReadReport(const tools::Arguments& arguments) {
+  const Options options = OptionsOf(arguments);
+  return Reading(options).Run();
 }
 
 }  // namespace
 
-int main(int argc, char** argv) try {
-  machines::PrepareStandardStreams();
-  CLI::App app("Prints a report for people or for monitoring.", kProgram);
-  Options options;
-  AddOptions(app, options);
-  const std::optional<int> status = tools::ParseCommandLine(app, argc, argv, kUsageStatus);
-  return status ? *status : Reading(options).Run();
-} catch (const std::exception& error) {
-  std::fprintf(stderr, "%s: %s\n", kProgram, error.what());
-  return tools::kFailureStatus;
+int main(int argc, char** argv) {
+  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, kUsageStatus);
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "machines/linux/descriptor.h"
+#include "base/descriptor.h"
 #include "machines/linux/device_node.h"
 #include "machines/linux/pass_through.h"
 #include "machines/linux/return_status.h"
@@ -49,12 +49,12 @@ class AtaDrive : public platform::Drive {
     return ReadBlock(node_.number(), kReadThresholds);
   }
   std::optional<Block> Identify() override { return identify_; }
-  void Close() override { node_ = Descriptor(); }
+  void Close() override { node_ = base::Descriptor(); }
 
  private:
   std::filesystem::path path_;
   std::optional<dev_t> number_;
-  Descriptor node_;
+  base::Descriptor node_;
   std::optional<Block> identify_;
 };
 

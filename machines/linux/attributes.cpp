@@ -10,7 +10,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "machines/linux/descriptor.h"
+#include "base/descriptor.h"
 
 namespace machines {
 namespace {
@@ -30,7 +30,7 @@ std::optional<T> Decimal(std::string_view text) {
 }  // namespace
 
 std::optional<std::string> ReadAttribute(const std::filesystem::path& file) {
-  const Descriptor input(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const base::Descriptor input(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!input.IsOpen()) return std::nullopt;
   std::string content(kPageSize, '\0');
   std::size_t size = 0;

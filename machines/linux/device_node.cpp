@@ -6,8 +6,8 @@
 
 namespace machines {
 
-Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number) {
-  Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+base::Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number) {
+  base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat status {};
   if (!opened.IsOpen() || fstat(opened.number(), &status) != 0) return {};
   if (!S_ISBLK(status.st_mode) || status.st_rdev != number) return {};

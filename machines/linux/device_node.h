@@ -5,13 +5,13 @@
 
 #include <filesystem>
 
-#include "machines/linux/descriptor.h"
+#include "base/descriptor.h"
 
 namespace machines {
 
 // The node, opened for reading without waiting for a medium. Not open: it cannot be
 // opened, or is not the block device of that number. The name of a disk that went away
 // may by now be another's, and what lies in the folder may be anything.
-Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number);
+base::Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number);
 
 }  // namespace machines

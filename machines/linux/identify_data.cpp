@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "machines/linux/printable_text.h"
+#include "base/printable_text.h"
 
 namespace machines {
 namespace {
@@ -37,7 +37,7 @@ std::string ModelNumber(const Block& identify) {
     model += static_cast<char>(word >> 8);
     model += static_cast<char>(word & 0xFF);
   }
-  return PrintableText(model);
+  return base::PrintableASCII(model);
 }
 
 bool SupportsSMART(const Block& identify) { return (Word(identify, 82) & 0x0001) != 0; }

@@ -13,7 +13,7 @@
 #include "machines/linux/ata_drive.h"
 #include "machines/linux/attributes.h"
 #include "machines/linux/identify_data.h"
-#include "machines/linux/printable_text.h"
+#include "base/printable_text.h"
 
 namespace machines {
 namespace {
@@ -38,7 +38,7 @@ DiskFacts ReadFacts(const AtaDisk& disk) {
   const fs::path device = disk.folder / "device";
   const auto page = ReadAttribute(device / "vpd_pg89");
   const auto identify = page ? FindIdentifyData(*page) : std::nullopt;
-  if (!identify) return {PrintableText(ReadText(device / "model"))};
+  if (!identify) return {base::PrintableASCII(ReadText(device / "model"))};
   return {ModelNumber(*identify), SupportsSMART(*identify), IsSerialATA(*identify)};
 }
 
@@ -62,7 +62,7 @@ std::optional<std::int64_t> ReadSize(const AtaDisk& disk) {
 
 Entry MakeMedium(const AtaDisk& disk, const DiskFacts& facts) {
   Entry medium{facts.model + " Media", "IOMedia", {}, {}, nullptr};
-  medium.properties.push_back({"BSD Name", Text(PrintableText(disk.name))});
+  medium.properties.push_back({"BSD Name", Text(base::PrintableASCII(disk.name))});
   if (const auto size = ReadSize(disk)) medium.properties.push_back({"Size", Integer(*size)});
   return medium;
 }

@@ -1,13 +1,13 @@
 // The machine of the program smartprobe: the one that it runs on.
 #include "machines/linux/sysfs_machine.h"
-#include "machines/standard_streams.h"
+#include "base/standard_streams.h"
 #include "platform/machine.h"
 
 namespace {
 
 // The probe's first question is the system's version. Nothing is opened or printed before.
 platform::Machine StartMachine() {
-  machines::PrepareStandardStreams();
+  base::PrepareStandardStreams();
   return machines::ReadLinuxMachine();
 }
 

@@ -1,180 +1,246 @@
-// Turns libplist's nodes into properties and back. The one file that includes its header.
+// Elements become values on a stack of the containers that are open: nothing here calls
+// itself, however deep a file is nested.
 #include "machines/recorded/property_list.h"
 
-#include <plist/plist.h>
-
-#include <bit>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "machines/recorded/leaf_values.h"
 #include "machines/recorded/recording_error.h"
+#include "machines/recorded/xml_parser.h"
 
 namespace machines {
 namespace {
 
+using platform::Array;
+using platform::Dictionary;
+using platform::KeyedProperty;
 using platform::Property;
 
-struct FreeNode {
-  void operator()(plist_t node) const { plist_free(node); }
-};
-struct FreeMemory {
-  void operator()(void* memory) const { std::free(memory); }
-};
-using OwnedNode = std::unique_ptr<void, FreeNode>;
-using OwnedIterator = std::unique_ptr<void, FreeMemory>;
-using OwnedText = std::unique_ptr<char, FreeMemory>;
+// What walks the finished values calls itself for each level.
+constexpr std::size_t kMaxNesting = 256;
 
-Property ToProperty(plist_t node);
+// The smallest element takes some hundred bytes of memory.
+constexpr std::size_t kMaxElements = 1'000'000;
 
-Property ToDictionary(plist_t node) {
-  plist_dict_iter iterator = nullptr;
-  plist_dict_new_iter(node, &iterator);
-  const OwnedIterator owner(iterator);
-  platform::Dictionary dictionary;
-  dictionary.reserve(plist_dict_get_size(node));
-  for (;;) {
-    char* key = nullptr;
-    plist_t value = nullptr;
-    plist_dict_next_item(node, iterator, &key, &value);
-    if (value == nullptr) return {std::move(dictionary)};
-    const OwnedText keyOwner(key);
-    dictionary.push_back({key, ToProperty(value)});
-  }
-}
+constexpr std::string_view kWhiteSpace = " \t\n\r";
 
-Property ToArray(plist_t node) {
-  plist_array_iter iterator = nullptr;
-  plist_array_new_iter(node, &iterator);
-  const OwnedIterator owner(iterator);
-  platform::Array array;
-  array.reserve(plist_array_get_size(node));
-  for (;;) {
-    plist_t item = nullptr;
-    plist_array_next_item(node, iterator, &item);
-    if (item == nullptr) return {std::move(array)};
-    array.push_back(ToProperty(item));
-  }
-}
+enum class Role { kRoot, kDictionary, kArray, kKey, kValue };
 
-Property ToText(plist_t node) {
-  std::uint64_t length = 0;
-  const char* text = plist_get_string_ptr(node, &length);
-  return {std::string(text, length)};
-}
-
-Property ToData(plist_t node) {
-  std::uint64_t length = 0;
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(plist_get_data_ptr(node, &length));
-  return {platform::Data(bytes, bytes + length)};
-}
-
-// From 2^63 up the registry's number is the two's complement of a negative one.
-Property ToInteger(plist_t node) {
-  std::uint64_t value = 0;
-  plist_get_uint_val(node, &value);
-  return {platform::IntegerNumber(static_cast<std::int64_t>(value))};
-}
-
-Property ToReal(plist_t node) {
-  double value = 0;
-  plist_get_real_val(node, &value);
-  return {platform::Float64Number(value)};
-}
-
-Property ToBoolean(plist_t node) {
-  std::uint8_t value = 0;
-  plist_get_bool_val(node, &value);
-  return {value != 0};
-}
-
-Property ToDate(plist_t node) {
-  std::int32_t seconds = 0;
-  plist_get_date_val(node, &seconds, nullptr);
-  return {platform::Date{seconds}};
-}
-
-Property ToProperty(plist_t node) {
-  switch (plist_get_node_type(node)) {
-    case PLIST_DICT:
-      return ToDictionary(node);
-    case PLIST_ARRAY:
-      return ToArray(node);
-    case PLIST_STRING:
-      return ToText(node);
-    case PLIST_DATA:
-      return ToData(node);
-    case PLIST_UINT:
-      return ToInteger(node);
-    case PLIST_REAL:
-      return ToReal(node);
-    case PLIST_BOOLEAN:
-      return ToBoolean(node);
-    case PLIST_DATE:
-      return ToDate(node);
-    default:
-      throw RecordingError("libplist found a kind of value that no XML property list has");
-  }
-}
-
-// The text is no longer there when this has returned: a large one would double what its
-// properties take.
-OwnedNode Parse(std::string canonical) {
-  plist_t root = nullptr;
-  plist_from_xml(canonical.data(), static_cast<std::uint32_t>(canonical.size()), &root);
-  if (root == nullptr) throw RecordingError("libplist cannot read it");
-  return OwnedNode(root);
-}
-
-struct FreeXml {
-  void operator()(char* xml) const { plist_to_xml_free(xml); }
+struct Element {
+  std::string_view name;
+  Role role;
+  std::optional<Property> (*value)(std::string& text) = nullptr;  // of a leaf but a key
 };
 
-// A new node of the value, which belongs to the caller.
-struct NodeMaker {
-  plist_t operator()(const std::string& text) const { return plist_new_string(text.c_str()); }
-  plist_t operator()(bool value) const { return plist_new_bool(value); }
-  plist_t operator()(const platform::Date& date) const {
-    return plist_new_date(static_cast<std::int32_t>(date.seconds), 0);
+constexpr auto kElements = std::to_array<Element>({
+    {"key", Role::kKey},
+    {"string", Role::kValue, TextValue},
+    {"integer", Role::kValue, IntegerValue},
+    {"dict", Role::kDictionary},
+    {"true", Role::kValue, TrueValue},
+    {"false", Role::kValue, FalseValue},
+    {"data", Role::kValue, DataValue},
+    {"array", Role::kArray},
+    {"real", Role::kValue, RealValue},
+    {"date", Role::kValue, DateValue},
+    {"plist", Role::kRoot},
+});
+
+std::string Tag(std::string_view name) { return "<" + Shortened(name) + ">"; }
+
+class PropertyListReader : public XmlListener {
+ public:
+  explicit PropertyListReader(std::string_view file) : file_(file) {}
+
+  // The value of the whole list, when all of the file was told.
+  Property TakeRoot() { return std::move(*root_); }
+
+  void OnStart(std::string_view name, std::size_t position) override;
+  void OnEnd(std::size_t position) override;
+  void OnText(std::string_view piece, std::size_t position) override;
+  void OnEarlyEnd(std::size_t position) override;
+
+ private:
+  // A container that is not closed. The root is one too, and no level of nesting.
+  struct Container {
+    const Element* element;
+    std::size_t firstKey;     // of a dictionary, in keyPositions_
+    bool keyPending = false;  // of a dictionary: its last key waits for its value
+    Property value;
+  };
+
+  void CheckPlace(const Element& element, std::size_t position) const;
+  void Open(const Element& element, std::size_t position);
+  void CloseLeaf();
+  void Close(std::size_t position);
+  void CheckKeys(const Dictionary& dictionary, std::size_t firstKey) const;
+  void Put(Property value);
+  RecordingError Error(std::size_t position, std::string_view what) const {
+    return ErrorAt(file_, position, what);
   }
-  plist_t operator()(const platform::Data& bytes) const {
-    return plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  }
-  plist_t operator()(const platform::Number& number) const {
-    if (number.type == kCFNumberFloat64Type)
-      return plist_new_real(std::bit_cast<double>(number.bits));
-    return plist_new_uint(number.bits);
-  }
-  plist_t operator()(const platform::Array& array) const {
-    plist_t node = plist_new_array();
-    for (const Property& item : array) plist_array_append_item(node, std::visit(*this, item.value));
-    return node;
-  }
-  plist_t operator()(const platform::Dictionary& dictionary) const {
-    plist_t node = plist_new_dict();
-    for (const auto& [key, property] : dictionary) {
-      plist_dict_set_item(node, key.c_str(), std::visit(*this, property.value));
-    }
-    return node;
-  }
+
+  std::string_view file_;
+  std::vector<Container> open_;
+  std::vector<std::size_t> keyPositions_;  // of the open dictionaries, the outermost first
+  const Element* leaf_ = nullptr;          // that is open
+  std::size_t leafPosition_ = 0;
+  std::string text_;  // of that leaf so far
+  std::optional<Property> root_;
+  std::size_t count_ = 0;
 };
+
+void PropertyListReader::OnStart(std::string_view name, std::size_t position) {
+  if (leaf_ != nullptr) throw Error(position, Tag(name) + " inside " + Tag(leaf_->name));
+  const auto* element = std::ranges::find(kElements, name, &Element::name);
+  if (element == kElements.end()) {
+    throw Error(position, Tag(name) + " is no element of a property list");
+  }
+  CheckPlace(*element, position);
+  if (++count_ > kMaxElements) {
+    throw Error(position, "more than " + std::to_string(kMaxElements) + " elements");
+  }
+  Open(*element, position);
+}
+
+void PropertyListReader::CheckPlace(const Element& element, std::size_t position) const {
+  if (open_.empty()) {
+    if (element.role == Role::kRoot) return;
+    throw Error(position, Tag(element.name) + " before <plist>");
+  }
+  if (element.role == Role::kRoot) throw Error(position, "<plist> inside <plist>");
+  const Container& parent = open_.back();
+  if (parent.element->role == Role::kRoot && root_) {
+    throw Error(position, "a second value in <plist>");
+  }
+  const bool isKey = element.role == Role::kKey;
+  const bool inDictionary = parent.element->role == Role::kDictionary;
+  if (isKey && !inDictionary) throw Error(position, "<key> outside <dict>");
+  if (isKey && parent.keyPending) throw Error(position, "a second <key> where a value is due");
+  if (!isKey && inDictionary && !parent.keyPending) {
+    throw Error(position, Tag(element.name) + " where a <key> is due");
+  }
+}
+
+void PropertyListReader::Open(const Element& element, std::size_t position) {
+  switch (element.role) {
+    case Role::kKey:
+    case Role::kValue:
+      leaf_ = &element;
+      leafPosition_ = position;
+      text_.clear();
+      return;
+    case Role::kDictionary:
+      open_.push_back({&element, keyPositions_.size(), false, {Dictionary()}});
+      break;
+    case Role::kArray:
+    case Role::kRoot:
+      open_.push_back({&element, keyPositions_.size(), false, {Array()}});
+      break;
+  }
+  if (open_.size() > kMaxNesting + 1) {
+    throw Error(position, "more than " + std::to_string(kMaxNesting) + " levels of nesting");
+  }
+}
+
+void PropertyListReader::OnText(std::string_view piece, std::size_t position) {
+  if (leaf_ != nullptr) {
+    text_ += piece;
+  } else if (piece.find_first_not_of(kWhiteSpace) != std::string_view::npos) {
+    throw Error(position, "text between elements");
+  }
+}
+
+void PropertyListReader::OnEarlyEnd(std::size_t position) {
+  if (count_ == 0) throw RecordingError("not an XML property list");
+  const Element& innermost = leaf_ != nullptr ? *leaf_ : *open_.back().element;
+  throw Error(position, "the file ends inside " + Tag(innermost.name));
+}
+
+void PropertyListReader::OnEnd(std::size_t position) {
+  if (leaf_ != nullptr) {
+    CloseLeaf();
+  } else {
+    Close(position);
+  }
+}
+
+void PropertyListReader::CloseLeaf() {
+  const Element& leaf = *std::exchange(leaf_, nullptr);
+  if (leaf.role == Role::kKey) {
+    Container& parent = open_.back();
+    std::get<Dictionary>(parent.value.value).push_back({text_, {}});
+    keyPositions_.push_back(leafPosition_);
+    parent.keyPending = true;
+    return;
+  }
+  std::optional<Property> value = leaf.value(text_);
+  if (!value) {
+    throw Error(leafPosition_, "\"" + Shortened(text_) + "\" is no " + Tag(leaf.name));
+  }
+  Put(std::move(*value));
+}
+
+void PropertyListReader::Close(std::size_t position) {
+  Container closed = std::move(open_.back());
+  open_.pop_back();
+  if (closed.keyPending) throw Error(position, "a <key> without a value");
+  if (closed.element->role == Role::kRoot) {
+    if (!root_) throw Error(position, "an empty <plist>");
+    return;
+  }
+  if (const auto* dictionary = std::get_if<Dictionary>(&closed.value.value)) {
+    CheckKeys(*dictionary, closed.firstKey);
+  }
+  keyPositions_.resize(closed.firstKey);
+  Put(std::move(closed.value));
+}
+
+// Sorting finds a key that is there twice; unlike hashing, it has no bad case.
+void PropertyListReader::CheckKeys(const Dictionary& dictionary, std::size_t firstKey) const {
+  std::vector<const KeyedProperty*> sorted;
+  sorted.reserve(dictionary.size());
+  for (const KeyedProperty& keyed : dictionary) sorted.push_back(&keyed);
+  const auto key = [](const KeyedProperty* keyed) -> const std::string& { return keyed->key; };
+  const auto order = [&](const KeyedProperty* keyed) {
+    return std::pair<const std::string&, const KeyedProperty*>(key(keyed), keyed);
+  };
+  std::ranges::sort(sorted, {}, order);
+  const auto twice = std::ranges::adjacent_find(sorted, {}, key);
+  if (twice == sorted.end()) return;
+  const auto second = static_cast<std::size_t>(*std::next(twice) - dictionary.data());
+  throw Error(keyPositions_[firstKey + second], "a <key> that is in its <dict> already");
+}
+
+// Puts a finished value into the innermost container.
+void PropertyListReader::Put(Property value) {
+  Container& parent = open_.back();
+  if (parent.element->role == Role::kRoot) {
+    root_ = std::move(value);
+  } else if (auto* dictionary = std::get_if<Dictionary>(&parent.value.value)) {
+    dictionary->back().value = std::move(value);
+    parent.keyPending = false;
+  } else {
+    std::get<Array>(parent.value.value).push_back(std::move(value));
+  }
+}
 
 }  // namespace
 
-std::string WritePropertyList(const Property& property) {
-  const OwnedNode root(std::visit(NodeMaker(), property.value));
-  char* xml = nullptr;
-  std::uint32_t length = 0;
-  plist_to_xml(root.get(), &xml, &length);
-  if (xml == nullptr) throw RecordingError("libplist cannot write it");
-  const std::unique_ptr<char, FreeXml> owner(xml);
-  return {xml, length};
-}
-
-Property ParsePropertyList(std::string canonical) {
-  const OwnedNode root = Parse(std::move(canonical));
-  return ToProperty(root.get());
+Property ReadPropertyList(std::string_view file) {
+  if (file.empty()) throw RecordingError("the file is empty");
+  if (file.starts_with("bplist")) {
+    throw RecordingError(
+        "a binary property list; plistutil -i FILE -o FILE.xml converts it to an XML one");
+  }
+  PropertyListReader reader(file);
+  ParseXml(file, reader);
+  return reader.TakeRoot();
 }
 
 }  // namespace machines

@@ -1,18 +1,16 @@
-// The walk over a registry listing: entries, their drives, the system version.
 #include "machines/recorded/recorded_machine.h"
 
 #include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "machines/recorded/keys.h"
-#include "machines/recorded/plist_text.h"
 #include "machines/recorded/product_version.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/recorded_drive.h"
 #include "machines/recorded/recording_error.h"
-#include "machines/recorded/text_check.h"
 #include "machines/recorded/typed_value.h"
 
 namespace machines {
@@ -24,13 +22,6 @@ using platform::Entry;
 using platform::KeyedProperty;
 using platform::Property;
 
-// Where an entry stands in the property list. Its path is written only for an error.
-struct Place {
-  const Place* parent;  // null for a root
-  const Array& siblings;
-  std::size_t index;
-};
-
 // Empty when there is none. An entry's name is copied, not taken, so that it is still
 // there for the paths of the entries that follow.
 std::string_view NameOf(const Property& entry) {
@@ -40,17 +31,13 @@ std::string_view NameOf(const Property& entry) {
   return text ? std::string_view(*text) : std::string_view();
 }
 
-std::string PathTo(const Place& place) {
-  const std::string parent = place.parent ? PathTo(*place.parent) : "";
-  const std::string_view name = NameOf(place.siblings[place.index]);
-  const std::string position = "child " + std::to_string(place.index + 1);
-  if (name.empty()) return parent + "/" + position;
-  const bool isOnly = std::ranges::count(place.siblings, name, NameOf) == 1;
-  return parent + "/" + Shortened(name) + (isOnly ? "" : " (" + position + ")");
-}
-
-RecordingError ErrorAt(const Place& place, const std::string& what) {
-  return RecordingError(PathTo(place) + ": " + what);
+// An entry among its siblings, such as "/PCI0" or "/Port (child 2)".
+std::string PathStep(const Array& siblings, std::size_t index) {
+  const std::string_view name = NameOf(siblings[index]);
+  const std::string position = "child " + std::to_string(index + 1);
+  if (name.empty()) return "/" + position;
+  const bool isOnly = std::ranges::count(siblings, name, NameOf) == 1;
+  return "/" + Shortened(name) + (isOnly ? "" : " (" + position + ")");
 }
 
 // Takes what is the entry's own out of `source`. Returns its children.
@@ -61,10 +48,7 @@ Array TakeEntry(Property& source, Entry& entry) {
   for (KeyedProperty& keyed : *dictionary) {
     if (keyed.key == kChildrenKey) {
       children = std::move(TypedValue<Array>(keyed));
-      continue;
-    }
-    if (const auto fault = TextFault(keyed)) throw RecordingError(*fault);
-    if (keyed.key == kNameKey) {
+    } else if (keyed.key == kNameKey) {
       entry.name = TypedValue<std::string>(keyed);
     } else if (keyed.key == kClassKey) {
       entry.className = std::move(TypedValue<std::string>(keyed));
@@ -77,28 +61,46 @@ Array TakeEntry(Property& source, Entry& entry) {
   return children;
 }
 
-std::vector<Entry> ReadEntries(Array& sources, const Place* parent);
-
-Entry ReadEntry(Property& source, const Place& place) {
-  Entry entry;
-  Array children;
-  try {
-    children = TakeEntry(source, entry);
-  } catch (const RecordingError& error) {
-    throw ErrorAt(place, error.what());
+// The walk from the roots down. Errors name the path of the entry in hand.
+class Walk {
+ public:
+  std::vector<Entry> ReadEntries(Array& sources) {
+    std::vector<Entry> entries;
+    entries.reserve(sources.size());
+    for (std::size_t i = 0; i < sources.size(); i++) {
+      path_.push_back({&sources, i});
+      entries.push_back(ReadEntry(sources[i]));
+      path_.pop_back();
+    }
+    return entries;
   }
-  entry.children = ReadEntries(children, &place);
-  return entry;
-}
 
-std::vector<Entry> ReadEntries(Array& sources, const Place* parent) {
-  std::vector<Entry> entries;
-  entries.reserve(sources.size());
-  for (std::size_t i = 0; i < sources.size(); i++) {
-    entries.push_back(ReadEntry(sources[i], {parent, sources, i}));
+ private:
+  struct Step {
+    const Array* siblings;
+    std::size_t index;
+  };
+
+  Entry ReadEntry(Property& source) {
+    Entry entry;
+    Array children;
+    try {
+      children = TakeEntry(source, entry);
+    } catch (const RecordingError& error) {
+      throw RecordingError(Path() + ": " + error.what());
+    }
+    entry.children = ReadEntries(children);
+    return entry;
   }
-  return entries;
-}
+
+  std::string Path() const {
+    std::string path;
+    for (const Step& step : path_) path += PathStep(*step.siblings, step.index);
+    return path;
+  }
+
+  std::vector<Step> path_;
+};
 
 // A listing of one root is that root; one of several is an array of them.
 Array Roots(Property list) {
@@ -126,15 +128,15 @@ std::optional<SInt32> TakeSystemVersion(Dictionary& properties) {
 
 platform::Machine ReadRecordedMachine(std::string_view file) {
   if (file.size() > kMaxRecordingSize) throw RecordingError("the file is larger than 64 MiB");
-  Array roots = Roots(ParsePropertyList(CanonicalPropertyList(file)));
+  Array roots = Roots(ReadPropertyList(file));
   platform::Machine machine;
-  machine.roots = ReadEntries(roots, nullptr);
+  machine.roots = Walk().ReadEntries(roots);
   if (machine.roots.empty()) return machine;
   try {
     const auto version = TakeSystemVersion(machine.roots.front().properties);
     if (version) machine.systemVersion = *version;
   } catch (const RecordingError& error) {
-    throw ErrorAt({nullptr, roots, 0}, error.what());
+    throw RecordingError(PathStep(roots, 0) + ": " + error.what());
   }
   return machine;
 }

@@ -1,11 +1,11 @@
-// How a message about a hostile file stays short and on one line.
 #include "machines/recorded/recording_error.h"
 
-#include "machines/recorded/one_line.h"
+#include "base/printable_text.h"
 
 namespace machines {
 
-RecordingError::RecordingError(std::string_view message) : std::runtime_error(OneLine(message)) {}
+RecordingError::RecordingError(std::string_view message)
+    : std::runtime_error(base::OneLine(message)) {}
 
 std::string Shortened(std::string_view text) {
   constexpr std::size_t kLongest = 80;

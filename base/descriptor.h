@@ -5,14 +5,14 @@
 
 #include <utility>
 
-namespace machines {
+namespace base {
 
 class Descriptor {
  public:
   Descriptor() = default;
   // Takes what open() returned, be it negative.
   explicit Descriptor(int number) : number_(number) {}
-  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor(Descriptor&& other) noexcept : number_(other.Release()) {}
   Descriptor& operator=(Descriptor&& other) noexcept {
     std::swap(number_, other.number_);
     return *this;
@@ -24,8 +24,11 @@ class Descriptor {
   bool IsOpen() const { return number_ >= 0; }
   int number() const { return number_; }
 
+  // The number, which is the caller's to close from now on.
+  int Release() { return std::exchange(number_, -1); }
+
  private:
   int number_ = -1;
 };
 
-}  // namespace machines
+}  // namespace base

@@ -1,0 +1,41 @@
+#include "base/input.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace base {
+namespace {
+
+std::system_error SystemError(const std::string& file) {
+  return {errno, std::generic_category(), file};
+}
+
+}  // namespace
+
+Descriptor OpenInput(const std::string& file) {
+  Descriptor input(file == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                               : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!input.IsOpen()) throw SystemError(file);
+  return input;
+}
+
+std::string ReadUpTo(std::size_t limit, const std::string& file) {
+  const Descriptor input = OpenInput(file);
+  std::string bytes;
+  std::array<char, std::size_t{64} << 10> buffer;
+  while (bytes.size() < limit) {
+    const std::size_t wanted = std::min(buffer.size(), limit - bytes.size());
+    const ssize_t count = read(input.number(), buffer.data(), wanted);
+    if (count < 0) throw SystemError(file);
+    if (count == 0) break;
+    bytes.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return bytes;
+}
+
+}  // namespace base

@@ -1,0 +1,19 @@
+// Text that a stranger or a device chose, made fit to be shown. What it means is not
+// known here.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace base {
+
+// `text` as UTF-8 for one line of a terminal, with U+FFFD for each control character,
+// line separator and sequence that is not UTF-8.
+std::string OneLine(std::string_view text);
+
+// `text` without the padding around it (spaces, and the NULs that some drives pad
+// with) and with a question mark for every byte that is not printable ASCII. With one
+// wrong byte in it a name is still worth showing.
+std::string PrintableASCII(std::string_view text);
+
+}  // namespace base

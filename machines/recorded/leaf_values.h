@@ -1,0 +1,34 @@
+// The values of a property list's leaves from their texts. What elements there are and
+// where they may stand is property_list.cpp's.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/machine.h"
+
+namespace machines {
+
+// Each gives nothing for a text that has no meaning, or more than one. Line ends are LF.
+// Its room is used for the work, so that the largest text needs no second one.
+
+std::optional<platform::Property> TextValue(std::string& text);
+
+// An optional sign, then decimal figures or 0x and hexadecimal ones; -2^63 to 2^64-1.
+// From 2^63 up it is the two's complement of a negative number.
+std::optional<platform::Property> IntegerValue(std::string& text);
+
+// A decimal fraction or power, inf or nan; nothing beyond a 64-bit number's range.
+std::optional<platform::Property> RealValue(std::string& text);
+
+// YYYY-MM-DDTHH:MM:SSZ, any date of the calendar.
+std::optional<platform::Property> DateValue(std::string& text);
+
+// Base64, padded, with white space anywhere.
+std::optional<platform::Property> DataValue(std::string& text);
+
+// <true> and <false> have no text.
+std::optional<platform::Property> TrueValue(std::string& text);
+std::optional<platform::Property> FalseValue(std::string& text);
+
+}  // namespace machines

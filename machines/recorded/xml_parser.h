@@ -1,0 +1,38 @@
+// A parser of XML that is safe on a stranger's file, and nothing about property lists.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "machines/recorded/recording_error.h"
+
+namespace machines {
+
+// Takes what ParseXml finds, in the file's order. Each may throw, which ends the parsing.
+class XmlListener {
+ public:
+  XmlListener() = default;
+  XmlListener(const XmlListener&) = delete;
+  XmlListener& operator=(const XmlListener&) = delete;
+  virtual ~XmlListener() = default;
+
+  // `position` is that of the tag, in bytes from the start of the file.
+  virtual void OnStart(std::string_view name, std::size_t position) = 0;
+  virtual void OnEnd(std::size_t position) = 0;
+  // A text comes in pieces. References are resolved, line ends are LF.
+  virtual void OnText(std::string_view piece, std::size_t position) = 0;
+  // The file ends where an element is due, or inside one. Throws.
+  virtual void OnEarlyEnd(std::size_t position) = 0;
+};
+
+// Parses the UTF-8 of `file`. Comments, processing instructions and attributes are
+// skipped. Throws RecordingError with the line for what is not well-formed, what takes the
+// parser more than 256 MiB, and what a document type could do to the text; and what the
+// listener throws.
+void ParseXml(std::string_view file, XmlListener& listener);
+
+// An error at the line of `position` in `file`.
+RecordingError ErrorAt(std::string_view file, std::size_t position, std::string_view what);
+
+}  // namespace machines
