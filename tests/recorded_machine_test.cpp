@@ -194,10 +194,19 @@ TEST(RecordedMachine, ShortBlocksAreFilledWithZeros) {
   EXPECT_EQ(drive->ReadThresholds(), std::optional(platform::Drive::Block{2}));
 }
 
+// A sanitizer needs memory and time of its own, and looks for other faults.
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::size_t kLargest = std::size_t{8} << 20;
+constexpr rlim_t kMostMemory = RLIM_INFINITY;
+#else
+constexpr std::size_t kLargest = machines::kMaxRecordingSize;
+constexpr rlim_t kMostMemory = std::size_t{512} << 20;
+#endif
+
 // `before`, then as much of `filling` as makes a file of the largest size, then `after`.
 std::string Largest(const std::string& before, const std::string& filling,
                     const std::string& after) {
-  const std::size_t room = machines::kMaxRecordingSize - before.size() - after.size();
+  const std::size_t room = kLargest - before.size() - after.size();
   return before + Repeated(static_cast<int>(room / filling.size()), filling) + after;
 }
 
@@ -208,12 +217,10 @@ std::string ManyKeys() {
 }
 
 // Ends a process of its own with status 0 when the file was read or refused in time and
-// within 512 MiB, which a sanitizer needs for itself.
+// within that memory.
 void ReadWithinLimits(const std::string& file) {
-#ifndef __SANITIZE_ADDRESS__
-  const rlimit limit{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
+  const rlimit limit{.rlim_cur = kMostMemory, .rlim_max = RLIM_INFINITY};
   setrlimit(RLIMIT_AS, &limit);
-#endif
   alarm(20);
   MessageFor(file);
   std::_Exit(0);
