@@ -2,9 +2,8 @@
 # The programs on real kernel drivers: boots Debian's kernel in an emulator, without
 # network, with drives of known making, lets guest_init.sh run the programs there, and
 # compares what they did with what the drives were made to be.
-# Usage: live_test.sh CACHE PROGRAM..., the folder for the kernel's files, and the
+# Usage: live_test.sh CACHE PROGRAM..., the folder that keeps the kernel's files, and the
 # programs of this build that guest_init.sh runs.
-# Where a package is missing the test counts as skipped, but with CI=true as failed.
 set -euo pipefail
 shopt -s lastpipe # so that what fails at the end of a pipe is counted
 cache=$1
@@ -17,12 +16,6 @@ results=$work/results
 failures=0
 long_model=LONG-6789-123456789-123456789-123456789-
 long_serial=01234567890123456789
-
-skip() {
-  echo "SKIPPED: $*" >&2
-  [ "${CI:-}" != true ] || exit 1
-  exit 77
-}
 
 # The kernel's image, and the modules with their turn of loading in their names.
 unpack_kernel() {
@@ -44,12 +37,10 @@ unpack_kernel() {
 get_kernel() {
   local package
   package=$(apt-cache depends linux-image-amd64 | awk '$1 == "Depends:" { print $2; exit }')
-  [ -n "$package" ] || skip 'the package lists have no linux-image-amd64'
   [ ! "$cache/$package" -nt "$0" ] || return 0
   rm -rf "$cache"
   mkdir -p "$cache"
-  (cd "$cache" && apt-get download -qq -o APT::Sandbox::User=root "$package") ||
-    skip "$package cannot be downloaded"
+  (cd "$cache" && apt-get download -qq -o APT::Sandbox::User=root "$package")
   unpack_kernel
   touch "$cache/$package"
 }
@@ -205,9 +196,6 @@ judge() {
   expect none </dev/null
 }
 
-for tool in qemu-system-x86_64 busybox cpio modprobe sg_raw setpriv; do
-  command -v $tool >/dev/null || skip "there is no $tool"
-done
 get_kernel
 make_initramfs "$@"
 boot
