@@ -20,9 +20,10 @@ using namespace std::string_literals;
 using machines::ReadRecordedMachine;
 using platform::Property;
 
-std::string Repeated(int times, const std::string& text) {
+std::string Repeated(std::size_t times, const std::string& text) {
   std::string repeated;
-  for (int i = 0; i < times; i++) repeated += text;
+  repeated.reserve(times * text.size());
+  for (std::size_t i = 0; i < times; i++) repeated += text;
   return repeated;
 }
 
@@ -40,7 +41,7 @@ std::string DriveOf(const std::string& pairs) {
   const std::string drive = "<key>RecordedDrive</key><dict>" + pairs + "</dict>";
   return List(Named("Root", Children(Named("PCI0", Children(Named("PRT0", drive))))));
 }
-std::string Nested(int levels) {
+std::string Nested(std::size_t levels) {
   return Value(Repeated(levels - 1, "<array>") + Repeated(levels - 1, "</array>"));
 }
 
@@ -207,7 +208,7 @@ constexpr rlim_t kMostMemory = std::size_t{512} << 20;
 std::string Largest(const std::string& before, const std::string& filling,
                     const std::string& after) {
   const std::size_t room = kLargest - before.size() - after.size();
-  return before + Repeated(static_cast<int>(room / filling.size()), filling) + after;
+  return before + Repeated(room / filling.size(), filling) + after;
 }
 
 std::string ManyKeys() {
