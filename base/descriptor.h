@@ -10,7 +10,7 @@ namespace base {
 class Descriptor {
  public:
   Descriptor() = default;
-  // Takes what open() returned, be it negative.
+  // Owns what open() returned; a negative number is no open file.
   explicit Descriptor(int number) : number_(number) {}
   Descriptor(Descriptor&& other) noexcept : number_(other.Release()) {}
   Descriptor& operator=(Descriptor&& other) noexcept {
@@ -24,7 +24,7 @@ class Descriptor {
   bool IsOpen() const { return number_ >= 0; }
   int number() const { return number_; }
 
-  // The number, which is the caller's to close from now on.
+  // Gives up the number, which the caller has to close from now on.
   int Release() { return std::exchange(number_, -1); }
 
  private:

@@ -1,5 +1,4 @@
-// Text that a stranger or a device chose, made fit to be shown. What it means is not
-// known here.
+// Text that a stranger or a device chose, made fit to be shown, whatever it means.
 #pragma once
 
 #include <string>

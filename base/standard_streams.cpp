@@ -14,8 +14,9 @@
 namespace base {
 namespace {
 
-// A file that is opened gets the lowest free descriptor. With O_PATH a closed standard
-// stream is taken but stays as good as closed: it can be neither read nor written.
+// A file that is opened gets the lowest free descriptor, so that one opened later could
+// become standard output. O_PATH occupies the descriptor of a closed stream, which still
+// can be neither read nor written.
 void FillClosedDescriptors() {
   int descriptor = -1;
   do {

@@ -8,12 +8,13 @@ namespace base {
 
 inline constexpr int kFailureStatus = 1;
 
-// To be called before any file is opened. A reader of the output that goes away, or a
-// limit on the size of files, is a failed write like any other from now on, and a file
-// that is opened later does not become a standard stream that was closed.
+// To be called before any file is opened. From then on a reader of the output that has
+// gone, or a file at its limit of size, makes a write fail and does not end the process;
+// and no file gets the descriptor of a standard stream that was closed at the start.
 void PrepareStandardStreams();
 
-// Prints "program: what" as one line on standard error, whatever characters are in it.
+// Prints "program: what" as one line on standard error; OneLine (printable_text.h) says what
+// becomes of characters that do not fit one. A failure to print it is ignored.
 void PrintError(std::string_view program, std::string_view what);
 
 // To be called when the last of the output is written. Returns the status with which

@@ -1,4 +1,3 @@
-// The machines that are measured.
 #include "bench/machines.h"
 
 #include <memory>

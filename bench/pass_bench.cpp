@@ -1,4 +1,4 @@
-// What a pass costs: per drive, beside the writing of its lines, and in a large
+// What a pass costs: for each drive, compared to printing its lines alone, and in a large
 // registry. The report goes to a null stream.
 #include <IOKit/IOKitLib.h>
 #include <benchmark/benchmark.h>

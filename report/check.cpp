@@ -1,4 +1,3 @@
-// A report's verdict for monitoring.
 #include "report/check.h"
 
 #include <string_view>
@@ -24,7 +23,7 @@ const char* Word(Verdict verdict) {
   return "UNKNOWN";
 }
 
-// Appends the names behind `heading`, if there are any.
+// Appends `heading` and the names after it, if there are any.
 void AppendGroup(std::string& text, std::string_view heading,
                  const std::vector<std::string>& names) {
   if (names.empty()) return;

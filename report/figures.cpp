@@ -1,4 +1,3 @@
-// Values and thresholds.
 #include "report/figures.h"
 
 #include <array>

@@ -1,5 +1,5 @@
-// The forms in which a report is written again. What a form looks like is told in the
-// file of its name.
+// The forms in which a report is written again: table.cpp, json.cpp and prometheus.cpp
+// show what each looks like.
 #pragma once
 
 #include <memory>
@@ -21,7 +21,7 @@ class Form : public Listener {
 // For people. Each drive is appended at once; only the names of failed devices are kept.
 std::unique_ptr<Form> MakeTable(std::string& text, bool hasColors);
 
-// One JSON document, a drive a line. Kept is what the table keeps.
+// One JSON document, a drive a line. As in the table, each drive is appended at once.
 std::unique_ptr<Form> MakeJson(std::string& text);
 
 // The text format of Prometheus. All is kept until the end, since the samples of a

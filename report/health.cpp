@@ -1,4 +1,3 @@
-// The health of a drive.
 #include "report/health.h"
 
 #include <algorithm>

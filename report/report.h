@@ -1,4 +1,5 @@
-// What a report says, as values. How it is read, judged or written is told elsewhere.
+// What a report says, as values. report_reader.h reads it, health.h and check.h judge it,
+// form.h writes it.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-// The fields of the report's lines.
 #include "report/report_lines.h"
 
 #include <array>
@@ -40,7 +39,7 @@ constexpr std::array kStatuses{
            true},
 };
 
-// The field before the first separator; `fields` keeps what is behind it.
+// The field before the first separator; `fields` keeps what comes after it.
 std::string_view TakeFirst(std::string_view& fields) {
   const std::size_t end = fields.find(kSeparator);
   if (end == std::string_view::npos) throw BadLine("too few fields");
@@ -49,7 +48,7 @@ std::string_view TakeFirst(std::string_view& fields) {
   return field;
 }
 
-// The field behind the last separator; `fields` keeps what is before it.
+// The field after the last separator; `fields` keeps what comes before it.
 std::string_view TakeLast(std::string_view& fields) {
   const std::size_t start = fields.rfind(kSeparator);
   if (start == std::string_view::npos) throw BadLine("too few fields");

@@ -1,4 +1,5 @@
-// The fields of the report's lines. In what order lines may come is the reader's affair.
+// The fields of the report's lines. In what order lines may come is told in
+// report_reader.cpp.
 #pragma once
 
 #include <stdexcept>
@@ -18,7 +19,7 @@ enum class LineKind { kStart, kAttribute, kEnd, kFailure };
 
 struct Line {
   LineKind kind;
-  std::string_view fields;  // what is behind the tag, within the line
+  std::string_view fields;  // the part of the line after the tag
 };
 
 struct EndLine {

@@ -1,4 +1,3 @@
-// The reading of a report.
 #include "report/report_reader.h"
 
 #include <cerrno>

@@ -21,8 +21,8 @@ struct DamagedReport : std::runtime_error {
 
 // Reads the report in `file` to its end in one pass, and tells the listener of each
 // drive when it is complete and of each failed device. Keeps no more than one drive.
-// Throws DamagedReport, when all that came before has been told, and std::system_error
-// when `file` cannot be read; what the listener throws passes through.
+// Throws DamagedReport, after the listener was told of all that came before the damage,
+// and std::system_error when `file` cannot be read; what the listener throws passes through.
 void ReadReport(std::FILE* file, Listener& listener);
 
 }  // namespace report

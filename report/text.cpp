@@ -1,4 +1,3 @@
-// The report's bytes as text.
 #include "report/text.h"
 
 #include <utf8.h>

@@ -1,5 +1,4 @@
-// What every program does with its command line. What the options mean is the program's
-// own affair.
+// The arguments of a program, and its help. What an option does is up to the program.
 #pragma once
 
 #include <map>
@@ -36,8 +35,9 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Options may stand before and behind the file; "--" ends them. --help and --version are
-// options of every program. Throws UsageError, for an empty value too. To be called once.
+// Options may come before and after the file; "--" ends them. --help and --version are
+// options of every program. Throws UsageError, also for an option's empty value. To be
+// called once in a process, since getopt_long keeps its place.
 Arguments ParseArguments(const CommandLine& line, int argc, char** argv);
 
 // The text that --help prints.

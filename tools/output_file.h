@@ -10,9 +10,9 @@ namespace tools {
 // folder or a link is not what a rename should replace. what() names the file.
 void CheckOutputFile(const std::string& file);
 
-// Writes `bytes` beside `file` and renames the result, so that a reader meets the old
-// file or the new one and a failure leaves the old one. Its mode is that of any new file. Throws as
-// CheckOutputFile does.
+// Writes `bytes` into a new file beside `file` and gives that its name, so that a reader
+// finds the old file or the new one. The mode is 0666 without the bits of the umask. A
+// failure leaves the old file, removes the new one and throws as CheckOutputFile does.
 void WriteOutputFile(const std::string& file, std::string_view bytes);
 
 }  // namespace tools

@@ -149,7 +149,7 @@ class Reading : public report::Listener {
     if (!options_.checks) base::PrintError(kCommandLine.program, problem);
   }
 
-  // A document on standard output stays one without a line that is none of it.
+  // A JSON document or metrics on standard output must not have this line among them.
   void PrintSummary() const {
     const bool isApart = options_.output.empty() && (options_.isJson || options_.isPrometheus);
     std::fprintf(isApart ? stderr : stdout, "%s\n", check_.Summary().c_str());

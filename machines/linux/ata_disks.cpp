@@ -1,4 +1,3 @@
-// The search for ATA disks.
 #include "machines/linux/ata_disks.h"
 
 #include <algorithm>

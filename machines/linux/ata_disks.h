@@ -1,5 +1,5 @@
-// Which of the host's block devices are ATA disks. What a disk is like is found out
-// elsewhere.
+// Which of the host's block devices are ATA disks. What a disk is like is found out by
+// sysfs_machine.cpp.
 #pragma once
 
 #include <filesystem>
@@ -16,7 +16,8 @@ struct AtaDisk {
 };
 
 // All of them in the kernel's order of naming: sda to sdz, then sdaa. `sysfs` is the
-// root of the system's description of itself. What cannot be read is left out.
+// root of the kernel's description of the system, usually /sys. A disk whose folder cannot
+// be read is left out; none is found where `sysfs` itself cannot be.
 std::vector<AtaDisk> FindAtaDisks(const std::filesystem::path& sysfs);
 
 }  // namespace machines

@@ -1,4 +1,3 @@
-// The S.M.A.R.T. operations as ATA commands.
 #include "machines/linux/ata_drive.h"
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-// Attributes of sysfs, and the values written in them.
 #include "machines/linux/attributes.h"
 
 #include <fcntl.h>

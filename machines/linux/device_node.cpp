@@ -1,4 +1,3 @@
-// Opening device nodes.
 #include "machines/linux/device_node.h"
 
 #include <fcntl.h>

@@ -1,4 +1,3 @@
-// Fields of the IDENTIFY DEVICE data.
 #include "machines/linux/identify_data.h"
 
 #include <algorithm>

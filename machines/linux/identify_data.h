@@ -1,5 +1,5 @@
-// What the IDENTIFY DEVICE data tell of a drive. Where they come from is not known here,
-// but for the page in which the kernel keeps them.
+// What the IDENTIFY DEVICE data tell of a drive, and where they lie in the page in which
+// the kernel keeps them.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 namespace machines {
 
 // The IDENTIFY DEVICE data in an ATA Information page (89h of the vital product data).
-// Nothing: it is too short, or that of a packet device.
+// Nothing: the page is too short, or is that of a packet device such as an optical drive.
 std::optional<platform::Drive::Block> FindIdentifyData(std::string_view page);
 
 // The model number, in reading order and printable.

@@ -1,4 +1,4 @@
-// The one use of the SCSI library's transport.
+// The one file that sends commands through the SCSI library.
 #include "machines/linux/pass_through.h"
 
 #include <scsi/sg_cmds_extra.h>
@@ -36,7 +36,9 @@ struct Outcome {
   SenseData sense{};
 };
 
-// The library takes settings from two variables; a run is to be the same everywhere.
+// The library takes settings from two variables of the environment, which are cleared, so
+// that a run is the same everywhere. A disk that has to spin up first needs ten seconds or
+// so for its answer.
 Outcome Send(int node, const Cdb& cdb, void* data = nullptr, std::size_t size = 0) {
   constexpr int kTimeoutSeconds = 20;
   constexpr int kSilent = 0;

@@ -1,5 +1,5 @@
-// ATA commands on their way to a drive, wrapped in SCSI's ATA PASS-THROUGH. Which
-// commands there are is not known here.
+// The sending of an ATA command, wrapped in SCSI's ATA PASS-THROUGH. The commands
+// themselves are ata_drive.cpp's.
 #pragma once
 
 #include <array>

@@ -1,4 +1,3 @@
-// The ATA Status Return descriptor, and the answer in it.
 #include "machines/linux/return_status.h"
 
 #include <scsi/sg_lib.h>

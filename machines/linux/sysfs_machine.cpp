@@ -1,4 +1,3 @@
-// Registry entries for ATA disks.
 #include "machines/linux/sysfs_machine.h"
 
 #include <IOKit/storage/ata/ATASMARTLib.h>

@@ -13,7 +13,7 @@ platform::Machine StartMachine() {
 
 }  // namespace
 
-// Never destroyed: what the probe leaves behind may still refer to it.
+// Never destroyed: what the probe does not release may still refer to it.
 platform::Machine& platform::ThisMachine() {
   static auto& machine = *new Machine(StartMachine());
   return machine;

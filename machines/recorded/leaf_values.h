@@ -1,5 +1,5 @@
-// The values of a property list's leaves from their texts. What elements there are and
-// where they may stand is property_list.cpp's.
+// The values of a property list's leaves from their texts. Which elements there are, and
+// where they may stand, is told in property_list.cpp.
 #pragma once
 
 #include <optional>
@@ -9,8 +9,9 @@
 
 namespace machines {
 
-// Each gives nothing for a text that has no meaning, or more than one. Line ends are LF.
-// Its room is used for the work, so that the largest text needs no second one.
+// Each gives nothing for a text that is not exactly of its form. Line ends are LF. Each may
+// change `text`, so that the largest text needs no second copy; a text that was turned down
+// is still fit to be quoted in an error.
 
 std::optional<platform::Property> TextValue(std::string& text);
 
@@ -27,7 +28,7 @@ std::optional<platform::Property> DateValue(std::string& text);
 // Base64, padded, with white space anywhere.
 std::optional<platform::Property> DataValue(std::string& text);
 
-// <true> and <false> have no text.
+// <true> and <false> have no text: any text gives nothing.
 std::optional<platform::Property> TrueValue(std::string& text);
 std::optional<platform::Property> FalseValue(std::string& text);
 

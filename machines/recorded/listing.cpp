@@ -1,4 +1,3 @@
-// A machine as a property list.
 #include "machines/recorded/listing.h"
 
 #include <string>

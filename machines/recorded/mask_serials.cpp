@@ -1,4 +1,3 @@
-// The masking of serial numbers.
 #include "machines/recorded/mask_serials.h"
 
 #include <algorithm>

@@ -7,9 +7,9 @@
 namespace machines {
 
 // Puts an X in the place of each character of every serial number in `listing`, at any
-// depth: in properties, in the IDENTIFY data of recorded drives. The padding around a
-// number stays. World wide name and vendor's words of IDENTIFY data become zero, and its
-// checksum is right again where it was.
+// depth: in properties, and in the IDENTIFY data of recorded drives. Blanks and NULs stay.
+// In IDENTIFY data the world wide name and the vendor's own words become zero, and a
+// checksum that was right is made right again.
 void MaskSerials(platform::Property& listing);
 
 }  // namespace machines

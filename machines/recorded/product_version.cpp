@@ -1,4 +1,3 @@
-// The reading of a product version.
 #include "machines/recorded/product_version.h"
 
 #include <algorithm>
@@ -9,7 +8,8 @@ namespace {
 constexpr SInt32 kLargestFirst = 99;
 constexpr SInt32 kLargestOther = 9;
 
-// Takes the figures in front of `text`; a number above 99 is 100.
+// Removes the figures at the start of `text` and gives their number, 100 for all above 99.
+// Nothing: there are none.
 std::optional<SInt32> TakeNumber(std::string_view& text) {
   const auto length = std::min(text.find_first_not_of("0123456789"), text.size());
   if (length == 0) return std::nullopt;

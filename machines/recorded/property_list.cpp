@@ -22,10 +22,11 @@ using platform::Dictionary;
 using platform::KeyedProperty;
 using platform::Property;
 
-// What walks the finished values calls itself for each level.
+// Whatever walks the finished values, such as their destruction, calls itself for each
+// level.
 constexpr std::size_t kMaxNesting = 256;
 
-// The smallest element takes some hundred bytes of memory.
+// The smallest element, seven bytes of a file, takes some hundred bytes of memory.
 constexpr std::size_t kMaxElements = 1'000'000;
 
 constexpr std::string_view kWhiteSpace = " \t\n\r";
@@ -58,7 +59,7 @@ class PropertyListReader : public XmlListener {
  public:
   explicit PropertyListReader(std::string_view file) : file_(file) {}
 
-  // The value of the whole list, when all of the file was told.
+  // The value of the whole list. To be called once, after the whole file was parsed.
   Property TakeRoot() { return std::move(*root_); }
 
   void OnStart(std::string_view name, std::size_t position) override;
@@ -67,7 +68,8 @@ class PropertyListReader : public XmlListener {
   void OnEarlyEnd(std::size_t position) override;
 
  private:
-  // A container that is not closed. The root is one too, and no level of nesting.
+  // A container that is not closed. <plist> is one too, but does not count as a level of
+  // nesting.
   struct Container {
     const Element* element;
     std::size_t firstKey;     // of a dictionary, in keyPositions_

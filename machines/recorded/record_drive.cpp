@@ -1,4 +1,3 @@
-// The recording of a drive.
 #include "machines/recorded/record_drive.h"
 
 #include <optional>

@@ -1,4 +1,3 @@
-// The recorded answers of a drive.
 #include "machines/recorded/recorded_drive.h"
 
 #include <algorithm>

@@ -40,7 +40,7 @@ std::string PathStep(const Array& siblings, std::size_t index) {
   return "/" + Shortened(name) + (isOnly ? "" : " (" + position + ")");
 }
 
-// Takes what is the entry's own out of `source`. Returns its children.
+// Moves the contents of `source` into `entry`, but copies the name. Returns the children.
 Array TakeEntry(Property& source, Entry& entry) {
   auto* dictionary = std::get_if<Dictionary>(&source.value);
   if (dictionary == nullptr) throw RecordingError("not a <dict>");
@@ -113,7 +113,7 @@ Array Roots(Property list) {
   return roots;
 }
 
-// The product version stands on the first root and is none of its properties.
+// Removes the product version from the properties of the first root: it is the machine's.
 std::optional<SInt32> TakeSystemVersion(Dictionary& properties) {
   const auto found = std::ranges::find(properties, kVersionKey, &KeyedProperty::key);
   if (found == properties.end()) return std::nullopt;

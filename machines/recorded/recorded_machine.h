@@ -9,9 +9,12 @@
 
 namespace machines {
 
+// The values of a file may take several times its size. With this bound a reading stays
+// below 512 MiB of memory, whatever the file.
 inline constexpr std::size_t kMaxRecordingSize = std::size_t{64} << 20;
 
-// Throws RecordingError for anything that is no recorded machine.
+// The machine in the text of a recording. Throws RecordingError for a larger one and for
+// anything that is no recorded machine, with the line of the file or the path of the entry.
 platform::Machine ReadRecordedMachine(std::string_view file);
 
 }  // namespace machines

@@ -13,7 +13,7 @@ class RecordingError : public std::runtime_error {
   explicit RecordingError(std::string_view message);
 };
 
-// `text` of the file as it stands in a message: cut when it is long.
+// `text` of the file as it stands in a message: cut after 80 bytes.
 std::string Shortened(std::string_view text);
 
 }  // namespace machines

@@ -13,11 +13,11 @@
 namespace machines {
 namespace {
 
-// The largest attributes and texts of a file of 64 MiB need a part of this; a tag of a
-// million attributes would need more, and minutes.
+// A file of 64 MiB that is one text or one attribute needs less. A tag of millions of
+// attributes would need more, and several seconds.
 constexpr std::size_t kMostMemory = std::size_t{256} << 20;
 
-// What the parser holds. Its allocator is told of no object that this could be kept in.
+// What the parser holds, in bytes. expat passes its allocator no object to keep this in.
 thread_local std::size_t memoryTaken = 0;
 
 bool IsTooMuch(std::size_t size) { return size > kMostMemory || memoryTaken > kMostMemory - size; }

@@ -1,4 +1,4 @@
-// A parser of XML that is safe on a stranger's file, and nothing about property lists.
+// A parser of XML that is safe on a stranger's file. Of property lists it knows nothing.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,8 @@
 
 namespace machines {
 
-// Takes what ParseXml finds, in the file's order. Each may throw, which ends the parsing.
+// Its functions are called with what ParseXml finds, in the file's order. Each may throw,
+// which ends the parsing.
 class XmlListener {
  public:
   XmlListener() = default;
@@ -26,10 +27,11 @@ class XmlListener {
   virtual void OnEarlyEnd(std::size_t position) = 0;
 };
 
-// Parses the UTF-8 of `file`. Comments, processing instructions and attributes are
-// skipped. Throws RecordingError with the line for what is not well-formed, what takes the
-// parser more than 256 MiB, and what a document type could do to the text; and what the
-// listener throws.
+// Parses `file`, as UTF-8 whatever encoding it declares. Comments, processing instructions
+// and attributes are skipped. Throws RecordingError with the line of the fault for what is
+// not well-formed, what takes the parser more than 256 MiB, a document type that declares
+// entities or attribute lists, and a reference that cannot be resolved. What the listener
+// throws passes through.
 void ParseXml(std::string_view file, XmlListener& listener);
 
 // An error at the line of `position` in `file`.
