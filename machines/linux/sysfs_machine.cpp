@@ -8,11 +8,11 @@
 #include <string>
 #include <utility>
 
+#include "base/printable_text.h"
 #include "machines/linux/ata_disks.h"
 #include "machines/linux/ata_drive.h"
 #include "machines/linux/attributes.h"
 #include "machines/linux/identify_data.h"
-#include "base/printable_text.h"
 
 namespace machines {
 namespace {

@@ -1,6 +1,6 @@
 // The machine of the program smartprobe: the one that it runs on.
-#include "machines/linux/sysfs_machine.h"
 #include "base/standard_streams.h"
+#include "machines/linux/sysfs_machine.h"
 #include "platform/machine.h"
 
 namespace {
