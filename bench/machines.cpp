@@ -1,5 +1,7 @@
 #include "bench/machines.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,22 +18,20 @@ constexpr std::uint8_t kIds[kAttributes] = {1,   2,   3,   4,   5,   7,   8,   9
                                             12,  189, 190, 191, 192, 193, 194, 195, 196, 197,
                                             198, 199, 200, 201, 202, 203, 220, 222, 240, 250};
 
-Drive::Block AttributeBlock() {
+// Revision 16, and for each attribute its identifier and then `rest` of its 12 bytes.
+Drive::Block Attributes(const std::array<std::uint8_t, 11>& rest) {
   Drive::Block block{0x10, 0x00};
-  for (std::size_t i = 0; i < kAttributes; i++) {
-    block[2 + 12 * i] = kIds[i];
-    block[3 + 12 * i] = i % 2 == 0 ? 0x33 : 0x32;
-    block[5 + 12 * i] = static_cast<std::uint8_t>(90 + i);
+  auto at = block.begin() + 2;
+  for (const std::uint8_t id : kIds) {
+    *at++ = id;
+    at = std::copy(rest.begin(), rest.end(), at);
   }
   return block;
 }
 
-Drive::Block ThresholdBlock() {
-  Drive::Block block{0x10, 0x00};
-  for (std::size_t i = 0; i < kAttributes; i++) {
-    block[2 + 12 * i] = kIds[i];
-    block[3 + 12 * i] = static_cast<std::uint8_t>(i % 3 == 0 ? 0 : 36);
-  }
+Drive::Block Filled(std::uint8_t byte) {
+  Drive::Block block;
+  block.fill(byte);
   return block;
 }
 
@@ -43,9 +43,9 @@ struct BenchDrive : Drive {
   std::optional<Block> ReadThresholds() override { return thresholds; }
   std::optional<Block> Identify() override { return identify; }
 
-  Block data = AttributeBlock();
-  Block thresholds = ThresholdBlock();
-  Block identify{};
+  Block data = Attributes({0x33, 0, 127, 100, 1, 2, 3, 4, 5, 6, 0});
+  Block thresholds = Attributes({36});
+  Block identify = Filled('A');
 };
 
 Property Text(std::string text) { return {std::move(text)}; }
@@ -57,23 +57,16 @@ Entry DriveEntry(int number) {
                 {"Size", {platform::IntegerNumber(1000204886016)}}},
                {},
                nullptr};
-  return {"IOAHCIBlockStorageDevice",
-          "IOAHCIBlockStorageDevice",
-          {{"Device Characteristics",
-            {platform::Dictionary{{"Product Name", Text("EXAMPLE HD103SJ                ")}}}},
-           {"Protocol Characteristics",
-            {platform::Dictionary{{"Physical Interconnect", Text("SATA")},
-                                  {"Physical Interconnect Location", Text("Internal")}}}}},
-          {std::move(medium)},
-          std::make_shared<BenchDrive>()};
-}
-
-Entry Controller(int number) {
-  return {"Port " + std::to_string(number),
-          "IOPCIDevice",
-          {{"vendor-id", {platform::Data{0x86, 0x80, 0, 0}}}},
-          {DriveEntry(number)},
-          nullptr};
+  return {
+      "IOAHCIBlockStorageDevice",
+      "IOAHCIBlockStorageDevice",
+      {{"Device Characteristics",
+        {platform::Dictionary{{"Product Name", Text("EXAMPLE HD103SJ                         ")}}}},
+       {"Protocol Characteristics",
+        {platform::Dictionary{{"Physical Interconnect", Text("SATA")},
+                              {"Physical Interconnect Location", Text("Internal")}}}}},
+      {std::move(medium)},
+      std::make_shared<BenchDrive>()};
 }
 
 }  // namespace
@@ -83,7 +76,7 @@ platform::Machine MachineAmong(int entries, int drives) {
   for (int i = 0; i < entries; i++) {
     root.children.push_back({"Entry " + std::to_string(i), "IOService", {}, {}, nullptr});
   }
-  for (int i = 0; i < drives; i++) root.children.push_back(Controller(i));
+  for (int i = 0; i < drives; i++) root.children.push_back(DriveEntry(i));
   platform::Machine machine;
   machine.roots.push_back(std::move(root));
   return machine;

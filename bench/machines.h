@@ -9,8 +9,8 @@ namespace bench {
 
 inline constexpr int kAttributes = 30;
 
-// `drives` AHCI drives below one controller each, with a medium, a serial number in
-// their IDENTIFY data, and kAttributes attributes with thresholds.
+// `drives` AHCI drives, each with a medium, IDENTIFY data, and kAttributes attributes with
+// thresholds.
 platform::Machine MachineOf(int drives);
 
 // The same with `entries` further entries that are no drives, ahead of them.

@@ -1,0 +1,20 @@
+// write_recording DRIVES: prints a machine that is measured, as a recording.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "bench/machines.h"
+#include "machines/recorded/listing.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/record_drive.h"
+
+platform::Machine& platform::ThisMachine() { std::abort(); }  // nothing is asked of it
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 2;
+  const platform::Property listing = machines::ListingOf(
+      bench::MachineOf(std::atoi(argv[1])),
+      [](const platform::Entry& entry) { return machines::RecordDrive(*entry.drive).answers; });
+  const std::string text = machines::WritePropertyList(listing);
+  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() ? 0 : 1;
+}

@@ -1,0 +1,48 @@
+// Any bytes as a recording: one line of error, or a machine and a whole pass over it that
+// leaves nothing open but what is left open by intent.
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/recording_error.h"
+#include "platform/ledger.h"
+#include "platform/machine.h"
+#include "platform/process_end.h"
+#include "probe/start_up.h"
+
+namespace {
+
+bool IsOneLine(std::string_view message) {
+  return !message.empty() && message.find('\n') == std::string_view::npos;
+}
+
+bool IsExpected(const platform::Ledger& left) {
+  return left.matchingDictionaries == 0 && left.foundValues == 0 && left.strings == 0 &&
+         left.plugIns == left.smartInterfaces && left.memoryBlocks <= 1 && left.iterators <= 2;
+}
+
+}  // namespace
+
+platform::Machine& platform::ThisMachine() {
+  static Machine machine;
+  return machine;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
+  const std::string_view file(reinterpret_cast<const char*>(data), size);
+  try {
+    platform::ThisMachine() = machines::ReadRecordedMachine(file);
+  } catch (const machines::RecordingError& error) {
+    if (!IsOneLine(error.what())) std::abort();
+    return 0;
+  }
+  gMySysVersion = 0;
+  RunProbe();
+  if (!IsExpected(platform::OpenReferences())) std::abort();
+  platform::EndProcess();
+  return 0;
+}
