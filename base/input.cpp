@@ -1,6 +1,7 @@
 #include "base/input.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +16,13 @@ std::system_error SystemError(const std::string& file) {
   return {errno, std::generic_category(), file};
 }
 
+// 0 where it is not known before the end, as that of a pipe.
+std::size_t SizeOf(const Descriptor& input) {
+  struct stat status {};
+  if (fstat(input.number(), &status) != 0) return 0;
+  return static_cast<std::size_t>(status.st_size);
+}
+
 }  // namespace
 
 Descriptor OpenInput(const std::string& file) {
@@ -27,7 +35,8 @@ Descriptor OpenInput(const std::string& file) {
 std::string ReadUpTo(std::size_t limit, const std::string& file) {
   const Descriptor input = OpenInput(file);
   std::string bytes;
-  std::array<char, std::size_t{64} << 10> buffer;
+  bytes.reserve(std::min(limit, SizeOf(input)));
+  std::array<char, 4096> buffer;
   while (bytes.size() < limit) {
     const std::size_t wanted = std::min(buffer.size(), limit - bytes.size());
     const ssize_t count = read(input.number(), buffer.data(), wanted);

@@ -43,45 +43,81 @@ bool HasForm(std::string_view text, std::string_view form) {
   });
 }
 
-constexpr auto kIsSpace = [](char c) { return c == ' ' || c == '\t' || c == '\n'; };
-
-// The six bits that a digit of base64 stands for.
-constexpr std::uint8_t kNoDigit = 64;
+// What a byte of base64 stands for: six bits, or one of the others.
+constexpr std::uint8_t kSpace = 64, kPadding = 65, kNoMeaning = 66;
 
 constexpr std::array<std::uint8_t, 256> kBase64 = [] {
   constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::array<std::uint8_t, 256> bits{};
-  bits.fill(kNoDigit);
-  for (std::uint8_t i = 0; i < kDigits.size(); i++)
-    bits[static_cast<unsigned char>(kDigits[i])] = i;
-  return bits;
+  std::array<std::uint8_t, 256> meanings{};
+  meanings.fill(kNoMeaning);
+  for (std::uint8_t i = 0; i < kDigits.size(); i++) {
+    meanings[static_cast<unsigned char>(kDigits[i])] = i;
+  }
+  for (const char space : kWhiteSpace) meanings[static_cast<unsigned char>(space)] = kSpace;
+  meanings['='] = kPadding;
+  return meanings;
 }();
 
-// Appends the bytes of base64 whose length is a multiple of four. False: not all are digits.
-bool AppendDecoded(std::string_view digits, platform::Data& bytes) {
-  const auto bits = [&](std::size_t i) -> std::uint32_t {
-    return kBase64[static_cast<unsigned char>(digits[i])];
-  };
-  const std::size_t before = bytes.size();
-  bytes.resize(before + digits.size() / 4 * 3);
-  std::uint8_t* next = bytes.data() + before;
-  std::uint32_t seen = 0;
-  for (std::size_t i = 0; i < digits.size(); i += 4) {
-    const std::uint32_t a = bits(i), b = bits(i + 1), c = bits(i + 2), d = bits(i + 3);
-    seen |= a | b | c | d;
-    *next++ = static_cast<std::uint8_t>(a << 2 | b >> 4);
-    *next++ = static_cast<std::uint8_t>(b << 4 | c >> 2);
-    *next++ = static_cast<std::uint8_t>(c << 6 | d);
+std::uint32_t Meaning(char c) { return kBase64[static_cast<unsigned char>(c)]; }
+
+// Most of a text is digits in groups of four, which need no look at each digit.
+class Base64Decoder {
+ public:
+  explicit Base64Decoder(std::size_t length) : bytes_(length / 4 * 3), next_(bytes_.data()) {}
+
+  // Takes the groups of four digits at the start of `text`, at the border of a group.
+  void TakeGroups(std::string_view& text) {
+    if (digits_ % 4 != 0 || padding_ > 0) return;
+    std::size_t taken = 0;
+    std::uint8_t* next = next_;
+    for (; taken + 4 <= text.size(); taken += 4) {
+      const std::uint32_t a = Meaning(text[taken]), b = Meaning(text[taken + 1]);
+      const std::uint32_t c = Meaning(text[taken + 2]), d = Meaning(text[taken + 3]);
+      if ((a | b | c | d) >= kSpace) break;
+      next = Put(a << 18 | b << 12 | c << 6 | d, next);
+    }
+    next_ = next;
+    text.remove_prefix(taken);
   }
-  return seen < kNoDigit;
-}
+
+  // Takes a character. False: it may not stand there.
+  bool Take(char c) {
+    const std::uint32_t meaning = Meaning(c);
+    if (meaning == kSpace) return true;
+    if (meaning == kNoMeaning || (padding_ > 0 && meaning != kPadding)) return false;
+    if (meaning == kPadding) padding_++;
+    group_ = group_ << 6 | (meaning == kPadding ? 0 : meaning);
+    if (++digits_ % 4 == 0) next_ = Put(group_, next_);
+    return true;
+  }
+
+  std::optional<platform::Data> Finish() {
+    if (padding_ > 2 || digits_ % 4 != 0) return std::nullopt;
+    bytes_.resize(static_cast<std::size_t>(next_ - bytes_.data()) - padding_);
+    return std::move(bytes_);
+  }
+
+ private:
+  static std::uint8_t* Put(std::uint32_t group, std::uint8_t* next) {
+    next[0] = static_cast<std::uint8_t>(group >> 16);
+    next[1] = static_cast<std::uint8_t>(group >> 8);
+    next[2] = static_cast<std::uint8_t>(group);
+    return next + 3;
+  }
+
+  platform::Data bytes_;
+  std::uint8_t* next_;       // in bytes_
+  std::uint32_t group_ = 0;  // of the digits that TakeGroups did not take
+  std::size_t digits_ = 0;   // that it did not take, padding too
+  std::size_t padding_ = 0;
+};
 
 }  // namespace
 
-std::optional<Property> TextValue(std::string& text) { return Property{text}; }
+std::optional<Property> TextValue(const std::string& text) { return Property{text}; }
 
-std::optional<Property> IntegerValue(std::string& text) {
+std::optional<Property> IntegerValue(const std::string& text) {
   std::string_view figures = Trimmed(text);
   const bool isNegative = TakePrefix(figures, "-");
   if (!isNegative) TakePrefix(figures, "+");
@@ -92,7 +128,7 @@ std::optional<Property> IntegerValue(std::string& text) {
   return Property{platform::IntegerNumber(static_cast<std::int64_t>(value))};
 }
 
-std::optional<Property> RealValue(std::string& text) {
+std::optional<Property> RealValue(const std::string& text) {
   std::string_view figures = Trimmed(text);
   if (TakePrefix(figures, "+") && figures.starts_with('-')) return std::nullopt;
   const auto value = Parsed<double>(figures, std::chars_format::general);
@@ -100,7 +136,7 @@ std::optional<Property> RealValue(std::string& text) {
   return Property{platform::Float64Number(*value)};
 }
 
-std::optional<Property> DateValue(std::string& text) {
+std::optional<Property> DateValue(const std::string& text) {
   using namespace std::chrono;
   const std::string_view date = Trimmed(text);
   if (!HasForm(date, "0000-00-00T00:00:00Z")) return std::nullopt;
@@ -123,30 +159,24 @@ std::optional<Property> DateValue(std::string& text) {
   return Property{platform::Date{since.count()}};
 }
 
-std::optional<Property> DataValue(std::string& text) {
-  std::erase_if(text, kIsSpace);
-  const std::size_t padding = text.size() - (text.find_last_not_of('=') + 1);
-  if (padding > 2 || text.size() % 4 != 0) return std::nullopt;
-  const std::string_view digits = std::string_view(text).substr(0, text.size() - padding);
-  const std::size_t whole = digits.size() / 4 * 4;
-  std::string last(digits.substr(whole));
-  last.append(padding, 'A');  // stands for zero bits
-
-  platform::Data bytes;
-  bytes.reserve(text.size() / 4 * 3);
-  if (!AppendDecoded(digits.substr(0, whole), bytes) || !AppendDecoded(last, bytes)) {
-    return std::nullopt;
+std::optional<Property> DataValue(const std::string& text) {
+  Base64Decoder decoder(text.size());
+  for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(1)) {
+    decoder.TakeGroups(rest);
+    if (rest.empty()) break;
+    if (!decoder.Take(rest.front())) return std::nullopt;
   }
-  bytes.resize(bytes.size() - padding);
-  return Property{std::move(bytes)};
+  std::optional<platform::Data> bytes = decoder.Finish();
+  if (!bytes) return std::nullopt;
+  return Property{std::move(*bytes)};
 }
 
-std::optional<Property> TrueValue(std::string& text) {
+std::optional<Property> TrueValue(const std::string& text) {
   if (!text.empty()) return std::nullopt;
   return Property{true};
 }
 
-std::optional<Property> FalseValue(std::string& text) {
+std::optional<Property> FalseValue(const std::string& text) {
   if (!text.empty()) return std::nullopt;
   return Property{false};
 }

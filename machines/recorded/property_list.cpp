@@ -36,7 +36,7 @@ enum class Role { kRoot, kDictionary, kArray, kKey, kValue };
 struct Element {
   std::string_view name;
   Role role;
-  std::optional<Property> (*value)(std::string& text) = nullptr;  // of a leaf but a key
+  std::optional<Property> (*value)(const std::string& text) = nullptr;  // of a leaf but a key
 };
 
 constexpr auto kElements = std::to_array<Element>({
