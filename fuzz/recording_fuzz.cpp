@@ -19,9 +19,11 @@ bool IsOneLine(std::string_view message) {
   return !message.empty() && message.find('\n') == std::string_view::npos;
 }
 
-bool IsExpected(const platform::Ledger& left) {
-  return left.matchingDictionaries == 0 && left.foundValues == 0 && left.strings == 0 &&
-         left.plugIns == left.smartInterfaces && left.memoryBlocks <= 1 && left.iterators <= 2;
+bool IsExpected(platform::Ledger& left) {
+  using Kind = platform::ReferenceKind;
+  return left[Kind::kMatchingDictionary] == 0 && left[Kind::kFoundValue] == 0 &&
+         left[Kind::kString] == 0 && left[Kind::kPlugIn] == left[Kind::kSMARTInterface] &&
+         left[Kind::kMemoryBlock] <= 1 && left[Kind::kIterator] <= 2;
 }
 
 }  // namespace

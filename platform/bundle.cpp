@@ -29,5 +29,5 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
   const std::string& text =
       translation != strings.end() ? translation->second : Deref<StringObject>(value, kCall).text;
   return static_cast<CFStringRef>(
-      platform::HandOut(std::make_unique<StringObject>(text), &platform::Ledger::strings));
+      platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
 }

@@ -1,30 +1,47 @@
 // The ledger counts the references that the layer has handed to the probe and has
-// not been given back. What a reference refers to is kept elsewhere.
+// not been given back. What each refers to is with its source: objects.cpp,
+// registry_handles.cpp, smart_user_client.cpp and toolbox.cpp.
 #pragma once
+
+#include <array>
+#include <cstddef>
+#include <initializer_list>
+#include <utility>
 
 namespace platform {
 
-struct Ledger {
-  int matchingDictionaries = 0;
-  int propertyDictionaries = 0;
-  int iterators = 0;
-  int services = 0;
-  int plugIns = 0;
-  int smartInterfaces = 0;
-  int foundValues = 0;  // of a registry search
-  int strings = 0;      // made of data, or looked up in a bundle
-  int memoryBlocks = 0;
-
-  bool operator==(const Ledger&) const = default;
+enum class ReferenceKind {
+  kMatchingDictionary,
+  kPropertyDictionary,
+  kIterator,
+  kService,
+  kPlugIn,
+  kSMARTInterface,
+  kFoundValue,  // of a registry search
+  kString,      // made of data, or looked up in a bundle
+  kMemoryBlock,
+  kCount  // of the kinds above; no kind itself
 };
 
-// A kind of reference: the count that it is entered in.
-using ReferenceKind = int Ledger::*;
+// How many references of each kind. A kind that is not named in the list has none.
+class Ledger {
+ public:
+  Ledger() = default;
+  Ledger(std::initializer_list<std::pair<ReferenceKind, int>> counts) {
+    for (const auto& [kind, count] : counts) (*this)[kind] = count;
+  }
+
+  int& operator[](ReferenceKind kind) { return counts_.at(static_cast<std::size_t>(kind)); }
+  bool operator==(const Ledger&) const = default;
+
+ private:
+  std::array<int, static_cast<std::size_t>(ReferenceKind::kCount)> counts_{};
+};
 
 // The references that are out now.
-Ledger& OpenReferences();
-
-// What `after` holds beyond `before`, kind by kind.
-Ledger operator-(const Ledger& after, const Ledger& before);
+inline Ledger& OpenReferences() {
+  static Ledger ledger;
+  return ledger;
+}
 
 }  // namespace platform

@@ -1,4 +1,3 @@
-// The makers of numbers and the lookup in a dictionary of properties.
 #include "platform/machine.h"
 
 #include <algorithm>
@@ -13,10 +12,6 @@ Number IntegerNumber(std::int64_t value) {
   const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
                     value <= std::numeric_limits<std::int32_t>::max();
   return {fits ? kCFNumberSInt32Type : kCFNumberSInt64Type, static_cast<std::uint64_t>(value)};
-}
-
-Number Float32Number(float value) {
-  return {kCFNumberFloat32Type, std::bit_cast<std::uint32_t>(value)};
 }
 
 Number Float64Number(double value) {

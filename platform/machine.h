@@ -51,13 +51,12 @@ struct KeyedProperty {
 
 // The smallest of the platform's two usual types that holds `value`: signed 32-bit, else 64-bit.
 Number IntegerNumber(std::int64_t value);
-Number Float32Number(float value);
 Number Float64Number(double value);
 
 // The value under `key`, or null. Borrowed from `dictionary`.
 const Property* Find(const Dictionary& dictionary, std::string_view key);
 
-// What answers behind an entry's S.M.A.R.T. user client. An operation that
+// The drive that an entry's S.M.A.R.T. user client asks. An operation that
 // fails returns false or nothing, and the probe's buffers stay as they were.
 class Drive {
  public:

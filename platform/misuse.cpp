@@ -1,4 +1,3 @@
-// The end of a program that breaks the platform's rules.
 #include "platform/misuse.h"
 
 #include <cstdio>

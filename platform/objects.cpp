@@ -1,4 +1,3 @@
-// Property objects and their ownership.
 #include "platform/objects.h"
 
 #include "platform/process_end.h"
@@ -11,7 +10,7 @@ struct Handout {
   ReferenceKind kind;
 };
 
-// Never destroyed: what the probe leaves behind stays reachable until the end.
+// Never destroyed, so that what the probe does not release is no leak.
 std::unordered_map<CFTypeRef, Handout>& Handouts() {
   static auto& handouts = *new std::unordered_map<CFTypeRef, Handout>;
   return handouts;
@@ -48,14 +47,14 @@ const Object* DictionaryObject::Get(std::string_view key) const {
 CFTypeRef HandOut(std::unique_ptr<Object> object, ReferenceKind kind) {
   const CFTypeRef ref = Ref(object.get());
   Handouts().emplace(ref, Handout{std::move(object), kind});
-  OpenReferences().*kind += 1;
+  OpenReferences()[kind] += 1;
   return ref;
 }
 
 void TakeBack(CFTypeRef object, const char* call) {
   const auto handout = Handouts().find(object);
   if (handout == Handouts().end()) Misuse(call, "the caller owns no reference to this object");
-  OpenReferences().*(handout->second.kind) -= 1;
+  OpenReferences()[handout->second.kind] -= 1;
   Handouts().erase(handout);
 }
 

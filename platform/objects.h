@@ -1,6 +1,5 @@
-// Property objects and their ownership: what stands behind the Ref types, and the
-// references to them that the probe owns. What the framework's calls do with an
-// object is in one source a type.
+// Property objects, which the Ref types point to, and the references to them that the
+// probe owns. The framework's calls on them are in one source a type.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -23,6 +22,7 @@ enum class ObjectType : CFTypeID {
   kNumber,
   kData,
   kDictionary,
+  kMatching,
   kBoolean,
   kArray,
   kDate,
@@ -68,8 +68,6 @@ class DictionaryObject : public Object {
   static constexpr ObjectType kType = ObjectType::kDictionary;
   explicit DictionaryObject(const Dictionary& values) : Object(kType), values_(values) {}
 
-  const Dictionary& values() const { return values_; }
-
   // The object of the value under `key`, borrowed, or null.
   const Object* Get(std::string_view key) const;
 
@@ -96,7 +94,7 @@ inline const Object& Deref(CFTypeRef ref, const char* call) {
   return *static_cast<const Object*>(ref);
 }
 
-// The object behind `ref`; one of another type is misuse of `call`.
+// The object that `ref` points to; one of another type is misuse of `call`.
 template <typename T>
 const T& Deref(CFTypeRef ref, const char* call) {
   const Object& object = Deref(ref, call);

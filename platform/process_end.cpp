@@ -1,4 +1,3 @@
-// The end of a process.
 #include "platform/process_end.h"
 
 #include "platform/ledger.h"

@@ -7,7 +7,7 @@ namespace platform {
 // and the ledger is empty. For programs that run one pass after another.
 void EndProcess();
 
-// The shares of EndProcess: each clears the references that its source keeps.
+// The parts of EndProcess: each drops the references that its source keeps.
 void DropObjects();
 void DropRegistryHandles();
 void DropUserClients();

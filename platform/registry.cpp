@@ -1,71 +1,56 @@
 // What is asked of the registry: matching, iteration and properties.
 #include <IOKit/IOKitLib.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "platform/io_return.h"
 #include "platform/objects.h"
 #include "platform/registry_handles.h"
 
 using platform::Deref;
-using platform::Dictionary;
 using platform::DictionaryObject;
 using platform::Entry;
 using platform::EntryPath;
-using platform::Ledger;
 using platform::Property;
+using platform::ReferenceKind;
 
 namespace {
 
-constexpr const char* kNameKey = "IONameMatch";
-constexpr const char* kClassKey = "IOProviderClass";
+// What a matching dictionary asks for; an empty text is matched by any entry.
+struct MatchingObject : platform::Object {
+  static constexpr platform::ObjectType kType = platform::ObjectType::kMatching;
+  MatchingObject(const char* name, const char* className)
+      : Object(kType), wantedName(name), wantedClass(className) {}
 
-// A matching dictionary is no part of the machine: it brings its own values.
-struct OwnedValues {
-  Dictionary values;
-};
-struct MatchingObject : OwnedValues, DictionaryObject {
-  explicit MatchingObject(Dictionary own)
-      : OwnedValues{std::move(own)}, DictionaryObject(OwnedValues::values) {}
+  bool Matches(const Entry& entry) const {
+    return (wantedName.empty() || entry.name == wantedName) &&
+           (wantedClass.empty() || entry.className == wantedClass);
+  }
+
+  std::string wantedName;
+  std::string wantedClass;
 };
 
-CFMutableDictionaryRef NewDictionary(std::unique_ptr<DictionaryObject> dictionary,
-                                     platform::ReferenceKind kind) {
+CFMutableDictionaryRef HandOutDictionary(std::unique_ptr<platform::Object> dictionary,
+                                         ReferenceKind kind) {
   return static_cast<CFMutableDictionaryRef>(
       const_cast<void*>(platform::HandOut(std::move(dictionary), kind)));
 }
 
-CFMutableDictionaryRef NewMatching(const char* key, const char* value) {
-  return NewDictionary(
-      std::make_unique<MatchingObject>(Dictionary{{key, Property{std::string(value)}}}),
-      &Ledger::matchingDictionaries);
-}
-
-// What a matching dictionary asks for; null where anything will do.
-struct Wanted {
-  const std::string* name;
-  const std::string* className;
-};
-
-const std::string* TextUnder(const Dictionary& matching, const char* key) {
-  const Property* wanted = Find(matching, key);
-  return wanted == nullptr ? nullptr : std::get_if<std::string>(&wanted->value);
-}
-
-bool Matches(const Entry& entry, const Wanted& wanted) {
-  return (wanted.name == nullptr || entry.name == *wanted.name) &&
-         (wanted.className == nullptr || entry.className == *wanted.className);
+CFMutableDictionaryRef NewMatching(const char* name, const char* className) {
+  return HandOutDictionary(std::make_unique<MatchingObject>(name, className),
+                           ReferenceKind::kMatchingDictionary);
 }
 
 // Appends what matches of an entry and its descendants, in document order.
 // `path` leads to the entry's parent.
-void CollectMatches(const Entry& entry, const Wanted& wanted, EntryPath& path,
+void CollectMatches(const Entry& entry, const MatchingObject& matching, EntryPath& path,
                     std::vector<EntryPath>& matches) {
   path.push_back(&entry);
-  if (Matches(entry, wanted)) matches.push_back(path);
-  for (const Entry& child : entry.children) CollectMatches(child, wanted, path, matches);
+  if (matching.Matches(entry)) matches.push_back(path);
+  for (const Entry& child : entry.children) CollectMatches(child, matching, path, matches);
   path.pop_back();
 }
 
@@ -93,17 +78,14 @@ const Property* Search(const EntryPath& path, std::string_view key, IOOptionBits
 
 }  // namespace
 
-CFMutableDictionaryRef IOServiceNameMatching(const char* name) {
-  return NewMatching(kNameKey, name);
-}
+CFMutableDictionaryRef IOServiceNameMatching(const char* name) { return NewMatching(name, ""); }
 
-CFMutableDictionaryRef IOServiceMatching(const char* name) { return NewMatching(kClassKey, name); }
+CFMutableDictionaryRef IOServiceMatching(const char* name) { return NewMatching("", name); }
 
 kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDictionaryRef matching,
                                            io_iterator_t* existing) {
   static constexpr const char* kCall = "IOServiceGetMatchingServices";
-  const Dictionary& values = Deref<DictionaryObject>(matching, kCall).values();
-  const Wanted wanted = {TextUnder(values, kNameKey), TextUnder(values, kClassKey)};
+  const auto& wanted = Deref<MatchingObject>(matching, kCall);
   EntryPath path;
   std::vector<EntryPath> matches;
   for (const Entry& root : platform::ThisMachine().roots) {
@@ -125,8 +107,8 @@ kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFAllocatorRef /*allocator*/,
                                                 IOOptionBits /*options*/) {
   const EntryPath& path = platform::ServicePath(entry, "IORegistryEntryCreateCFProperties");
-  *properties = NewDictionary(std::make_unique<DictionaryObject>(path.back()->properties),
-                              &Ledger::propertyDictionaries);
+  *properties = HandOutDictionary(std::make_unique<DictionaryObject>(path.back()->properties),
+                                  ReferenceKind::kPropertyDictionary);
   return kIOReturnSuccess;
 }
 
@@ -138,5 +120,5 @@ CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_na
   if (std::string_view(plane) != kIOServicePlane) return nullptr;  // the machine has no other
   const Property* found = Search(path, Deref<platform::StringObject>(key, kCall).text, options);
   if (found == nullptr) return nullptr;
-  return platform::HandOut(platform::MakeObject(*found), &Ledger::foundValues);
+  return platform::HandOut(platform::MakeObject(*found), ReferenceKind::kFoundValue);
 }

@@ -1,4 +1,3 @@
-// The handles of registry objects.
 #include "platform/registry_handles.h"
 
 #include <unordered_map>
@@ -14,7 +13,7 @@ namespace {
 
 using RegistryObject = std::variant<EntryPath, Iterator>;
 
-// Never destroyed: what the probe leaves behind stays reachable until the end.
+// Never destroyed, so that what the probe does not release is no leak.
 std::unordered_map<io_object_t, RegistryObject>& Handles() {
   static auto& handles = *new std::unordered_map<io_object_t, RegistryObject>;
   return handles;
@@ -26,15 +25,15 @@ io_object_t NewHandle(RegistryObject object) {
   return last;
 }
 
-RegistryObject& Behind(io_object_t handle, const char* call) {
+RegistryObject& ObjectOf(io_object_t handle, const char* call) {
   const auto found = Handles().find(handle);
   if (found == Handles().end()) Misuse(call, "the handle is null or dead");
   return found->second;
 }
 
 template <typename T>
-T& Behind(io_object_t handle, const char* call) {
-  T* object = std::get_if<T>(&Behind(handle, call));
+T& ObjectOf(io_object_t handle, const char* call) {
+  T* object = std::get_if<T>(&ObjectOf(handle, call));
   if (object == nullptr) Misuse(call, "the handle is of another kind");
   return *object;
 }
@@ -42,21 +41,21 @@ T& Behind(io_object_t handle, const char* call) {
 }  // namespace
 
 io_service_t NewService(EntryPath path) {
-  OpenReferences().services += 1;
+  OpenReferences()[ReferenceKind::kService] += 1;
   return NewHandle(std::move(path));
 }
 
 io_iterator_t NewIterator(std::vector<EntryPath> matches) {
-  OpenReferences().iterators += 1;
+  OpenReferences()[ReferenceKind::kIterator] += 1;
   return NewHandle(Iterator{std::move(matches)});
 }
 
 const EntryPath& ServicePath(io_service_t service, const char* call) {
-  return Behind<EntryPath>(service, call);
+  return ObjectOf<EntryPath>(service, call);
 }
 
 Iterator& IteratorState(io_iterator_t iterator, const char* call) {
-  return Behind<Iterator>(iterator, call);
+  return ObjectOf<Iterator>(iterator, call);
 }
 
 void DropRegistryHandles() { Handles().clear(); }
@@ -64,10 +63,10 @@ void DropRegistryHandles() { Handles().clear(); }
 }  // namespace platform
 
 kern_return_t IOObjectRelease(io_object_t object) {
+  using platform::ReferenceKind;
   const bool isService =
-      std::holds_alternative<platform::EntryPath>(platform::Behind(object, "IOObjectRelease"));
-  platform::OpenReferences().*
-      (isService ? &platform::Ledger::services : &platform::Ledger::iterators) -= 1;
+      std::holds_alternative<platform::EntryPath>(platform::ObjectOf(object, "IOObjectRelease"));
+  platform::OpenReferences()[isService ? ReferenceKind::kService : ReferenceKind::kIterator] -= 1;
   platform::Handles().erase(object);
   return kIOReturnSuccess;
 }

@@ -24,7 +24,7 @@ struct Iterator {
 io_service_t NewService(EntryPath path);
 io_iterator_t NewIterator(std::vector<EntryPath> matches);
 
-// What is behind a handle; null, a dead one or one of the other kind is misuse.
+// What a handle stands for; null, a dead one or one of the other kind is misuse of `call`.
 const EntryPath& ServicePath(io_service_t service, const char* call);
 Iterator& IteratorState(io_iterator_t iterator, const char* call);
 

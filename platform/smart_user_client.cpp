@@ -1,14 +1,14 @@
-// The S.M.A.R.T. user client: its plug-in, its interface, and the road from their
-// function tables to the machine's drive.
+// The S.M.A.R.T. user client: its plug-in and its interface, whose functions ask the
+// machine's drive.
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <type_traits>
 #include <unordered_map>
 
-#include "platform/io_return.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "platform/misuse.h"
@@ -18,7 +18,14 @@
 namespace {
 
 using platform::Drive;
-using platform::kIOReturnError;
+using platform::ReferenceKind;
+
+// The results of failed calls. The probe tells success from failure only, so they are
+// not in the framework's headers.
+constexpr auto kIOReturnError = static_cast<IOReturn>(0xE00002BC);
+constexpr auto kIOReturnNoResources = static_cast<IOReturn>(0xE00002BE);
+constexpr auto kIOReturnUnsupported = static_cast<IOReturn>(0xE00002C7);
+constexpr auto kNoInterface = static_cast<HRESULT>(0x80000004);
 
 // A drive in use, shared by the plug-in and the interfaces made from it.
 class Session {
@@ -52,13 +59,11 @@ using PlugIn = Instance<IOCFPlugInInterface>;
 using SMARTInterface = Instance<IOATASMARTInterface>;
 
 template <typename Table>
-constexpr platform::ReferenceKind kKind = nullptr;
-template <>
-constexpr platform::ReferenceKind kKind<IOCFPlugInInterface> = &platform::Ledger::plugIns;
-template <>
-constexpr platform::ReferenceKind kKind<IOATASMARTInterface> = &platform::Ledger::smartInterfaces;
+constexpr ReferenceKind kKind =
+    std::is_same_v<Table, IOCFPlugInInterface> ? ReferenceKind::kPlugIn
+                                               : ReferenceKind::kSMARTInterface;
 
-// Never destroyed: what the probe leaves behind stays reachable until the end.
+// Never destroyed, so that what the probe does not release is no leak.
 template <typename Table>
 std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>& Live() {
   static auto& live = *new std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>;
@@ -70,12 +75,12 @@ Table** NewInstance(Table& table, std::shared_ptr<Session> session) {
   auto made = std::unique_ptr<Instance<Table>>(new Instance<Table>{&table, std::move(session)});
   Instance<Table>* instance = made.get();
   Live<Table>().emplace(instance, std::move(made));
-  platform::OpenReferences().*kKind<Table> += 1;
+  platform::OpenReferences()[kKind<Table>] += 1;
   return &instance->table;
 }
 
 template <typename Table>
-Instance<Table>& Behind(const void* self, const char* call) {
+Instance<Table>& InstanceOf(const void* self, const char* call) {
   const auto found = Live<Table>().find(self);
   if (found == Live<Table>().end()) platform::Misuse(call, "the interface is null or dead");
   return *found->second;
@@ -83,21 +88,21 @@ Instance<Table>& Behind(const void* self, const char* call) {
 
 template <typename Table>
 ULONG AddReference(void* self) {
-  platform::OpenReferences().*kKind<Table> += 1;
-  return ++Behind<Table>(self, "AddRef").references;
+  platform::OpenReferences()[kKind<Table>] += 1;
+  return ++InstanceOf<Table>(self, "AddRef").references;
 }
 
 template <typename Table>
 ULONG DropReference(void* self) {
-  Instance<Table>& instance = Behind<Table>(self, "Release");
-  platform::OpenReferences().*kKind<Table> -= 1;
+  Instance<Table>& instance = InstanceOf<Table>(self, "Release");
+  platform::OpenReferences()[kKind<Table>] -= 1;
   const ULONG left = --instance.references;
   if (left == 0) Live<Table>().erase(self);
   return left;
 }
 
 Drive& DriveOf(void* interface, const char* call) {
-  return Behind<IOATASMARTInterface>(interface, call).session->drive();
+  return InstanceOf<IOATASMARTInterface>(interface, call).session->drive();
 }
 
 IOReturn EnableDisable(void* interface, Boolean enable) {
@@ -139,7 +144,7 @@ bool IsSame(CFUUIDBytes one, CFUUIDBytes other) {
 }
 
 HRESULT NoFurtherInterface(void* /*self*/, REFIID /*iid*/, LPVOID* /*result*/) {
-  return platform::kNoInterface;
+  return kNoInterface;
 }
 
 HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
@@ -152,9 +157,9 @@ HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
                                       ReadData,
                                       ReadThresholds,
                                       GetIdentifyData};
-  PlugIn& plugIn = Behind<IOCFPlugInInterface>(self, "QueryInterface");
+  PlugIn& plugIn = InstanceOf<IOCFPlugInInterface>(self, "QueryInterface");
   if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID)) || !plugIn.session->Open()) {
-    return platform::kNoInterface;
+    return kNoInterface;
   }
   *result = NewInstance(table, plugIn.session);
   return S_OK;
@@ -177,16 +182,16 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
   const platform::Entry& entry =
       *platform::ServicePath(service, "IOCreatePlugInInterfaceForService").back();
   if (pluginType != kIOATASMARTUserClientTypeID || interfaceType != kIOCFPlugInInterfaceID) {
-    return platform::kIOReturnUnsupported;
+    return kIOReturnUnsupported;
   }
-  if (entry.drive == nullptr) return platform::kIOReturnNoResources;
+  if (entry.drive == nullptr) return kIOReturnNoResources;
   *theInterface = NewInstance(table, std::make_shared<Session>(entry.drive));
   *theScore = 0;
   return kIOReturnSuccess;
 }
 
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
-  Behind<IOCFPlugInInterface>(interface, "IODestroyPlugInInterface");
+  InstanceOf<IOCFPlugInInterface>(interface, "IODestroyPlugInInterface");
   DropReference<IOCFPlugInInterface>(interface);
   return kIOReturnSuccess;
 }

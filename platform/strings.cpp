@@ -1,5 +1,5 @@
 // The framework's strings: constants, and conversions to and from 8-bit text.
-#include <CoreFoundation/CoreFoundation.h>
+#include <Carbon/Carbon.h>
 #include <utf8.h>
 
 #include <algorithm>
@@ -10,12 +10,15 @@
 #include <unordered_map>
 
 #include "platform/objects.h"
-#include "platform/text_encoding.h"
 
 using platform::Deref;
 using platform::StringObject;
 
 namespace {
+
+// This layer's strings are UTF-8, and so are the 8-bit encodings of the system and
+// of the application.
+constexpr CFStringEncoding kEncodingUTF8 = 0x08000100;
 
 constexpr int kUnwrittenByte = 0xA5;
 
@@ -26,16 +29,16 @@ std::size_t AsciiPrefix(std::string_view text) {
 
 // How many bytes of `text` have a form in `encoding`.
 std::size_t ConvertiblePrefix(std::string_view text, CFStringEncoding encoding) {
-  if (encoding == platform::kEncodingUTF8) return text.size();
+  if (encoding == kEncodingUTF8) return text.size();
   return encoding == kCFStringEncodingASCII ? AsciiPrefix(text) : 0;
 }
 
 bool IsText(std::string_view bytes, CFStringEncoding encoding) {
-  if (encoding == platform::kEncodingUTF8) return utf8::is_valid(bytes.begin(), bytes.end());
+  if (encoding == kEncodingUTF8) return utf8::is_valid(bytes.begin(), bytes.end());
   return encoding == kCFStringEncodingASCII && AsciiPrefix(bytes) == bytes.size();
 }
 
-// What the platform leaves behind when it fails: part of the text, and no NUL.
+// What a failed conversion leaves in the buffer: part of the text, and no NUL.
 void LeavePartialText(std::string_view prefix, char* buffer, std::size_t size) {
   std::memset(buffer, kUnwrittenByte, size);
   prefix.copy(buffer, size);
@@ -69,7 +72,8 @@ Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
   return true;
 }
 
-CFStringEncoding CFStringGetSystemEncoding() { return platform::kEncodingUTF8; }
+CFStringEncoding CFStringGetSystemEncoding() { return kEncodingUTF8; }
+TextEncoding GetApplicationTextEncoding() { return kEncodingUTF8; }
 
 CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*/, CFDataRef data,
                                                      CFStringEncoding encoding) {
@@ -78,5 +82,5 @@ CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*
   const std::string text(bytes.begin(), bytes.end());
   if (!IsText(text, encoding)) return nullptr;
   return static_cast<CFStringRef>(
-      platform::HandOut(std::make_unique<StringObject>(text), &platform::Ledger::strings));
+      platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
 }

@@ -1,4 +1,4 @@
-// Toolbox calls: the system version, memory blocks and the text helpers.
+// Toolbox calls: the system version, memory blocks and length-prefixed text.
 #include <Carbon/Carbon.h>
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 #include "platform/machine.h"
 #include "platform/misuse.h"
 #include "platform/process_end.h"
-#include "platform/text_encoding.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ constexpr OSErr kUnknownSelector = -5551;
 constexpr int kUnclearedByte = 0xA5;
 constexpr std::size_t kLongestPascalText = 255;
 
-// Never destroyed: what the probe leaves behind stays reachable until the end.
+// Never destroyed, so that what the probe does not dispose of is no leak.
 std::unordered_set<Ptr>& MemoryBlocks() {
   static auto& blocks = *new std::unordered_set<Ptr>;
   return blocks;
@@ -43,7 +42,7 @@ Ptr NewPtr(Size byteCount) {
   if (block == nullptr) return nullptr;
   std::memset(block, kUnclearedByte, size);
   MemoryBlocks().insert(block);
-  platform::OpenReferences().memoryBlocks += 1;
+  platform::OpenReferences()[platform::ReferenceKind::kMemoryBlock] += 1;
   return block;
 }
 
@@ -51,7 +50,7 @@ void DisposePtr(Ptr pointer) {
   if (MemoryBlocks().erase(pointer) == 0) {
     platform::Misuse("DisposePtr", "the block is null or disposed of already");
   }
-  platform::OpenReferences().memoryBlocks -= 1;
+  platform::OpenReferences()[platform::ReferenceKind::kMemoryBlock] -= 1;
   std::free(pointer);
 }
 
@@ -70,5 +69,3 @@ void platform::DropMemoryBlocks() {
   for (Ptr block : MemoryBlocks()) std::free(block);
   MemoryBlocks().clear();
 }
-
-TextEncoding GetApplicationTextEncoding() { return platform::kEncodingUTF8; }

@@ -1,4 +1,3 @@
-// Discovery.
 #include "probe/discovery.h"
 
 #include <cstring>
@@ -35,8 +34,8 @@ static Boolean HasSMARTFeature(io_service_t service) {
       CFGetTypeID(number) != CFNumberGetTypeID()) {
     return false;
   }
-  SInt32 features = 0;
-  if (!CFNumberGetValue((CFNumberRef)number, kCFNumberLongType, &features)) return false;
+  SInt32 features = 0;  // where a long has 64 bits, kCFNumberLongType would write beyond it
+  if (!CFNumberGetValue((CFNumberRef)number, kCFNumberSInt32Type, &features)) return false;
   return (features & kIOATAFeatureSMART) != 0;
 }
 

@@ -1,5 +1,6 @@
 // Discovery: which devices are drives, what is asked of each, and in what order it
-// is reported. The forms of texts, blocks and lines are made elsewhere.
+// is reported. Texts are made in text/ and registry/, blocks are read in smart/, and
+// lines are printed by report_lines.
 #pragma once
 
 #include <IOKit/IOKitLib.h>

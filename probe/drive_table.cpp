@@ -1,4 +1,3 @@
-// The globals of the drive table.
 #include "probe/drive_table.h"
 
 SavedATADriveInfo *gSavedATADriveInfoArray;

@@ -1,5 +1,5 @@
-// The table of drive records and its companions. A record is plain data: what is
-// read into it and what is printed from it is discovery's and the report's.
+// The table of drive records and its companions. A record is plain data:
+// discovery.h says what fills it, report_lines.h what is printed of it.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -24,9 +24,10 @@ enum { kInterfaceInfoSize = 1024 };
 struct SavedATADriveInfo {
   char bsdName[1024];
   char capacityLabel[256];  // kept from the device before where the capacity is 0
-  Str255 productNameP;
+  Str255 productNameP;      // productName with its length in front; nothing prints it
   char productName[256];
-  char interfaceInfo[kInterfaceInfoSize];  // a length-prefixed string once it is composed
+  char interfaceInfo[kInterfaceInfoSize];  // how it is attached, a length-prefixed string;
+                                           // part of the record, though nothing prints it
   SInt64 capacityBytes;
   io_service_t service;  // of a counted drive; this and the next two are its own
   IOCFPlugInInterface **plugIn;
@@ -38,7 +39,7 @@ struct SavedATADriveInfo {
 };
 
 // One block of kMaxSavedATADrives records, allocated at start-up, never freed.
-// Records 0 to gSMARTDriveCount - 1 are the counted drives; the record behind
+// Records 0 to gSMARTDriveCount - 1 are the counted drives; the record after
 // them is the work slot, which the device in hand is read into.
 extern SavedATADriveInfo *gSavedATADriveInfoArray;
 extern SInt16 gSMARTDriveCount;

@@ -1,4 +1,3 @@
-// The report's lines.
 #include "probe/report_lines.h"
 
 #include <cstdio>

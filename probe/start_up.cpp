@@ -1,4 +1,3 @@
-// Start-up and the probe pass.
 #include "probe/start_up.h"
 
 #include "probe/discovery.h"

@@ -1,4 +1,3 @@
-// Product name, BSD name and capacity.
 #include "registry/device_description.h"
 
 #include <cstring>

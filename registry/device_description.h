@@ -1,5 +1,5 @@
 // What a drive is called, where its raw device is and how much it holds. How it is
-// attached is described elsewhere.
+// attached is in interconnect.h.
 #pragma once
 
 #include <Carbon/Carbon.h>
@@ -9,7 +9,8 @@
 // missing or unusable gives the empty text, the empty string or 0.
 
 // The product name without the blanks at its ends, ASCII: at most 256 bytes with
-// the NUL, or with the length byte.
+// the NUL, or with the length byte. The length-prefixed form belongs to the drive
+// record, though nothing prints it.
 void IOKitUtilsGetDeviceProductNameCStr(io_registry_entry_t entry, char *productName);
 void IOKitUtilsGetDeviceProductNamePStr(io_registry_entry_t entry, StringPtr productName);
 

@@ -1,4 +1,3 @@
-// The description of how a drive is attached.
 #include "registry/interconnect.h"
 
 #include <Carbon/Carbon.h>

@@ -1,4 +1,3 @@
-// Typed lookups of registry properties.
 #include "registry/property_lookups.h"
 
 #include <cstring>

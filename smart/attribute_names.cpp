@@ -1,4 +1,3 @@
-// Display names of S.M.A.R.T. attributes.
 #include "smart/attribute_names.h"
 
 #include <cstring>
@@ -6,7 +5,7 @@
 #include "probe/drive_table.h"
 
 // The no-break space of the system's 8-bit character set. It is pasted between
-// literals, so that no letter behind it is read as part of the escape.
+// literals, so that no letter after it is read as part of the escape.
 #define NBSP "\xCA"
 
 struct AttribNameRow {

@@ -1,4 +1,3 @@
-// The layout of the S.M.A.R.T. blocks.
 #include "smart/data_blocks.h"
 
 #include <cstring>

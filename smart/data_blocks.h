@@ -20,7 +20,7 @@ const UInt8 *ThresholdEntry(const ATASMARTDataThresholds *thresholds, int index)
 
 // Exchanges the two bytes of 33 words of the data block in place, whatever the
 // processor's byte order: the flags words of all entries, empty ones too, the
-// revision and two words behind the entries. A second call takes it back.
+// revision and two words after the entries. A second call undoes the first.
 void SwapSMARTDataBytes(ATASMARTData *data);
 
 // The flags word of an attribute entry, in the processor's byte order.

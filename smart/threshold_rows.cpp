@@ -1,12 +1,16 @@
-// Threshold rows.
 #include "smart/threshold_rows.h"
 
+#include <cfloat>
 #include <cstdio>
 #include <cstring>
 
 #include "probe/drive_table.h"
 #include "probe/report_lines.h"
 #include "probe/start_up.h"
+
+// Percentages are computed in single precision. A higher one, as 32-bit x86 has without
+// SSE, prints other decimals.
+static_assert(FLT_EVAL_METHOD == 0, "Float32 arithmetic must be in single precision");
 
 // Values and thresholds that are no measurement.
 enum { kNoDataValue = 100, kInvalidValue = 254, kAlwaysFailing = 255 };

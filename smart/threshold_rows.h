@@ -1,6 +1,6 @@
 // Threshold rows: each threshold of the active drive beside its attribute's value,
-// and the texts of their columns. The layout of the blocks and the form of the
-// printed line are known elsewhere.
+// and the texts of their columns. data_blocks.h knows the layout of the blocks,
+// probe/report_lines.h the form of the printed line.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -17,7 +17,7 @@ struct SavedThresholdRec {
 };
 
 // The rows of the drive evaluated last, one for each threshold that its block
-// holds, from the first row on; the rows behind them are zero.
+// holds, from the first row on; the rows after them are zero.
 extern SavedThresholdRec gSavedThresholds[kSMARTEntryCount];
 
 enum {
@@ -25,7 +25,7 @@ enum {
   kItemAttribId = 1,
   kItemThreshold = 2,
   kItemCurrentValue = 3,
-  kItemThresholdPercent = 4,
+  kItemThresholdPercent = 4,  // the threshold in percent of the value; no line prints it
   kItemStatus = 5
 };
 

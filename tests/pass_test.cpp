@@ -1,43 +1,34 @@
 // The pass as a whole: what is printed for which drive, what is called on it, and
-// what is released.
-#include <IOKit/IOCFPlugIn.h>
+// what it leaves open. The reports of the examples show the verdicts.
+#include <cstring>
 
 #include "platform/ledger.h"
-#include "probe/discovery.h"
 #include "probe/drive_table.h"
-#include "probe/start_up.h"
+#include "smart/threshold_rows.h"
 #include "tests/support.h"
 
+using platform::Dictionary;
 using platform::Entry;
 using platform::Ledger;
 using platform::OpenReferences;
+using platform::Property;
 using test::AhciDevice;
 using test::AtaDevice;
 using test::HealthyDrive;
 using test::Install;
 using test::Report;
+using enum platform::ReferenceKind;
 
 namespace {
-// A service, or 0 for a plug-in, and how many of what goes before it are left.
-std::vector<std::pair<io_object_t, int>> releases;
+
+std::string Item(SInt16 row, SInt16 item) {
+  const auto text = std::make_unique<char[]>(77);  // the most that is written
+  std::strcpy(text.get(), "untouched");
+  ThresholdsGetSetItemData(row, item, text.get());
+  return text.get();
+}
+
 }  // namespace
-
-// The linker sends the probe's calls here first.
-extern "C" {
-
-kern_return_t __real_IODestroyPlugInInterface(IOCFPlugInInterface** interface);
-kern_return_t __wrap_IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
-  releases.emplace_back(0, OpenReferences().smartInterfaces);
-  return __real_IODestroyPlugInInterface(interface);
-}
-
-kern_return_t __real_IOObjectRelease(io_object_t object);
-kern_return_t __wrap_IOObjectRelease(io_object_t object) {
-  releases.emplace_back(object, OpenReferences().plugIns);
-  return __real_IOObjectRelease(object);
-}
-
-}  // extern "C"
 
 TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
   const struct {
@@ -54,42 +45,37 @@ TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
     SCOPED_TRACE(c.version);
     auto drive = HealthyDrive();
     Install({AtaDevice(drive, "disk0", 250059350016)}, c.version);
-    const Ledger before = OpenReferences();
     test::DeviceLines lines{.path = "/dev/rdisk0", .capacity = c.capacity};
     if (c.version < 0x1030) lines.revision = lines.serial = "";
     EXPECT_EQ(Report(), c.version < 0x1020 ? "" : lines.Text());
     EXPECT_EQ(drive->calls, c.calls);
-    EXPECT_EQ(OpenReferences() == before, c.version < 0x1020);
+    EXPECT_EQ(OpenReferences() == Ledger(), c.version < 0x1020);
   }
 }
 
-TEST(Pass, FeatureFilterTurnsAtaDevicesAwayUnseen) {
-  const auto withFeatures = [](platform::Property features) {
-    Entry device = AtaDevice(HealthyDrive());
-    device.properties = {{"Device Characteristics", test::Dict({{"ATA Features", features}})}};
-    return device;
+TEST(Pass, AtaGoesByNameAndFeaturesAndAhciByClass) {
+  const auto with = [](const Property& features) {
+    return Dictionary{{"Device Characteristics", test::Dict({{"ATA Features", features}})}};
   };
-  Entry onlyAbove{"Controller", "", AtaDevice(nullptr).properties, {AtaDevice(HealthyDrive())}, {}};
-  onlyAbove.children[0].properties.clear();
-  Entry noDictionary = AtaDevice(HealthyDrive());
-  noDictionary.properties = {{"Device Characteristics", test::Integer(0x20)}};
-  Entry onlyOfClass = AtaDevice(HealthyDrive());
-  onlyOfClass.name = "Disk";
-  Entry onlyNamed = AhciDevice(HealthyDrive());
-  onlyNamed.className = "Disk";
-  Install({onlyOfClass, onlyNamed, withFeatures(test::Integer(0x5F)),
-           withFeatures(test::Integer(1LL << 32 | 0x20)),
-           withFeatures({platform::Float64Number(32.5)}), withFeatures(test::Text("32")), onlyAbove,
-           noDictionary});
+  const auto device = [](const char* name, const char* className, const Dictionary& properties) {
+    return Entry{name, className, properties, {}, HealthyDrive()};
+  };
+  const char* const ata = "IOATABlockStorageDevice";
+  const char* const ahci = "IOAHCIBlockStorageDevice";
+  const Dictionary good = with(test::Integer(0x20));
+  Install({device("Disk", ata, good), device(ahci, "Disk", good),
+           device(ata, ata, with(test::Integer(0x5F))),
+           device(ata, ata, with(test::Integer(1LL << 32 | 0x20))),
+           device(ata, ata, with({platform::Float64Number(32.5)})),
+           device(ata, ata, with(test::Text("32"))),
+           device(ata, ata, {{"Device Characteristics", test::Integer(0x20)}}),
+           Entry{"Controller", "", good, {device(ata, ata, {})}, {}}});
   EXPECT_EQ(Report(), "");
-
-  Entry bare{"Port 0", "IOAHCIBlockStorageDevice", {}, {}, HealthyDrive()};
-  Entry named = AtaDevice(HealthyDrive());
-  named.className = "Disk";
-  Install({withFeatures(test::Integer(0x21)), withFeatures({platform::Float64Number(32)}),
-           withFeatures(test::Integer(-1)), bare, named});
+  Install({device(ata, "Disk", good), device("Port 0", ahci, {}),
+           device(ata, ata, with({platform::Float64Number(32)})),
+           device(ata, ata, with(test::Integer(-1)))});
   Report();
-  EXPECT_EQ(gSMARTDriveCount, 5) << "AHCI goes by class and unfiltered, ATA by name";
+  EXPECT_EQ(gSMARTDriveCount, 4);
 }
 
 TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
@@ -104,31 +90,39 @@ TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
   EXPECT_EQ(Report(), both.Text() + one.Text());
 }
 
-TEST(Pass, ReleasesWhatCountedDrivesHoldInOrder) {
-  Install({AtaDevice(HealthyDrive()), AhciDevice(HealthyDrive()), AtaDevice(HealthyDrive()),
-           AtaDevice(nullptr)});
-  Report();  // start-up, for the table
-  const Ledger before = OpenReferences();
-  testing::internal::CaptureStdout();
-  FindAllSMARTConnections();
-  EXPECT_EQ(OpenReferences() - before, (Ledger{.propertyDictionaries = 3,
-                                               .iterators = 2,
-                                               .services = 4,
-                                               .plugIns = 3,
-                                               .smartInterfaces = 3}));
+TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
+  auto drive = HealthyDrive();
+  auto data = test::BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
+  for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
+  drive->data = data;
+  // Attribute 99 is the last of the data block, and 111 would be the next.
+  drive->thresholds = test::BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}, {99, 0}, {12, 1}});
+  (*drive->thresholds)[2 + 12 * 30] = 9;
+  Install({AtaDevice(drive)});
+  test::DeviceLines lines{.path = "/dev/rdisk0"};
+  lines.attributes =
+      "SMARTStatus:::9:::Power On Hours Count:::256:::7:::5:::Pre-Fail:OK\n"
+      "SMARTStatus:::3:::Spin-up Time:::512:::60:::21:::Life-Span:OK\n"
+      "SMARTStatus:::7:::Seek Error Rate:::256:::No Data:::6:::Pre-Fail:OK\n"
+      "SMARTStatus:::99:::Unknown Attribute:::25701:::102:::Always Passing:::Life-Span:OK\n";
+  EXPECT_EQ(Report(), lines.Text());
 
-  const Ledger beforePass = OpenReferences();
-  releases.clear();
-  SMARTPollingRoutine(nullptr, nullptr);
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(OpenReferences() - beforePass,
-            (Ledger{.propertyDictionaries = 3, .iterators = 2, .services = 1}));
-  ASSERT_EQ(releases.size(), 6U);
-  auto next = releases.begin();
-  for (int i = 0; i < 3; i++) {
-    EXPECT_EQ(*next++, std::pair(0U, beforePass.smartInterfaces + 2 - i));
-    EXPECT_EQ(*next++, std::pair(gSavedATADriveInfoArray[i].service, beforePass.plugIns + 2 - i));
+  EXPECT_EQ(Item(1, kItemAttribId), "111");
+  EXPECT_EQ(Item(1, kItemCurrentValue), "0 (Invalid)");
+  EXPECT_EQ(Item(1, kItemStatus), "Life-Span:OK");
+  EXPECT_EQ(Item(5, 6), "untouched");
+  const char* const percents[] = {"71.43%", "n/a", "35.00%", "n/a", "n/a"};
+  for (SInt16 row = 0; row < 5; row++) {
+    EXPECT_EQ(Item(row, kItemThresholdPercent), percents[row]) << row;
   }
+
+  for (std::size_t word : {0U, 364U, 368U}) std::swap(data[word], data[word + 1]);
+  for (std::size_t k = 0; k < 30; k++) std::swap(data[3 + 12 * k], data[4 + 12 * k]);
+  EXPECT_EQ(std::memcmp(&gSavedATADriveInfoArray[0].smartData, data.data(), 512), 0);
+
+  drive->thresholds = test::BlockOf({});
+  Report();
+  EXPECT_EQ(gSavedThresholds[0].attribId, 0) << "the rows of the drive before are cleared";
 }
 
 TEST(Pass, TheTableEndsWith64Drives) {
@@ -141,8 +135,7 @@ TEST(Pass, TheTableEndsWith64Drives) {
   devices.push_back(AtaDevice(nullptr, "disk66"));
   devices.push_back(AhciDevice(HealthyDrive(), "disk67"));
   Install(std::move(devices));
-  const Ledger before = OpenReferences();
   EXPECT_EQ(Report(), expected);
-  EXPECT_EQ(OpenReferences() - before,
-            (Ledger{.propertyDictionaries = 64, .iterators = 2, .services = 4, .memoryBlocks = 1}));
+  EXPECT_EQ(OpenReferences(),
+            (Ledger{{kPropertyDictionary, 64}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));
 }

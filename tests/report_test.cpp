@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <tuple>
-#include <vector>
 
 #include "report/check.h"
 #include "report/form.h"
@@ -28,11 +26,9 @@ std::string Read(const std::string& bytes, report::Listener& listener) {
   return damage;
 }
 
-struct Recorder : report::Listener {
-  void OnDrive(const report::Drive& read) override { drive = read; }
+struct Nobody : report::Listener {
+  void OnDrive(const report::Drive& /*drive*/) override {}
   void OnFailed(const std::string& /*device*/) override {}
-
-  report::Drive drive;
 };
 
 std::string Repeated(const std::string& text, int count) {
@@ -48,56 +44,6 @@ const std::string kWornStatus =
     "Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy";
 const std::string kFailingStatus = "Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted";
 
-TEST(Report, StartLineFields) {
-  const struct {
-    std::string fields;
-    std::vector<std::string> expected;
-  } kRows[] = {
-      {":::a:::b:::c:::1.0 :::1.00 TB:::  S1", {"a:::b:::c", "1.0 ", "1.00 TB", "  S1"}},
-      {"::::::::::::", {"", "", "", ""}},
-      {":::On\xCAThe:::\xC3\xA9:::\xFF\xE2\x82:::\x1B[2J\x7F\t\r",
-       {"On\u00A0The", "\u00E9", "\uFFFD\uFFFD", "\uFFFD[2J\uFFFD\uFFFD\uFFFD"}},
-      {":::\xCA\xCA:::\xC2\x9B:::\xED\xA0\x80\xF0x:::\u2028",
-       {"\u00A0\u00A0", "\uFFFD", "\uFFFD\uFFFDx", "\uFFFD"}},
-      {std::string(":::\0:::r:::c:::s", 16), {"\uFFFD", "r", "c", "s"}},
-  };
-  for (const auto& row : kRows) {
-    Recorder read;
-    EXPECT_EQ(Read("SmartDeviceStart:::d" + row.fields + "\n" + kEnd, read), "");
-    const report::Drive& drive = read.drive;
-    EXPECT_EQ((std::vector{drive.product, drive.revision, drive.capacity, drive.serial}),
-              row.expected);
-  }
-}
-
-TEST(Report, AttributeFields) {
-  const struct {
-    std::string fields;
-    report::Attribute expected;
-  } kRows[] = {
-      {"255:::a:::b:::65535:::253:::253:::Pre-Fail:OK",
-       {255, "a:::b", 65535, 253, 253, true, true, false}},
-      {"1:::n:::8704:::No Data:::Always Passing:::Life-Span:OK",
-       {1, "n", 8704, 100, 0, true, false, false}},
-      {"1:::n:::3:::7:::Always Failing:::" + kFailingStatus, {1, "n", 3, 7, 255, true, true, true}},
-      {"1:::n:::0:::254 (Invalid):::5:::" + kWornStatus, {1, "n", 0, 254, 5, false, false, true}},
-      {"1:::n:::0:::5:::254 (Invalid):::" + kWornStatus, {1, "n", 0, 5, 254, false, false, true}},
-      {"1:::::::0:::0 (Invalid):::1:::Life-Span:OK", {1, ":", 0, 0, 1, false, false, false}},
-  };
-  const auto values = [](const report::Attribute& attribute) {
-    return std::tuple(attribute.id, attribute.name, attribute.flags, attribute.value,
-                      attribute.threshold, attribute.valid, attribute.preFailure,
-                      attribute.reached);
-  };
-  for (const auto& row : kRows) {
-    Recorder read;
-    std::string bytes = kStart;
-    bytes.append("SMARTStatus:::").append(row.fields).append("\n").append(kEnd);
-    ASSERT_EQ(Read(bytes, read), "");
-    EXPECT_EQ(values(read.drive.attributes.at(0)), values(row.expected)) << row.fields;
-  }
-}
-
 TEST(Report, DamageIsToldWithItsLine) {
   const auto attribute = [](const std::string& fields) {
     return kStart + "SMARTStatus:::" + fields + "\n" + kEnd;
@@ -108,7 +54,6 @@ TEST(Report, DamageIsToldWithItsLine) {
     std::string damage;
   } kRows[] = {
       {Repeated(kStart + Repeated(kAttribute, 30) + kEnd + "GetSMARTFailed::0\n", 2), ""},
-      {"\n", "line 1: not a line of a report"},
       {kStart + kEnd + "\r\n", "line 3: not a line of a report"},
       {"SmartDeviceStart:::d:::r:::c:::s\n", "line 1: too few fields"},
       {kStart + kAttribute, "line 3: the file ends inside a drive"},
@@ -124,16 +69,14 @@ TEST(Report, DamageIsToldWithItsLine) {
       {attribute("01:::n:::0:::1:::0" + ok), "line 2: the identifier is no number to 255"},
       {attribute("1:::n:::65536:::1:::0" + ok), "line 2: the flags are no number to 65535"},
       {attribute("1:::n:::0:::256:::0" + ok), "line 2: the value is no number to 255"},
-      {attribute("1:::n:::0:::Always Passing:::0" + ok), "line 2: the value is no number to 255"},
       {attribute("1:::n:::0:::1:::99999999999999999999" + ok),
        "line 2: the threshold is no number to 255"},
       {attribute("1:::n:::0:::1:::5 " + ok), "line 2: the threshold is no number to 255"},
       {attribute("1:::n:::0:::1:::0:::Pre-Fail:ok"), "line 2: the status is none of the four"},
-      {attribute("1:::0:::1:::0" + ok), "line 2: too few fields"},
   };
   for (const auto& row : kRows) {
-    Recorder read;
-    EXPECT_EQ(Read(row.bytes, read), row.damage) << row.bytes.substr(0, 200);
+    Nobody nobody;
+    EXPECT_EQ(Read(row.bytes, nobody), row.damage) << row.bytes.substr(0, 200);
   }
 }
 
@@ -174,14 +117,18 @@ std::string Written(const std::string& bytes,
   return text;
 }
 
-// A report with what makes series or columns collide.
+// A report with what makes series or columns collide, and with bytes that are no text.
 const std::string kOdd =
     "GetSMARTFailed:/dev/a\"\\:0\n"
-    "SmartDeviceStart:::d:::\xCA\"q\\:::x:::  r :::1.00 TB::: s\n"
-    "SMARTStatus:::5:::Off\xCATrack:::13056:::21:::36:::" +
+    "SmartDeviceStart:::d:::\xCA\"q\\:::x:::  r\x1B[\x7F\t\xC2\x9B\u00E9 :::1.00 TB::: s" +
+    std::string(1, '\0') +
+    "\xFF\xE2\x82\xED\xA0\x80\u2028\n"
+    "SMARTStatus:::5:::Off\xCATrack:::13056:::21:::Always Failing:::" +
     kFailingStatus + "\n" +
     "SMARTStatus:::5:::Again:::0:::No Data:::Always Passing:::Life-Span:OK\n" +
-    "SMARTStatus:::12:::C:::12800:::9:::20:::" + kWornStatus + "\n" +
+    "SMARTStatus:::12:::C:::12800:::254 (Invalid):::20:::" + kWornStatus + "\n" +
+    "SMARTStatus:::255:::a:::b:::65535:::0 (Invalid):::253:::Pre-Fail:OK\n"
+    "SMARTStatus:::5:::n:::0:::9:::254 (Invalid):::Pre-Fail:OK\n"
     "SmartDeviceEnd:::d:::False\n"
     "GetSMARTFailed::0\n"
     "SmartDeviceStart:::d::::::::::::\n"
@@ -190,14 +137,18 @@ const std::string kOdd =
 TEST(Report, AsJson) {
   EXPECT_EQ(Written(kOdd, report::MakeJson),
             R"({"drives":[
-{"device":"d","product":" \"q\\:::x","revision":"  r ","capacity":"1.00 TB","serial":" s",)"
+{"device":"d","product":" \"q\\:::x","revision":"  r�[���é ","capacity":"1.00 TB","serial":" s�����",)"
             R"("threshold_exceeded":false,"attributes":[)"
-            R"({"id":5,"name":"Off Track","flags":13056,"flags_ata":51,"value":21,"threshold":36,)"
+            R"({"id":5,"name":"Off Track","flags":13056,"flags_ata":51,"value":21,"threshold":255,)"
             R"("valid":true,"pre_failure":true,"reached":true},)"
             R"({"id":5,"name":"Again","flags":0,"flags_ata":0,"value":100,"threshold":0,)"
             R"("valid":true,"pre_failure":false,"reached":false},)"
-            R"({"id":12,"name":"C","flags":12800,"flags_ata":50,"value":9,"threshold":20,)"
-            R"("valid":true,"pre_failure":false,"reached":true}]},
+            R"({"id":12,"name":"C","flags":12800,"flags_ata":50,"value":254,"threshold":20,)"
+            R"("valid":false,"pre_failure":false,"reached":true},)"
+            R"({"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,)"
+            R"("valid":false,"pre_failure":true,"reached":false},)"
+            R"({"id":5,"name":"n","flags":0,"flags_ata":0,"value":9,"threshold":254,)"
+            R"("valid":false,"pre_failure":true,"reached":false}]},
 {"device":"d","product":"","revision":"","capacity":"","serial":"","threshold_exceeded":true,)"
             R"("attributes":[]}
 ],"failed":["/dev/a\"\\",""]}
@@ -216,7 +167,7 @@ std::string Without(std::string text, const std::string& begin, char end) {
 TEST(Report, AsPrometheus) {
   EXPECT_EQ(
       Without(Written(kOdd, report::MakePrometheus), "#", '\n'),
-      R"(smartprobe_drive_info{drive="1",device="d",product=" \"q\\:::x",revision="  r ",capacity="1.00 TB",serial=" s"} 1
+      R"(smartprobe_drive_info{drive="1",device="d",product=" \"q\\:::x",revision="  r�[���é ",capacity="1.00 TB",serial=" s�����"} 1
 smartprobe_drive_info{drive="3",device="d",product="",revision="",capacity="",serial=""} 1
 smartprobe_drive_threshold_exceeded{drive="1",device="d"} 0
 smartprobe_drive_threshold_exceeded{drive="3",device="d"} 1
@@ -225,22 +176,27 @@ smartprobe_drive_read_failed{drive="1",device="d"} 0
 smartprobe_drive_read_failed{drive="2",device=""} 1
 smartprobe_drive_read_failed{drive="3",device="d"} 0
 smartprobe_attribute_value{drive="1",device="d",id="5",name="Off Track",kind="pre-failure"} 21
-smartprobe_attribute_value{drive="1",device="d",id="12",name="C",kind="life-span"} 9
-smartprobe_attribute_threshold{drive="1",device="d",id="5",name="Off Track",kind="pre-failure"} 36
+smartprobe_attribute_value{drive="1",device="d",id="12",name="C",kind="life-span"} 254
+smartprobe_attribute_value{drive="1",device="d",id="255",name="a:::b",kind="pre-failure"} 0
+smartprobe_attribute_threshold{drive="1",device="d",id="5",name="Off Track",kind="pre-failure"} 255
 smartprobe_attribute_threshold{drive="1",device="d",id="12",name="C",kind="life-span"} 20
+smartprobe_attribute_threshold{drive="1",device="d",id="255",name="a:::b",kind="pre-failure"} 253
 smartprobe_attribute_reached{drive="1",device="d",id="5",name="Off Track",kind="pre-failure"} 1
 smartprobe_attribute_reached{drive="1",device="d",id="12",name="C",kind="life-span"} 1
+smartprobe_attribute_reached{drive="1",device="d",id="255",name="a:::b",kind="pre-failure"} 0
 )");
 }
 
 TEST(Report, AsTable) {
   const std::string plain =
       Written(kOdd, [](std::string& text) { return report::MakeTable(text, false); });
-  EXPECT_EQ(plain, R"(d,  "q\:::x, revision r, 1.00 TB, serial s: failing
-  ID  Name         Value       Threshold  Kind         Status
-   5  Off Track       21              36  pre-failure  failing
-   5  Again      No Data  Always Passing  life-span    OK
-  12  C                9              20  life-span    reached
+  EXPECT_EQ(plain, R"(d,  "q\:::x, revision r�[���é, 1.00 TB, serial s�����: failing
+   ID  Name               Value       Threshold  Kind         Status
+    5  Off Track             21  Always Failing  pre-failure  failing
+    5  Again            No Data  Always Passing  life-span    OK
+   12  C          254 (Invalid)              20  life-span    reached
+  255  a:::b        0 (Invalid)             253  pre-failure  OK
+    5  n                      9   254 (Invalid)  pre-failure  OK
 
 d: failing
 
@@ -251,8 +207,8 @@ Could not be read:
   const std::string colored =
       Written(kOdd, [](std::string& text) { return report::MakeTable(text, true); });
   EXPECT_EQ(Without(colored, "\x1B[", 'm'), plain);
-  EXPECT_NE(colored.find("\n\x1B[31m   5  Off"), std::string::npos) << colored;
-  EXPECT_NE(colored.find("\n\x1B[33m  12  C"), std::string::npos) << colored;
+  EXPECT_NE(colored.find("\n\x1B[31m    5  Off"), std::string::npos) << colored;
+  EXPECT_NE(colored.find("\n\x1B[33m   12  C"), std::string::npos) << colored;
 }
 
 }  // namespace

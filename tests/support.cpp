@@ -1,20 +1,12 @@
 #include "tests/support.h"
 
-#include <IOKit/IOKitLib.h>
-
-#include <deque>
 #include <utility>
 
-#include "probe/drive_table.h"
+#include "platform/process_end.h"
 #include "probe/start_up.h"
 
 namespace test {
 namespace {
-
-std::deque<platform::Machine>& Machines() {
-  static std::deque<platform::Machine> machines(1);
-  return machines;
-}
 
 // A text as a drive delivers it, characters exchanged.
 void PutField(platform::Drive::Block& block, std::size_t offset, std::size_t size,
@@ -40,7 +32,7 @@ platform::Drive::Block BlockOf(std::initializer_list<BlockEntry> entries) {
 std::shared_ptr<FakeDrive> HealthyDrive(std::shared_ptr<FakeDrive> drive) {
   drive->data = BlockOf({{194, 0x22, 38}});
   drive->thresholds = BlockOf({{194, 0}});
-  drive->identify->fill('x');  // what lies behind a field must never be printed
+  drive->identify->fill('x');  // what comes after a field must never be printed
   PutField(*drive->identify, 20, 20, "SERIAL");
   PutField(*drive->identify, 46, 8, "REV");
   return drive;
@@ -69,20 +61,19 @@ std::string DeviceLines::Text() const {
          (exceeded ? ":::True\n" : ":::False\n");
 }
 
-platform::Machine& Install(std::vector<platform::Entry> roots, SInt32 systemVersion) {
-  return Machines().emplace_back(platform::Machine{systemVersion, std::move(roots), {}});
+void Install(std::vector<platform::Entry> roots, SInt32 systemVersion) {
+  platform::EndProcess();
+  platform::ThisMachine() = {systemVersion, std::move(roots), {}};
 }
 
 std::string Report() {
   gMySysVersion = 0;
-  bLittleEndianCPU = false;
-  gSMARTDriveCount = 0;
   testing::internal::CaptureStdout();
   RunProbe();
   return testing::internal::GetCapturedStdout();
 }
 
-unsigned int ServiceNamed(const char* name) {
+io_service_t ServiceNamed(const char* name) {
   io_iterator_t iterator = 0;
   IOServiceGetMatchingServices(kIOMasterPortDefault, IOServiceNameMatching(name), &iterator);
   const io_service_t service = IOIteratorNext(iterator);
@@ -92,4 +83,7 @@ unsigned int ServiceNamed(const char* name) {
 
 }  // namespace test
 
-platform::Machine& platform::ThisMachine() { return test::Machines().back(); }
+platform::Machine& platform::ThisMachine() {
+  static Machine machine;
+  return machine;
+}

@@ -1,6 +1,7 @@
 // Machines, drives and blocks made in a few lines, and a run of the probe on them.
 #pragma once
 
+#include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -75,13 +76,13 @@ struct DeviceLines {
   std::string Text() const;
 };
 
-// Makes the machine that the platform answers from. It stays alive to the end.
-platform::Machine& Install(std::vector<platform::Entry> roots, SInt32 systemVersion = 0x1068);
+// Starts a new process on a machine of these entries: nothing is open any more.
+void Install(std::vector<platform::Entry> roots, SInt32 systemVersion = 0x1068);
 
 // Runs the whole probe on the installed machine and gives what it printed.
 std::string Report();
 
 // A service handle for the first entry of that name, owned by the caller.
-unsigned int ServiceNamed(const char* name);
+io_service_t ServiceNamed(const char* name);
 
 }  // namespace test

@@ -1,8 +1,8 @@
-// Byte counts as labels.
 #include "text/byte_count_labels.h"
 
 #include <Carbon/Carbon.h>
 
+#include <cfloat>
 #include <cstdio>
 #include <cstring>
 
@@ -27,8 +27,11 @@ static const UnitRow *Unit(int index) {
   return &kUnits[index];
 }
 
-// A magnitude in its unit. Only the remainder of the last division counts, and
-// every step is in single precision: the printed decimals depend on it.
+// Labels are computed in single precision. A higher one, as 32-bit x86 has without SSE,
+// prints other decimals.
+static_assert(FLT_EVAL_METHOD == 0, "Float32 arithmetic must be in single precision");
+
+// A magnitude in its unit. Of the remainders only that of the last division counts.
 struct ScaledCount {
   int unitIndex;
   Boolean bWhole;

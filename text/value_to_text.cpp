@@ -1,4 +1,3 @@
-// Registry values as text.
 #include "text/value_to_text.h"
 
 #include <Carbon/Carbon.h>
@@ -8,8 +7,8 @@
 
 #include "probe/start_up.h"
 
-// Each fetches the number in its own type and prints it; one that cannot be
-// fetched leaves the text alone.
+// Each fetches the number and prints it; one that cannot be fetched leaves the text
+// alone.
 
 static void ConvertSInt8(CFNumberRef number, CFNumberType type, char *text, Boolean bHexadecimal) {
   SInt8 value = 0;
@@ -31,9 +30,11 @@ static void ConvertSInt16(CFNumberRef number, CFNumberType type, char *text, Boo
   }
 }
 
-static void ConvertSInt32(CFNumberRef number, CFNumberType type, char *text, Boolean bHexadecimal) {
+// Int and Long too are asked for as SInt32: the same value where a long has 32 bits, and
+// where it has 64 the own type would write beyond the variable.
+static void ConvertSInt32(CFNumberRef number, char *text, Boolean bHexadecimal) {
   SInt32 value = 0;
-  if (!CFNumberGetValue(number, type, &value)) return;
+  if (!CFNumberGetValue(number, kCFNumberSInt32Type, &value)) return;
   if (bHexadecimal) {
     sprintf(text, "%lX", (unsigned long)(UInt32)value);
   } else {
@@ -47,7 +48,7 @@ static void ConvertSInt64(CFNumberRef number, CFNumberType type, char *text, Boo
   if (bHexadecimal) {
     Buffer2HexCStr((const UInt8 *)&value, sizeof value, text);
   } else {
-    sprintf(text, "%lld", value);
+    sprintf(text, "%lld", (long long)value);
   }
 }
 
@@ -77,7 +78,7 @@ void ConvertCFNumberToCStr(CFNumberRef number, char *text, Boolean bHexadecimal)
     case kCFNumberSInt32Type:
     case kCFNumberIntType:
     case kCFNumberLongType:
-      ConvertSInt32(number, type, text, bHexadecimal);
+      ConvertSInt32(number, text, bHexadecimal);
       break;
     case kCFNumberSInt64Type:
     case kCFNumberLongLongType:
