@@ -95,9 +95,12 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   auto data = test::BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
   for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
   drive->data = data;
-  // Attribute 99 is the last of the data block, and 111 would be the next.
-  drive->thresholds = test::BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}, {99, 0}, {12, 1}});
-  (*drive->thresholds)[2 + 12 * 30] = 9;
+  // 99 is the last entry of both blocks. What comes after it would be attribute 111, and
+  // a threshold of 9.
+  auto thresholds = test::BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
+  thresholds[2 + 12 * 29] = 99;
+  thresholds[2 + 12 * 30] = 9;
+  drive->thresholds = thresholds;
   Install({AtaDevice(drive)});
   test::DeviceLines lines{.path = "/dev/rdisk0"};
   lines.attributes =
@@ -110,7 +113,7 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   EXPECT_EQ(Item(1, kItemAttribId), "111");
   EXPECT_EQ(Item(1, kItemCurrentValue), "0 (Invalid)");
   EXPECT_EQ(Item(1, kItemStatus), "Life-Span:OK");
-  EXPECT_EQ(Item(5, 6), "untouched");
+  EXPECT_EQ(Item(4, 6), "untouched");
   const char* const percents[] = {"71.43%", "n/a", "35.00%", "n/a", "n/a"};
   for (SInt16 row = 0; row < 5; row++) {
     EXPECT_EQ(Item(row, kItemThresholdPercent), percents[row]) << row;

@@ -204,7 +204,7 @@ std::string ManyKeys() {
 void ReadWithinLimits(const std::string& file) {
   const rlimit limit{.rlim_cur = kMostMemory, .rlim_max = RLIM_INFINITY};
   setrlimit(RLIMIT_AS, &limit);
-  alarm(20);
+  alarm(40);
   MessageFor(file);
   std::_Exit(0);
 }
