@@ -67,9 +67,12 @@ class Drive {
   Drive& operator=(const Drive&) = delete;
   virtual ~Drive() = default;
 
-  // Called before any other operation, for each user client that is opened on the
-  // entry. False: no S.M.A.R.T. interface.
+  // Called before any other operation, for each S.M.A.R.T. interface that is asked for.
+  // False: there is none. Nothing stays open between the operations.
   virtual bool Open() = 0;
+  // What made the last Open fail, in words for a person. What came before the failure can
+  // still be read.
+  virtual std::string OpenFailure() const { return "it cannot be opened for S.M.A.R.T. commands"; }
   // SMART ENABLE OPERATIONS, or DISABLE. False: the drive refused.
   virtual bool Enable(bool enable) = 0;
   // SMART RETURN STATUS: true when a threshold is exceeded.
@@ -78,8 +81,6 @@ class Drive {
   virtual std::optional<Block> ReadThresholds() = 0;
   // IDENTIFY DEVICE: 256 words, low byte first.
   virtual std::optional<Block> Identify() = 0;
-  // After a successful Open, when the last interface of that user client is released.
-  virtual void Close() {}
 };
 
 struct Entry {

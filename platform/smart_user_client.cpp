@@ -27,32 +27,11 @@ constexpr auto kIOReturnNoResources = static_cast<IOReturn>(0xE00002BE);
 constexpr auto kIOReturnUnsupported = static_cast<IOReturn>(0xE00002C7);
 constexpr auto kNoInterface = static_cast<HRESULT>(0x80000004);
 
-// A drive in use, shared by the plug-in and the interfaces made from it.
-class Session {
- public:
-  explicit Session(std::shared_ptr<Drive> drive) : drive_(std::move(drive)) {}
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
-  ~Session() {
-    if (open_) drive_->Close();
-  }
-
-  bool Open() {
-    if (!open_) open_ = drive_->Open();
-    return open_;
-  }
-  Drive& drive() const { return *drive_; }
-
- private:
-  std::shared_ptr<Drive> drive_;
-  bool open_ = false;
-};
-
 // An interface as the probe sees it begins with a pointer to its function table.
 template <typename Table>
 struct Instance {
   Table* table;
-  std::shared_ptr<Session> session;
+  std::shared_ptr<Drive> drive;
   ULONG references = 1;
 };
 using PlugIn = Instance<IOCFPlugInInterface>;
@@ -71,8 +50,8 @@ std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>& Live() {
 }
 
 template <typename Table>
-Table** NewInstance(Table& table, std::shared_ptr<Session> session) {
-  auto made = std::unique_ptr<Instance<Table>>(new Instance<Table>{&table, std::move(session)});
+Table** NewInstance(Table& table, std::shared_ptr<Drive> drive) {
+  auto made = std::unique_ptr<Instance<Table>>(new Instance<Table>{&table, std::move(drive)});
   Instance<Table>* instance = made.get();
   Live<Table>().emplace(instance, std::move(made));
   platform::OpenReferences()[kKind<Table>] += 1;
@@ -102,7 +81,7 @@ ULONG DropReference(void* self) {
 }
 
 Drive& DriveOf(void* interface, const char* call) {
-  return InstanceOf<IOATASMARTInterface>(interface, call).session->drive();
+  return *InstanceOf<IOATASMARTInterface>(interface, call).drive;
 }
 
 IOReturn EnableDisable(void* interface, Boolean enable) {
@@ -158,10 +137,10 @@ HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
                                       ReadThresholds,
                                       GetIdentifyData};
   PlugIn& plugIn = InstanceOf<IOCFPlugInInterface>(self, "QueryInterface");
-  if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID)) || !plugIn.session->Open()) {
+  if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID)) || !plugIn.drive->Open()) {
     return kNoInterface;
   }
-  *result = NewInstance(table, plugIn.session);
+  *result = NewInstance(table, plugIn.drive);
   return S_OK;
 }
 
@@ -185,7 +164,7 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
     return kIOReturnUnsupported;
   }
   if (entry.drive == nullptr) return kIOReturnNoResources;
-  *theInterface = NewInstance(table, std::make_shared<Session>(entry.drive));
+  *theInterface = NewInstance(table, entry.drive);
   *theScore = 0;
   return kIOReturnSuccess;
 }

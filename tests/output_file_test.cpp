@@ -31,27 +31,27 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   fs::remove_all(folder);
   fs::create_directory(folder);
   const std::string file = folder / "file";
-  tools::WriteOutputFile(file, "old");
-  tools::WriteOutputFile(file, "new");
+  tools::OutputFile(file).Finish("old");
+  tools::OutputFile(file).Finish("new");
   EXPECT_EQ(Contents(file), "new");
   const mode_t mask = umask(027);
-  tools::WriteOutputFile(file, "new");
+  tools::OutputFile(file).Finish("new");
   umask(mask);
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "as any other new file";
 
   fs::create_symlink(file, folder / "link");
   fs::create_directory(folder / "folder");
   for (const fs::path& refused : {folder / "link", folder / "folder", fs::path("/dev/null")}) {
-    EXPECT_THROW(tools::WriteOutputFile(refused, "x"), std::runtime_error) << refused;
+    EXPECT_THROW(tools::OutputFile(refused.string()), std::runtime_error) << refused;
   }
-  EXPECT_THROW(tools::WriteOutputFile(folder / "none" / "file", "x"), std::runtime_error);
+  EXPECT_THROW(tools::OutputFile((folder / "none" / "file").string()), std::runtime_error);
 
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit few{.rlim_cur = 8, .rlim_max = RLIM_INFINITY};
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   setrlimit(RLIMIT_FSIZE, &few);
-  EXPECT_THROW(tools::WriteOutputFile(file, "more than a few"), std::runtime_error);
+  EXPECT_THROW(tools::OutputFile(file).Finish("more than a few"), std::runtime_error);
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(Contents(file), "new");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 3) << "nothing else is left";

@@ -36,11 +36,11 @@ TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
     const char* calls;
     const char* capacity;
   } cases[] = {{0x101F, "", ""},
-               {0x1020, "OESDTC", "232.89 GB"},
-               {0x102F, "OESDTC", "232.89 GB"},
-               {0x1030, "OESDTIC", "232.89 GB"},
-               {0x105F, "OESDTIC", "232.89 GB"},
-               {0x1060, "OESDTIC", "250.06 GB"}};
+               {0x1020, "OESDT", "232.89 GB"},
+               {0x102F, "OESDT", "232.89 GB"},
+               {0x1030, "OESDTI", "232.89 GB"},
+               {0x105F, "OESDTI", "232.89 GB"},
+               {0x1060, "OESDTI", "250.06 GB"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.version);
     auto drive = HealthyDrive();

@@ -27,7 +27,7 @@ struct FakeDrive : platform::Drive {
   std::optional<Block> data = Block{};
   std::optional<Block> thresholds = Block{};
   std::optional<Block> identify = Block{};
-  std::string calls;  // a letter each: O E S D T I C
+  std::string calls;  // a letter each: O E S D T I
 
   bool Open() override { return Called('O', opens); }
   bool Enable(bool enable) override { return Called('E', enable && enables); }
@@ -35,7 +35,6 @@ struct FakeDrive : platform::Drive {
   std::optional<Block> ReadData() override { return Called('D', data); }
   std::optional<Block> ReadThresholds() override { return Called('T', thresholds); }
   std::optional<Block> Identify() override { return Called('I', identify); }
-  void Close() override { calls += 'C'; }
 
   virtual bool Fails(char /*call*/) { return false; }
 

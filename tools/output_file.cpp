@@ -11,8 +11,6 @@
 #include <system_error>
 #include <utility>
 
-#include "base/descriptor.h"
-
 namespace tools {
 namespace {
 
@@ -28,49 +26,7 @@ mode_t FileModeMask() {
   return mask;
 }
 
-// A file of its own name beside the one that it will replace; removed unless renamed.
-class NewFile {
- public:
-  explicit NewFile(std::string file)
-      : file_(std::move(file)),
-        path_(file_ + ".XXXXXX"),
-        descriptor_(mkostemp(path_.data(), O_CLOEXEC)) {
-    if (!descriptor_.IsOpen()) throw SystemError(file_);
-  }
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-  ~NewFile() {
-    if (!renamed_) unlink(path_.c_str());
-  }
-
-  void Write(std::string_view bytes) const {
-    while (!bytes.empty()) {
-      const ssize_t count = write(descriptor_.number(), bytes.data(), bytes.size());
-      if (count < 0) throw SystemError(file_);
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-  }
-
-  // On the disk before it has the name: a crash leaves no empty file under it.
-  void Rename() {
-    if (fchmod(descriptor_.number(), kModeBeforeMask & ~FileModeMask()) != 0)
-      throw SystemError(file_);
-    if (fsync(descriptor_.number()) != 0) throw SystemError(file_);
-    if (close(descriptor_.Release()) != 0) throw SystemError(file_);
-    if (rename(path_.c_str(), file_.c_str()) != 0) throw SystemError(file_);
-    renamed_ = true;
-  }
-
- private:
-  std::string file_;
-  std::string path_;
-  base::Descriptor descriptor_;
-  bool renamed_ = false;
-};
-
-}  // namespace
-
-void CheckOutputFile(const std::string& file) {
+void CheckReplaceable(const std::string& file) {
   struct stat status {};
   if (lstat(file.c_str(), &status) != 0) {
     if (errno == ENOENT) return;
@@ -79,11 +35,36 @@ void CheckOutputFile(const std::string& file) {
   if (!S_ISREG(status.st_mode)) throw std::runtime_error(file + ": not a regular file");
 }
 
-void WriteOutputFile(const std::string& file, std::string_view bytes) {
-  CheckOutputFile(file);
-  NewFile written(file);
-  written.Write(bytes);
-  written.Rename();
+void Write(int descriptor, std::string_view bytes, const std::string& file) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(descriptor, bytes.data(), bytes.size());
+    if (count < 0) throw SystemError(file);
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+}
+
+}  // namespace
+
+OutputFile::OutputFile(std::string file) : file_(std::move(file)), path_(file_ + ".XXXXXX") {
+  CheckReplaceable(file_);
+  descriptor_ = base::Descriptor(mkostemp(path_.data(), O_CLOEXEC));
+  if (!descriptor_.IsOpen()) throw SystemError(file_);
+}
+
+OutputFile::~OutputFile() {
+  if (!renamed_) unlink(path_.c_str());
+}
+
+// On the disk before it has the name: a crash leaves no empty file under it.
+void OutputFile::Finish(std::string_view bytes) {
+  Write(descriptor_.number(), bytes, file_);
+  if (fchmod(descriptor_.number(), kModeBeforeMask & ~FileModeMask()) != 0)
+    throw SystemError(file_);
+  if (fsync(descriptor_.number()) != 0) throw SystemError(file_);
+  if (close(descriptor_.Release()) != 0) throw SystemError(file_);
+  CheckReplaceable(file_);  // it may have changed meanwhile
+  if (rename(path_.c_str(), file_.c_str()) != 0) throw SystemError(file_);
+  renamed_ = true;
 }
 
 }  // namespace tools

@@ -4,15 +4,31 @@
 #include <string>
 #include <string_view>
 
+#include "base/descriptor.h"
+
 namespace tools {
 
-// Throws std::runtime_error when `file` exists and is no regular file: a device, a
-// folder or a link is not what a rename should replace. what() names the file.
-void CheckOutputFile(const std::string& file);
+// A new file beside `file`, which takes its place when it is whole: a reader finds the old
+// file or the new one. It is removed again unless Finish succeeds.
+class OutputFile {
+ public:
+  // Throws std::runtime_error, whose what() names the file, when it cannot be made, or when
+  // `file` exists and is no regular file: a device, a folder or a link is not what a rename
+  // should replace.
+  explicit OutputFile(std::string file);
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
 
-// Writes `bytes` into a new file beside `file` and gives that its name, so that a reader
-// finds the old file or the new one. The mode is 0666 without the bits of the umask. A
-// failure leaves the old file, removes the new one and throws as CheckOutputFile does.
-void WriteOutputFile(const std::string& file, std::string_view bytes);
+  // Writes all of the file and gives it its name. The mode is 0666 without the bits of the
+  // umask. To be called once. Throws as the constructor does; the old file is left then.
+  void Finish(std::string_view bytes);
+
+ private:
+  std::string file_;
+  std::string path_;  // of the new file
+  base::Descriptor descriptor_;
+  bool renamed_ = false;
+};
 
 }  // namespace tools

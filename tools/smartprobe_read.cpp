@@ -134,7 +134,7 @@ class Reading : public report::Listener {
     form_->Finish();
     if (options_.output.empty()) return;
     try {
-      tools::WriteOutputFile(options_.output, text_);
+      tools::OutputFile(options_.output).Finish(text_);
     } catch (const std::exception& error) {
       Tell(error.what());
     }

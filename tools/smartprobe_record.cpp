@@ -46,11 +46,10 @@ platform::Dictionary Record(const platform::Entry& device) {
 }
 
 int RecordHost(const tools::Arguments& arguments) {
-  const std::string& file = *arguments.file;
-  tools::CheckOutputFile(file);  // before any drive is woken for nothing
+  tools::OutputFile output(*arguments.file);  // before any drive is woken for nothing
   platform::Property listing = machines::ListingOf(machines::ReadLinuxMachine(), Record);
   if (arguments.Has("no-serials")) machines::MaskSerials(listing);
-  tools::WriteOutputFile(file, machines::WritePropertyList(listing));
+  output.Finish(machines::WritePropertyList(listing));
   return 0;
 }
 

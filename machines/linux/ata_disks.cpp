@@ -7,52 +7,62 @@
 #include <utility>
 
 #include "machines/linux/attributes.h"
+#include "machines/linux/identify_data.h"
 
 namespace machines {
 namespace {
 
 namespace fs = std::filesystem;
 
-// Where a device is attached: the port, and the folder of its SCSI host.
+// What a device is attached to: the folders of its path that tell.
 struct Attachment {
-  std::string port;
-  fs::path host;
+  std::string ataPort;
+  fs::path host;  // the folder of its SCSI host; empty: it has none
+  bool isOnUSB = false;
 };
 
-bool IsPortName(std::string_view name) {
-  constexpr std::string_view kPrefix = "ata";
-  return name.size() > kPrefix.size() && name.starts_with(kPrefix) &&
-         name.find_first_not_of("0123456789", kPrefix.size()) == std::string_view::npos;
+// "ata12" is `prefix` "ata" with a number.
+bool IsNumbered(std::string_view name, std::string_view prefix) {
+  return name.size() > prefix.size() && name.starts_with(prefix) &&
+         name.find_first_not_of("0123456789", prefix.size()) == std::string_view::npos;
 }
 
-// A device's folder lies in that of its port: .../ata1/host0/target0:0:0/... Disks
-// behind USB, SAS and the like have a host, but no port.
-std::optional<Attachment> FindAttachment(const fs::path& sysfs, const fs::path& device) {
+// A device's folder lies in that of what it is attached to: .../ata1/host0/target0:0:0/...
+// or .../usb2/2-1/2-1:1.0/host6/target6:0:0/...
+Attachment FindAttachment(const fs::path& sysfs, const fs::path& device) {
+  Attachment attachment;
   fs::path folder = sysfs;
-  const fs::path parts = device.lexically_relative(sysfs);
-  for (auto part = parts.begin(); part != parts.end(); ++part) {
-    folder /= *part;
-    const auto next = std::next(part);
-    if (IsPortName(part->native()) && next != parts.end()) return {{*part, folder / *next}};
+  for (const fs::path& part : device.lexically_relative(sysfs)) {
+    folder /= part;
+    if (IsNumbered(part.native(), "ata")) attachment.ataPort = part;
+    if (IsNumbered(part.native(), "usb")) attachment.isOnUSB = true;
+    if (IsNumbered(part.native(), "host")) attachment.host = folder;
   }
-  return std::nullopt;
+  return attachment;
 }
 
-// An optical drive on an ATA port is a block device too.
-bool IsDisk(const fs::path& folder) {
-  constexpr std::string_view kDirectAccess = "0";
-  return ReadText(folder / "device" / "type") == kDirectAccess;
+// Direct access, or the same with zones that the host manages. Others, such as optical
+// drives, are block devices too.
+bool IsDisk(const fs::path& device) {
+  const std::string type = ReadText(device / "type");
+  return type == "0" || type == "20";
 }
 
 std::optional<AtaDisk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
   std::error_code error;
   fs::path folder = fs::canonical(link, error);
   if (error) return std::nullopt;
-  std::optional<Attachment> attachment = FindAttachment(sysfs, folder);
-  if (!attachment || !IsDisk(folder)) return std::nullopt;
-  const fs::path host = attachment->host / "scsi_host" / attachment->host.filename();
-  return {{link.filename(), std::move(folder), std::move(attachment->port),
-           ReadText(host / "proc_name")}};
+  Attachment attachment = FindAttachment(sysfs, folder);
+  const fs::path device = folder / "device";
+  if (attachment.host.empty() || !IsDisk(device)) return std::nullopt;
+  const auto page = ReadAttribute(device / "vpd_pg89");
+  const auto identify = page ? FindIdentifyData(*page) : std::nullopt;
+  if (!identify && ReadText(device / "vendor") != "ATA") return std::nullopt;
+  const std::string host = attachment.host.filename();
+  const bool isOnAtaPort = !attachment.ataPort.empty();
+  return {{link.filename(), std::move(folder), isOnAtaPort ? attachment.ataPort : host, isOnAtaPort,
+           attachment.isOnUSB, ReadText(attachment.host / "scsi_host" / host / "proc_name"),
+           identify}};
 }
 
 bool IsNamedBefore(const AtaDisk& one, const AtaDisk& other) {

@@ -1,15 +1,19 @@
 #include "machines/linux/ata_drive.h"
 
 #include <cstdint>
+#include <string>
 #include <utility>
 
-#include "base/descriptor.h"
 #include "machines/linux/device_node.h"
+#include "machines/linux/exceeded_condition.h"
+#include "machines/linux/identify_data.h"
 #include "machines/linux/pass_through.h"
 #include "machines/linux/return_status.h"
 
 namespace machines {
 namespace {
+
+using Block = platform::Drive::Block;
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
 
@@ -21,8 +25,80 @@ constexpr AtaRegisters SMARTCommand(std::uint8_t operation) {
 constexpr AtaRegisters kReadData = SMARTCommand(0xD0);
 constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
 constexpr AtaRegisters kEnableOperations = SMARTCommand(0xD8);
-constexpr AtaRegisters kDisableOperations = SMARTCommand(0xD9);
 constexpr AtaRegisters kReturnStatus = SMARTCommand(0xDA);
+
+// What a drive told. What did not come has no value.
+struct Answers {
+  std::optional<Block> identify = {}, data = {}, thresholds = {};
+  std::optional<bool> exceeded = {};
+  bool hasSMART = true;
+  std::string failure;  // in words; empty: the drive told all that it must
+};
+
+// Asks an open node, up to the first failure.
+class Questions {
+ public:
+  explicit Questions(int node) : node_(node) {}
+
+  Answers Ask() {
+    if (Identify() && answers_.hasSMART && Enable() && ReturnStatus() && ReadData()) {
+      ReadThresholds();
+    }
+    return std::move(answers_);
+  }
+
+ private:
+  bool Fail(const char* what) {
+    answers_.failure = what;
+    return false;
+  }
+
+  // Zeros are what an adapter hands out that has asked no drive.
+  std::optional<Block> ReadAnswer(const AtaRegisters& command) const {
+    const std::optional<Block> block = ReadBlock(node_, command).block;
+    return block == Block{} ? std::nullopt : block;
+  }
+
+  bool Identify() {
+    answers_.identify = ReadAnswer(kIdentifyDevice);
+    if (!answers_.identify) return Fail("IDENTIFY DEVICE failed");
+    answers_.hasSMART = !LacksSMART(*answers_.identify);
+    MakePrintable(*answers_.identify);
+    return true;
+  }
+
+  bool Enable() {
+    const CommandEnd end = SendCommand(node_, kEnableOperations).end;
+    return end == CommandEnd::kSucceeded || Fail("S.M.A.R.T. cannot be enabled");
+  }
+
+  bool ReturnStatus() {
+    status_ = ReadReturnStatus(SendCommand(node_, kReturnStatus, Registers::kWanted));
+    if (status_ == StatusAnswer::kNone) return Fail("SMART RETURN STATUS gave no answer");
+    if (status_ != StatusAnswer::kUnsaid) answers_.exceeded = status_ == StatusAnswer::kExceeded;
+    return true;
+  }
+
+  bool ReadData() {
+    answers_.data = ReadAnswer(kReadData);
+    return answers_.data || Fail("SMART READ DATA failed");
+  }
+
+  // Newer standards let a drive do without them. One that is gone has refused nothing.
+  bool ReadThresholds() {
+    const BlockResult result = ReadBlock(node_, kReadThresholds);
+    if (result.end == CommandEnd::kFailed) return Fail("SMART READ THRESHOLDS failed");
+    answers_.thresholds = result.block;
+    if (status_ != StatusAnswer::kUnsaid) return true;
+    if (result.block) answers_.exceeded = ExceededCondition(*answers_.data, *result.block);
+    return answers_.exceeded ||
+           Fail("SMART RETURN STATUS gave no registers, and no thresholds tell");
+  }
+
+  int node_;
+  Answers answers_;
+  StatusAnswer status_ = StatusAnswer::kNone;
+};
 
 class AtaDrive : public platform::Drive {
  public:
@@ -30,31 +106,23 @@ class AtaDrive : public platform::Drive {
       : path_(std::move(node)), number_(number) {}
 
   bool Open() override {
+    answers_ = {.failure = "its device node cannot be opened"};
     if (!number_) return false;
-    node_ = OpenBlockDevice(path_, *number_);
-    if (!node_.IsOpen()) return false;
-    identify_ = ReadBlock(node_.number(), kIdentifyDevice);
-    if (!identify_) Close();
-    return identify_.has_value();
+    const base::Descriptor node = OpenBlockDevice(path_, *number_);
+    if (node.IsOpen()) answers_ = Questions(node.number()).Ask();
+    return answers_.failure.empty();
   }
-  bool Enable(bool enable) override {
-    return SendCommand(node_.number(), enable ? kEnableOperations : kDisableOperations);
-  }
-  std::optional<bool> ReturnStatus() override {
-    return ReadReturnStatus(SendForRegisters(node_.number(), kReturnStatus));
-  }
-  std::optional<Block> ReadData() override { return ReadBlock(node_.number(), kReadData); }
-  std::optional<Block> ReadThresholds() override {
-    return ReadBlock(node_.number(), kReadThresholds);
-  }
-  std::optional<Block> Identify() override { return identify_; }
-  void Close() override { node_ = base::Descriptor(); }
+  std::string OpenFailure() const override { return answers_.failure; }
+  bool Enable(bool enable) override { return enable && answers_.hasSMART; }
+  std::optional<bool> ReturnStatus() override { return answers_.exceeded; }
+  std::optional<Block> ReadData() override { return answers_.data; }
+  std::optional<Block> ReadThresholds() override { return answers_.thresholds; }
+  std::optional<Block> Identify() override { return answers_.identify; }
 
  private:
   std::filesystem::path path_;
   std::optional<dev_t> number_;
-  base::Descriptor node_;
-  std::optional<Block> identify_;
+  Answers answers_;
 };
 
 }  // namespace

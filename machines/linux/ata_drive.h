@@ -12,9 +12,11 @@
 namespace machines {
 
 // `number` is the number of the block device that `node` must be; without it the drive
-// cannot be opened. Nothing is opened before the drive's Open, which also sends IDENTIFY
-// DEVICE: a drive that may not be sent commands or does not answer has no S.M.A.R.T.
-// interface. After an Open that failed nothing is left open. One user client at a time.
+// cannot be opened. The drive's Open asks for everything, each command once, in the order
+// IDENTIFY DEVICE, ENABLE OPERATIONS, RETURN STATUS, READ DATA, READ THRESHOLDS, and closes
+// the node again; after a failure nothing more is sent. It succeeds where the drive tells
+// its condition and its data. One that says that it has no S.M.A.R.T. is asked nothing
+// more, and cannot be enabled; one that refuses only READ THRESHOLDS has none.
 std::shared_ptr<platform::Drive> MakeAtaDrive(std::filesystem::path node,
                                               std::optional<dev_t> number);
 

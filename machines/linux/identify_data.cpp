@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "base/printable_text.h"
 
@@ -11,6 +12,12 @@ namespace {
 
 using Block = platform::Drive::Block;
 
+struct Field {
+  std::size_t offset, size;
+};
+constexpr Field kSerialNumber = {20, 20};
+constexpr Field kRevision = {46, 8};
+
 std::uint16_t Word(const Block& identify, std::size_t index) {
   return static_cast<std::uint16_t>(identify[2 * index] | identify[2 * index + 1] << 8);
 }
@@ -18,13 +25,17 @@ std::uint16_t Word(const Block& identify, std::size_t index) {
 }  // namespace
 
 std::optional<Block> FindIdentifyData(std::string_view page) {
-  constexpr char kIdentifyPacketDevice = '\xA1';
+  constexpr std::size_t kPageCodeOffset = 1;
+  constexpr char kAtaInformation = '\x89';
   constexpr std::size_t kCommandOffset = 56;  // the command that the data answer
+  constexpr char kIdentifyDevice = '\xEC';
   constexpr std::size_t kDataOffset = 60;
   Block identify;
   if (page.size() < kDataOffset + identify.size()) return std::nullopt;
-  if (page[kCommandOffset] == kIdentifyPacketDevice) return std::nullopt;
+  if (page[kPageCodeOffset] != kAtaInformation) return std::nullopt;
+  if (page[kCommandOffset] != kIdentifyDevice) return std::nullopt;
   std::ranges::copy(page.substr(kDataOffset, identify.size()), identify.begin());
+  if (identify == Block{}) return std::nullopt;
   return identify;
 }
 
@@ -39,7 +50,19 @@ std::string ModelNumber(const Block& identify) {
   return base::PrintableASCII(model);
 }
 
-bool SupportsSMART(const Block& identify) { return (Word(identify, 82) & 0x0001) != 0; }
+// Word 82 means something only where word 83 says that it does.
+bool LacksSMART(const Block& identify) {
+  const bool isValid = Word(identify, 83) >> 14 == 0b01;
+  return isValid && (Word(identify, 82) & 0x0001) == 0;
+}
+
+void MakePrintable(Block& identify) {
+  const auto isOdd = [](std::uint8_t byte) { return byte != 0 && (byte < 0x20 || byte > 0x7E); };
+  for (const auto& [offset, size] : {kSerialNumber, kRevision}) {
+    const auto field = std::span(identify).subspan(offset, size);
+    std::ranges::replace_if(field, isOdd, '?');
+  }
+}
 
 // A parallel drive has zeros or all ones where a serial one has its capabilities.
 bool IsSerialATA(const Block& identify) {

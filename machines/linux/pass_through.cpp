@@ -3,8 +3,9 @@
 
 #include <scsi/sg_cmds_extra.h>
 
-#include <cstddef>
+#include <array>
 #include <cstdlib>
+#include <span>
 
 namespace machines {
 namespace {
@@ -30,46 +31,42 @@ Cdb Wrap(const AtaRegisters& registers, std::uint8_t protocol, std::uint8_t flag
   return cdb;
 }
 
-struct Outcome {
-  int status = -1;  // SCSI's; negative: the command did not get through
-  int missing = 0;  // bytes of the data
-  SenseData sense{};
-};
-
-// The library takes settings from two variables of the environment, which are cleared, so
-// that a run is the same everywhere. A disk that has to spin up first needs ten seconds or
-// so for its answer.
-Outcome Send(int node, const Cdb& cdb, void* data = nullptr, std::size_t size = 0) {
+// The library takes settings from two variables; a run is to be the same everywhere.
+// `missing` is how many bytes of the data did not come.
+CommandResult Send(int node, const Cdb& cdb, std::span<std::uint8_t> data, int& missing) {
   constexpr int kTimeoutSeconds = 20;
   constexpr int kSilent = 0;
+  constexpr int kGood = 0;
+  constexpr int kCheckCondition = 2;
   unsetenv("SG3_UTILS_DSENSE");
   unsetenv("SG3_UTILS_LINUX_NANO");
-  Outcome outcome;
-  outcome.status =
-      sg_ll_ata_pt(node, cdb.data(), static_cast<int>(cdb.size()), kTimeoutSeconds, data, nullptr,
-                   static_cast<int>(size), outcome.sense.data(),
-                   static_cast<int>(outcome.sense.size()), nullptr, 0, &outcome.missing, kSilent);
-  return outcome;
+  std::array<std::uint8_t, 64> sense{};
+  const int status =
+      sg_ll_ata_pt(node, cdb.data(), static_cast<int>(cdb.size()), kTimeoutSeconds,
+                   data.empty() ? nullptr : data.data(), nullptr, static_cast<int>(data.size()),
+                   sense.data(), static_cast<int>(sense.size()), nullptr, 0, &missing, kSilent);
+  if (status == kGood) return {CommandEnd::kSucceeded};
+  if (status == kCheckCondition) return ReadSense(sense);
+  return {};
 }
 
 }  // namespace
 
-bool SendCommand(int node, const AtaRegisters& registers) {
-  return Send(node, Wrap(registers, kNonData, 0)).status == 0;
+CommandResult SendCommand(int node, const AtaRegisters& registers, Registers returned) {
+  const std::uint8_t flags = returned == Registers::kWanted ? kReturnRegisters : 0;
+  int missing = 0;
+  return Send(node, Wrap(registers, kNonData, flags), {}, missing);
 }
 
-std::optional<Block> ReadBlock(int node, const AtaRegisters& registers) {
+BlockResult ReadBlock(int node, const AtaRegisters& registers) {
   Cdb cdb = Wrap(registers, kPIODataIn, kReadCountedBlocks);
   cdb[6] = 1;
   Block block{};
-  const Outcome outcome = Send(node, cdb, block.data(), block.size());
-  if (outcome.status != 0 || outcome.missing != 0) return std::nullopt;
-  return block;
-}
-
-SenseData SendForRegisters(int node, const AtaRegisters& registers) {
-  const Outcome outcome = Send(node, Wrap(registers, kNonData, kReturnRegisters));
-  return outcome.status < 0 ? SenseData{} : outcome.sense;
+  int missing = 0;
+  const CommandEnd end = Send(node, cdb, block, missing).end;
+  if (end != CommandEnd::kSucceeded) return {end};
+  if (missing != 0) return {};
+  return {end, block};
 }
 
 }  // namespace machines

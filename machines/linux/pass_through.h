@@ -2,10 +2,10 @@
 // themselves are ata_drive.cpp's.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 
+#include "machines/linux/sense_data.h"
 #include "platform/machine.h"
 
 namespace machines {
@@ -18,20 +18,21 @@ struct AtaRegisters {
   std::uint8_t lbaHigh = 0;
 };
 
-// As the kernel hands it out; all zero where there is none.
-using SenseData = std::array<std::uint8_t, 64>;
-
 // Each sends one command to the open `node`, once, and waits for its end, at most 20
 // seconds and what the kernel then needs to free the drive.
 
-// A command without data. False: it failed.
-bool SendCommand(int node, const AtaRegisters& registers);
+// A command without data. The registers are asked for only where they are wanted: a layer
+// that returns them makes an error of the success, which others take for one.
+enum class Registers { kUnwanted, kWanted };
+CommandResult SendCommand(int node, const AtaRegisters& registers,
+                          Registers returned = Registers::kUnwanted);
 
-// A command that reads one block. Nothing: it failed, or the block came short.
-std::optional<platform::Drive::Block> ReadBlock(int node, const AtaRegisters& registers);
+struct BlockResult {
+  CommandEnd end = CommandEnd::kFailed;
+  std::optional<platform::Drive::Block> block = std::nullopt;  // of a success
+};
 
-// A command without data whose answer is in the registers. They come in sense data,
-// which is all zero if the command did not reach the drive.
-SenseData SendForRegisters(int node, const AtaRegisters& registers);
+// A command that reads one block. One that comes short has failed.
+BlockResult ReadBlock(int node, const AtaRegisters& registers);
 
 }  // namespace machines

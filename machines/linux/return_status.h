@@ -1,15 +1,17 @@
 // The answer to SMART RETURN STATUS, which stands in two registers of the drive.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <span>
+#include "machines/linux/sense_data.h"
 
 namespace machines {
 
-// `sense` is the sense data that came with the registers. True: the drive exceeded a
-// threshold. Nothing: the command failed, or the registers are not there or hold
-// neither of the two answers.
-std::optional<bool> ReadReturnStatus(std::span<const std::uint8_t> sense);
+enum class StatusAnswer {
+  kNone,    // the command failed, or the registers hold neither of the two answers
+  kUnsaid,  // the command succeeded, but the firmware of an adapter kept the registers
+  kNotExceeded,
+  kExceeded,  // the drive exceeded a threshold
+};
+
+StatusAnswer ReadReturnStatus(const CommandResult& result);
 
 }  // namespace machines

@@ -24,27 +24,25 @@ using platform::Property;
 
 constexpr SInt32 kSystemVersion = 0x1068;  // 10.6.8
 
-struct DiskFacts {
-  std::string model;
-  bool supportsSMART = true;
-  bool isSerialATA = false;
-};
-
-bool IsAHCI(const AtaDisk& disk) { return disk.hostDriver.starts_with("ahci"); }
-
-// A kernel that does not offer the page has the first 16 characters of the model.
-DiskFacts ReadFacts(const AtaDisk& disk) {
-  const fs::path device = disk.folder / "device";
-  const auto page = ReadAttribute(device / "vpd_pg89");
-  const auto identify = page ? FindIdentifyData(*page) : std::nullopt;
-  if (!identify) return {base::PrintableASCII(ReadText(device / "model"))};
-  return {ModelNumber(*identify), SupportsSMART(*identify), IsSerialATA(*identify)};
+bool IsAHCI(const AtaDisk& disk) {
+  return disk.isOnAtaPort && disk.hostDriver.find("ahci") != std::string::npos;
 }
 
-// AHCI is spoken to serial ports only. Elsewhere the drive's word counts, or else that
-// of the driver: those of serial ports only are named so.
-bool IsSerial(const AtaDisk& disk, const DiskFacts& facts) {
-  return IsAHCI(disk) || facts.isSerialATA || disk.hostDriver.starts_with("sata_");
+// Where the kernel keeps no IDENTIFY data it has the first 16 characters of the model.
+std::string Model(const AtaDisk& disk) {
+  if (disk.identify) return ModelNumber(*disk.identify);
+  return base::PrintableASCII(ReadText(disk.folder / "device" / "model"));
+}
+
+SInt32 AtaFeatures(const AtaDisk& disk) {
+  return disk.identify && LacksSMART(*disk.identify) ? 0 : kIOATAFeatureSMART;
+}
+
+// AHCI is spoken to serial ports only. Elsewhere the drive's word counts, or else that of
+// the driver: those of serial ports only are named so.
+bool IsSerial(const AtaDisk& disk) {
+  return IsAHCI(disk) || (disk.identify && IsSerialATA(*disk.identify)) ||
+         disk.hostDriver.starts_with("sata_");
 }
 
 Property Text(std::string text) { return {std::move(text)}; }
@@ -59,32 +57,37 @@ std::optional<std::int64_t> ReadSize(const AtaDisk& disk) {
   return static_cast<std::int64_t>(*sectors) * kSectorSize;
 }
 
-Entry MakeMedium(const AtaDisk& disk, const DiskFacts& facts) {
-  Entry medium{facts.model + " Media", "IOMedia", {}, {}, nullptr};
+Entry MakeMedium(const AtaDisk& disk, const std::string& model) {
+  Entry medium{model + " Media", "IOMedia", {}, {}, nullptr};
   medium.properties.push_back({"BSD Name", Text(base::PrintableASCII(disk.name))});
   if (const auto size = ReadSize(disk)) medium.properties.push_back({"Size", Integer(*size)});
   return medium;
 }
 
 Entry MakeDevice(const AtaDisk& disk, const fs::path& dev) {
-  const DiskFacts facts = ReadFacts(disk);
+  const std::string model = Model(disk);
   const char* name = IsAHCI(disk) ? "IOAHCIBlockStorageDevice" : "IOATABlockStorageDevice";
-  const SInt32 features = facts.supportsSMART ? kIOATAFeatureSMART : 0;
   Entry device{name, name, {}, {}, nullptr};
   device.properties = {
       {"Device Characteristics",
-       {Dictionary{{"Product Name", Text(facts.model)}, {"ATA Features", Integer(features)}}}},
+       {Dictionary{{"Product Name", Text(model)}, {"ATA Features", Integer(AtaFeatures(disk))}}}},
       {"Protocol Characteristics",
-       {Dictionary{{"Physical Interconnect", Text(IsSerial(disk, facts) ? "SATA" : "ATA")},
-                   {"Physical Interconnect Location", Text("Internal")}}}}};
-  device.children.push_back(MakeMedium(disk, facts));
+       {Dictionary{
+           {"Physical Interconnect", Text(IsSerial(disk) ? "SATA" : "ATA")},
+           {"Physical Interconnect Location", Text(disk.isOnUSB ? "External" : "Internal")}}}}};
+  device.children.push_back(MakeMedium(disk, model));
   device.drive = MakeAtaDrive(dev / disk.name, ReadDeviceNumber(disk.folder / "dev"));
   return device;
 }
 
+const char* PortClass(const AtaDisk& disk) {
+  if (!disk.isOnAtaPort) return "IOSCSIController";
+  return IsAHCI(disk) ? "IOAHCIPort" : "IOATAController";
+}
+
 // Two disks of one port have it twice: the order of names goes over all ports.
 Entry MakePort(const AtaDisk& disk, const fs::path& dev) {
-  Entry port{disk.port, IsAHCI(disk) ? "IOAHCIPort" : "IOATAController", {}, {}, nullptr};
+  Entry port{disk.port, PortClass(disk), {}, {}, nullptr};
   port.children.push_back(MakeDevice(disk, dev));
   return port;
 }

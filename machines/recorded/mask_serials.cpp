@@ -24,7 +24,7 @@ struct Words {
   std::size_t first, last;
 };
 constexpr Words kSerialNumber = {10, 19};
-constexpr std::array kZeroed = {Words{108, 111},   // world wide name
+constexpr std::array kZeroed = {Words{108, 115},   // world wide name, and room for more of it
                                 Words{129, 159},   // vendor specific
                                 Words{176, 205}};  // media serial number
 

@@ -24,11 +24,6 @@ void PutBlock(DriveRecording& recording, std::string_view key, const char* comma
 }
 
 void RecordAnswers(Drive& drive, DriveRecording& recording) {
-  if (!drive.Enable(true)) {
-    Put(recording.answers, kEnableFailsKey, {true});
-    recording.failures.emplace_back("S.M.A.R.T. cannot be enabled");
-    return;
-  }
   if (const std::optional<bool> exceeded = drive.ReturnStatus()) {
     Put(recording.answers, kExceededKey, {*exceeded});
   } else {
@@ -43,13 +38,16 @@ void RecordAnswers(Drive& drive, DriveRecording& recording) {
 
 DriveRecording RecordDrive(Drive& drive) {
   DriveRecording recording;
-  if (!drive.Open()) {
-    Put(recording.answers, kQueryFailsKey, {true});
-    recording.failures.emplace_back("it cannot be opened for S.M.A.R.T. commands");
-    return recording;
-  }
+  const bool isOpen = drive.Open();
+  const bool isEnabled = isOpen && drive.Enable(true);
   RecordAnswers(drive, recording);
-  drive.Close();
+  if (!isOpen) {
+    Put(recording.answers, kQueryFailsKey, {true});
+    recording.failures = {drive.OpenFailure()};
+  } else if (!isEnabled) {
+    Put(recording.answers, kEnableFailsKey, {true});
+    recording.failures = {"S.M.A.R.T. cannot be enabled"};
+  }
   return recording;
 }
 

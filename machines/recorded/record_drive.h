@@ -14,9 +14,9 @@ struct DriveRecording {
   std::vector<std::string> failures;  // what the drive did not answer, in words
 };
 
-// Opens the drive, asks it for all that a pass asks for, each once, and closes it. What
-// fails is recorded so that it fails again; after a failure to open or to enable nothing
-// more is asked.
+// Opens the drive and asks it for all that a pass asks for, each once. What fails is
+// recorded so that it fails again. Of a drive that cannot be opened or enabled what came
+// all the same is recorded too: such recordings are what people send.
 DriveRecording RecordDrive(platform::Drive& drive);
 
 }  // namespace machines

@@ -60,7 +60,7 @@ smart_read() {
 }
 
 tries=0
-until [ "$(disks | wc -l)" = 4 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ] || [ $tries = 60 ]; do
+until [ "$(disks | wc -l)" = 5 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ] || [ $tries = 60 ]; do
   sleep 1
   tries=$((tries + 1))
 done
@@ -73,6 +73,7 @@ done >/results/devices
 piix=$(named PIIX)
 long=$(named LONG)
 plain=$(named QEMU)
+layer=$(named LAYER)
 
 run switch_off sg_raw "/dev/$piix" 85 06 00 00 d9 00 00 00 00 00 4f 00 c2 00 b0 00
 run read_before smart_read
@@ -98,6 +99,7 @@ mkfifo "/dev/$piix"
 run wrong_nodes smartprobe
 delete "$piix"
 delete "$plain"
+delete "$layer"
 run none smartprobe
 
 touch /results/complete

@@ -70,6 +70,7 @@ boot() {
     -blockdev "$blank,node-name=long,size=3000592982016" \
     -blockdev "$blank,node-name=plain,size=500107862016" \
     -blockdev "$blank,node-name=scsi,size=1048576" \
+    -blockdev "$blank,node-name=layer,size=1048576" \
     -blockdev "$blank,node-name=cd,size=1048576,read-only=on" \
     -blockdev "driver=file,node-name=results,filename=$work/results.tar" \
     -device "ide-hd,bus=ide.0,drive=piix,model=PIIX DISK,serial=  WD-1,ver=1.0" \
@@ -79,6 +80,7 @@ boot() {
     -device ide-hd,bus=ahci.1,drive=plain,serial=S,ver=2 \
     -device virtio-blk-pci,drive=results \
     -device virtio-scsi-pci -device 'scsi-hd,drive=scsi,product=SCSI DISK' \
+    -device 'scsi-hd,drive=layer,vendor=ATA,product=LAYER' \
     </dev/null >"$work/emulator" 2>&1 || echo "the emulator ended with status $?" >>"$work/emulator"
   mkdir "$results"
   if ! tar -xf "$work/results.tar" -C "$results" || [ ! -e "$results/complete" ]; then
@@ -141,10 +143,18 @@ failure() {
   echo "GetSMARTFailed:/dev/r${!1}:0"
 }
 
+# ata FUNCTION: what it prints for the drive that is no AHCI one. Beside it stands the disk
+# that the kernel tells as ATA too, but whose layer passes no commands on.
+ata() {
+  [[ $piix > $layer ]] || "$1" piix
+  [ "$1" = five_commands ] || failure layer
+  [[ $piix < $layer ]] || "$1" piix
+}
+
 # each FUNCTION: what it prints for every drive, in the report's order. The kernel looks
 # at the AHCI ports side by side, so that either disk may have got the first name.
 each() {
-  "$1" piix
+  ata "$1"
   if [[ $long < $plain ]]; then
     "$1" long && "$1" plain
   else
@@ -163,10 +173,18 @@ five_commands() {
   done
 }
 
+# expect_recording NAME: it says nothing but that the disk behind the layer has not answered.
+expect_recording() {
+  expect_status "$1" 0
+  diff -u - "$results/$1.err" <<<"smartprobe-record: $layer: IDENTIFY DEVICE failed" >&2 ||
+    fail "the messages of $1"
+}
+
 judge() {
   piix=$(awk '/PIIX/ { print $1 }' "$results/devices")
   long=$(awk '/LONG/ { print $1 }' "$results/devices")
   plain=$(awk '/QEMU/ { print $1 }' "$results/devices")
+  layer=$(awk '/LAYER/ { print $1 }' "$results/devices")
   expect_status switch_off 0
   [ "$(cat "$results/read_before.status")" != 0 ] || fail 'S.M.A.R.T. was not off at first'
   each drive | expect live
@@ -179,20 +197,20 @@ judge() {
   expect_commands member </dev/null
   expect_status member_reads 0
 
-  expect record </dev/null
+  expect_recording record
   each drive | expect replay
-  expect record_no_serials </dev/null
+  expect_recording record_no_serials
   each drive | sed "/^SmartDeviceStart/ { s/$long_serial/XXXXXXXXXXXXXXXXXXXX/; s/WD-1/XXXX/; s/:S /:X / }" |
     expect replay_no_serials
   expect_status record_member 0
   each failure | expect replay_member
-  for disk in "$piix" "$long" "$plain"; do
+  for disk in "$piix" "$long" "$plain" "$layer"; do
     grep -q "$disk" "$results/record_member.err" || fail "$disk was not named unreadable"
   done
 
   each in_the_middle | expect gone_meanwhile
-  { drive piix; drive plain; } | expect gone_before
-  { failure piix; failure plain; } | expect wrong_nodes
+  { ata drive; drive plain; } | expect gone_before
+  { ata failure; failure plain; } | expect wrong_nodes
   expect none </dev/null
 }
 
