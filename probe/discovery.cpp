@@ -121,14 +121,25 @@ static void ReportDrive(SavedATADriveInfo *drive) {
   PrintEndLine(drive);
 }
 
+// The table is full: there is no work slot, and nothing is opened. Without a line the device
+// would look as if it were not there.
+static void ReportDeviceBeyondTable(io_service_t service) {
+  char bsdName[kBSDPathSize];
+  IOKitUtilsGetBDSName(service, bsdName);
+  PrintFailureLine(bsdName);
+}
+
 static void ExamineDevice(io_service_t service, Boolean isAHCI) {
-  if (gSMARTDriveCount == kMaxSavedATADrives) return;  // the table is full: there is no work slot
   if (!isAHCI && !HasSMARTFeature(service)) return;
+  if (gSMARTDriveCount == kMaxSavedATADrives) {
+    ReportDeviceBeyondTable(service);
+    return;
+  }
 
   SavedATADriveInfo *drive = &gSavedATADriveInfoArray[gSMARTDriveCount];
   DescribeDevice(service, drive);
   if (!OpenUserClient(service, drive)) {
-    PrintFailureLine(drive);
+    PrintFailureLine(drive->bsdName);
     return;
   }
   if (!ReadSMARTState(drive)) return;

@@ -6,10 +6,11 @@
 #include <IOKit/IOKitLib.h>
 
 // Clears the drive table, which start-up has allocated, then reads and reports
-// every ATA device and after them, on a little-endian processor, every AHCI device,
-// up to kMaxSavedATADrives drives in all. The objects of the drives that it counts
-// stay open for the release loop. Where the set of ATA devices cannot be had there
-// is no AHCI pass either; an empty set is no failure.
+// every ATA device and after them, on a little-endian processor, every AHCI device.
+// When kMaxSavedATADrives drives are counted, each further device gets its failure
+// line and is not opened. The objects of the counted drives stay open for the release
+// loop. Where the set of ATA devices cannot be had there is no AHCI pass either; an
+// empty set is no failure.
 void FindAllSMARTConnections();
 
 // Works on `service`, which is not 0, and on every further service of `iterator`.

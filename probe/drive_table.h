@@ -21,8 +21,10 @@ enum {
 // A description can be three texts of 255 characters and the words between them.
 enum { kInterfaceInfoSize = 1024 };
 
+enum { kBSDPathSize = 1024 };
+
 struct SavedATADriveInfo {
-  char bsdName[1024];
+  char bsdName[kBSDPathSize];
   char capacityLabel[256];  // kept from the device before where the capacity is 0
   Str255 productNameP;      // productName with its length in front; nothing prints it
   char productName[256];

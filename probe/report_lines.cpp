@@ -33,6 +33,6 @@ void PrintEndLine(const SavedATADriveInfo *drive) {
          drive->thresholdExceeded ? "True" : "False");
 }
 
-void PrintFailureLine(const SavedATADriveInfo *drive) {
-  printf("%s%s%s%d\n", "GetSMARTFailed:", drive->bsdName, ":", 0);
+void PrintFailureLine(const char *bsdName) {
+  printf("%s%s%s%d\n", "GetSMARTFailed:", bsdName, ":", 0);
 }

@@ -16,6 +16,6 @@ void PrintAttributeLine(const char *attribId, const char *attribName, UInt16 fla
 
 void PrintEndLine(const SavedATADriveInfo *drive);
 
-// For a device whose S.M.A.R.T. user client could not be opened; of `drive` only
-// the BSD path is read.
-void PrintFailureLine(const SavedATADriveInfo *drive);
+// For a device of that BSD path whose S.M.A.R.T. user client could not be opened, or for
+// which the table has no record.
+void PrintFailureLine(const char *bsdName);

@@ -128,17 +128,27 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   EXPECT_EQ(gSavedThresholds[0].attribId, 0) << "the rows of the drive before are cleared";
 }
 
-TEST(Pass, TheTableEndsWith64Drives) {
+TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
   std::vector<Entry> devices;
   std::string expected;
-  for (int i = 0; i < 66; i++) {
+  for (int i = 0; i < 64; i++) {
     devices.push_back(AtaDevice(HealthyDrive(), "disk" + std::to_string(i)));
-    if (i < 64) expected += test::DeviceLines{.path = "/dev/rdisk" + std::to_string(i)}.Text();
+    expected += test::DeviceLines{.path = "/dev/rdisk" + std::to_string(i)}.Text();
   }
-  devices.push_back(AtaDevice(nullptr, "disk66"));
-  devices.push_back(AhciDevice(HealthyDrive(), "disk67"));
+  const auto beyond = HealthyDrive();
+  Entry noFeatures = AtaDevice(beyond, "disk65");
+  noFeatures.properties.clear();
+  devices.insert(devices.end(), {AtaDevice(beyond, "disk64", 5000), noFeatures,
+                                 AtaDevice(beyond, "disk66"), AhciDevice(beyond, "disk67")});
+  devices[63].children.clear();
+  expected.replace(expected.rfind("/dev/rdisk63"), 12, "");
+  expected.replace(expected.rfind("/dev/rdisk63"), 12, "");
   Install(std::move(devices));
-  EXPECT_EQ(Report(), expected);
+  EXPECT_EQ(Report(), expected +
+                          "GetSMARTFailed:/dev/rdisk64:0\nGetSMARTFailed:/dev/rdisk66:0\n"
+                          "GetSMARTFailed:/dev/rdisk67:0\n");
+  EXPECT_EQ(beyond->calls, "");
+  EXPECT_STREQ(gSavedATADriveInfoArray[63].bsdName, "") << "the last record stays as it is";
   EXPECT_EQ(OpenReferences(),
-            (Ledger{{kPropertyDictionary, 64}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));
+            (Ledger{{kPropertyDictionary, 67}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));
 }
