@@ -96,7 +96,7 @@ class AtaDrive : public testing::Test {
   std::string Told() {
     sent.clear();
     const std::string report = ReportOf(Host());
-    const std::string commands = sent;
+    std::string commands = sent;
     const platform::Property listing =
         machines::ListingOf(Host(), [this](const platform::Entry& entry) {
           machines::DriveRecording recording = machines::RecordDrive(*entry.drive);

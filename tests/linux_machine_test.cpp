@@ -198,7 +198,8 @@ StatusAnswer AnswerOf(const SenseBytes& sense) {
 
 // The same with bytes changed; each position is given for both formats, -1 for none.
 TEST(ReturnStatus, OnlyTheTwoDefinedAnswersOfASuccessCountInEitherFormat) {
-  constexpr auto kNone = StatusAnswer::kNone, kUnsaid = StatusAnswer::kUnsaid;
+  constexpr auto kNone = StatusAnswer::kNone;
+  constexpr auto kUnsaid = StatusAnswer::kUnsaid;
   struct Change {
     int inDescriptors, inFixed;
     std::uint8_t byte;

@@ -18,6 +18,7 @@ std::vector<Option> AllOptions(const CommandLine& line) {
 
 std::vector<option> GetoptOptions(const std::vector<Option>& options) {
   std::vector<option> known;
+  known.reserve(options.size() + 1);
   for (const Option& each : options) {
     known.push_back(
         {each.name, each.value == nullptr ? no_argument : required_argument, nullptr, 0});

@@ -16,8 +16,10 @@ constexpr std::size_t kHeaderSize = 8;  // of both formats; its last byte counts
 Bytes Used(Bytes sense) { return sense.first(std::min(sense.size(), kHeaderSize + sense[7])); }
 
 CommandEnd EndOf(std::uint8_t senseKey) {
-  constexpr std::uint8_t kNoSense = 0x00, kRecoveredError = 0x01;  // a success with registers
-  constexpr std::uint8_t kIllegalRequest = 0x05, kAbortedCommand = 0x0B;
+  constexpr std::uint8_t kNoSense = 0x00;
+  constexpr std::uint8_t kRecoveredError = 0x01;  // a success with registers
+  constexpr std::uint8_t kIllegalRequest = 0x05;
+  constexpr std::uint8_t kAbortedCommand = 0x0B;
   switch (senseKey & 0x0F) {
     case kNoSense:
     case kRecoveredError:
@@ -57,7 +59,8 @@ CommandResult ReadFixed(Bytes sense) {
 }  // namespace
 
 CommandResult ReadSense(Bytes sense) {
-  constexpr std::uint8_t kFixed = 0x70, kDescriptors = 0x72;
+  constexpr std::uint8_t kFixed = 0x70;
+  constexpr std::uint8_t kDescriptors = 0x72;
   if (sense.size() < kHeaderSize) return {};
   switch (sense[0] & 0x7F) {
     case kDescriptors:

@@ -51,8 +51,8 @@ constexpr std::array<std::uint8_t, 256> kBase64 = [] {
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::array<std::uint8_t, 256> meanings{};
   meanings.fill(kNoMeaning);
-  for (std::uint8_t i = 0; i < kDigits.size(); i++) {
-    meanings[static_cast<unsigned char>(kDigits[i])] = i;
+  for (std::size_t i = 0; i < kDigits.size(); i++) {
+    meanings[static_cast<unsigned char>(kDigits[i])] = static_cast<std::uint8_t>(i);
   }
   for (const char space : kWhiteSpace) meanings[static_cast<unsigned char>(space)] = kSpace;
   meanings['='] = kPadding;
@@ -72,8 +72,10 @@ class Base64Decoder {
     std::size_t taken = 0;
     std::uint8_t* next = next_;
     for (; taken + 4 <= text.size(); taken += 4) {
-      const std::uint32_t a = Meaning(text[taken]), b = Meaning(text[taken + 1]);
-      const std::uint32_t c = Meaning(text[taken + 2]), d = Meaning(text[taken + 3]);
+      const std::uint32_t a = Meaning(text[taken]);
+      const std::uint32_t b = Meaning(text[taken + 1]);
+      const std::uint32_t c = Meaning(text[taken + 2]);
+      const std::uint32_t d = Meaning(text[taken + 3]);
       if ((a | b | c | d) >= kSpace) break;
       next = Put(a << 18 | b << 12 | c << 6 | d, next);
     }
