@@ -51,9 +51,12 @@ Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
     int index = 0;
     const int found = getopt_long(argc, argv, ":", known.data(), &index);
     if (found == -1) break;
+    if (found == '?' && optopt != 0) {  // of one dash, of which there are none
+      throw UsageError(std::string("unknown option -") + static_cast<char>(optopt));
+    }
     const std::string argument = argv[optind - 1];
     if (found == ':') throw UsageError(argument + " needs a value");
-    if (found != 0) throw UsageError("unknown option " + argument);
+    if (found == '?') throw UsageError("unknown option " + argument);
     TakeOption(options[static_cast<std::size_t>(index)], optarg, arguments);
   }
   if (optind < argc) arguments.file = argv[optind++];
