@@ -162,10 +162,6 @@ each() {
   fi
 }
 
-in_the_middle() {
-  if [ "$1" = long ]; then failure long; else drive "$1"; fi
-}
-
 five_commands() {
   local command
   for command in b0/d0 b0/d1 b0/d8 b0/da ec/00; do
@@ -192,14 +188,6 @@ judge() {
     fail 'the messages of a recording'
   each drive | sed "/^SmartDeviceStart/ { s/$long_serial/XXXXXXXXXXXXXXXXXXXX/; s/WD-1/XXXX/; s/:S /:X / }" |
     expect replay
-  expect_status record_member 0
-  each failure | expect replay_member
-  for disk in "$piix" "$long" "$plain" "$layer"; do
-    grep -q "$disk" "$results/record_member.err" || fail "$disk was not named unreadable"
-  done
-
-  each in_the_middle | expect gone_meanwhile
-  { ata drive; drive plain; } | expect gone_before
   { ata failure; failure plain; } | expect wrong_nodes
 }
 
