@@ -67,12 +67,18 @@ void Add(const fs::path& sysfs, const BlockDevice& device) {
                      sysfs / "block" / device.name);
 }
 
-std::string ValueOf(const platform::Dictionary& values, std::string_view key) {
-  const platform::Property* found = platform::Find(values, key);
-  if (found == nullptr) return ", -";
-  const auto* text = std::get_if<std::string>(&found->value);
-  return ", " +
-         (text != nullptr ? *text : std::to_string(std::get<platform::Number>(found->value).bits));
+std::string Leaves(const platform::Dictionary& values) {
+  std::string leaves;
+  for (const auto& [key, property] : values) {
+    if (const auto* inner = std::get_if<platform::Dictionary>(&property.value)) {
+      leaves += Leaves(*inner);
+    } else if (const auto* text = std::get_if<std::string>(&property.value)) {
+      leaves += ", " + *text;
+    } else {
+      leaves += ", " + std::to_string(std::get<platform::Number>(property.value).bits);
+    }
+  }
+  return leaves;
 }
 
 // "port, class, product, features, interconnect, location, BSD name, size" of each disk.
@@ -81,16 +87,8 @@ std::string DisksIn(const fs::path& sysfs) {
   const platform::Machine machine = machines::ReadLinuxMachine(sysfs);
   for (const platform::Entry& port : machine.roots.at(0).children) {
     const platform::Entry& device = port.children.at(0);
-    const auto value = [&device](std::string_view group, std::string_view key) {
-      const platform::Property* found = platform::Find(device.properties, group);
-      return ValueOf(std::get<platform::Dictionary>(found->value), key);
-    };
-    const platform::Dictionary& medium = device.children.at(0).properties;
-    disks += port.name + ", " + device.className + value("Device Characteristics", "Product Name") +
-             value("Device Characteristics", "ATA Features") +
-             value("Protocol Characteristics", "Physical Interconnect") +
-             value("Protocol Characteristics", "Physical Interconnect Location") +
-             ValueOf(medium, "BSD Name") + ValueOf(medium, "Size");
+    disks += port.name + ", " + device.className + Leaves(device.properties) +
+             Leaves(device.children.at(0).properties);
   }
   return disks;
 }
@@ -139,7 +137,7 @@ TEST(LinuxMachine, DisksThatSpeakAtaAreEntriesWithWhatIsKnownOfThem) {
       {on("ata_piix", Page({.word82 = 0, .word83High = 0})), kAta + kModel + ", 32, SATA, " + kEnd},
       {on("ata_piix", Page({.word82 = 0xFE, .word83High = 0xFF})),
        kAta + kModel + ", 32, SATA, " + kEnd},
-      {{.hostDriver = {}, .model = {}, .size = {}}, kAta + ", 32, ATA, Internal, sda, -"},
+      {{.hostDriver = {}, .model = {}, .size = {}}, kAta + ", 32, ATA, Internal, sda"},
       {{.page = Page({.model = "  A\0B\x1B\xC3\xA9\x7F"s + std::string(31, '\0')})},
        kAhci + "A?B????, 32, SATA, " + kEnd},
       {{.name = "sd\xFF\n1", .model = "\xFFMODEL \n", .size = "5860533168\n"},
@@ -173,12 +171,11 @@ TEST(LinuxMachine, DisksThatSpeakAtaAreEntriesWithWhatIsKnownOfThem) {
 // Folders are listed in any order, and ports do not count.
 TEST(LinuxMachine, TheReportFollowsTheKernelsOrderOfNames) {
   const fs::path folder = EmptyFolder();
-  const std::vector<std::string> names{"sda", "sdb", "sdy", "sdz", "sdaa", "sdab", "sdba"};
   std::string expected;
-  for (std::size_t i = 0; i < names.size(); i++) {
-    const std::string at = "pci0/ata" + std::to_string(9 - i) + "/host0/target0:0:0/0:0:0:0";
-    Add(folder, {.name = names[i], .at = at, .host = "host0"});
-    expected += "GetSMARTFailed:/dev/r" + names[i] + ":0\n";
+  for (const std::string name : {"sda", "sdb", "sdz", "sdaa", "sdab", "sdba"}) {
+    Add(folder,
+        {.name = name, .at = "pci0/ata" + std::to_string(999 - expected.size()) + "/host3/t/l"});
+    expected += "GetSMARTFailed:/dev/r" + name + ":0\n";
   }
   test::Install(machines::ReadLinuxMachine(folder, folder / "no nodes").roots);
   EXPECT_EQ(test::Report(), expected);
