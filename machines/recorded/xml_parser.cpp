@@ -6,6 +6,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -53,6 +54,16 @@ std::size_t LengthBeforeMarkup(std::string_view file) {
 
 bool IsUTF16(std::string_view file) {
   return file.starts_with("\xFE\xFF") || file.starts_with("\xFF\xFE");
+}
+
+// Where the parser is, in bytes of what it was given; -1: nowhere. expat 2.9 has a call of
+// its own for large files, and warns of the other.
+std::int64_t ByteIndex(XML_Parser parser) {
+#if XML_MAJOR_VERSION > 2 || XML_MINOR_VERSION >= 9
+  return XML_GetCurrentByteIndex64(parser);
+#else
+  return XML_GetCurrentByteIndex(parser);
+#endif
 }
 
 // The functions that expat calls may not throw: what is thrown there is kept until expat
@@ -134,8 +145,7 @@ class Parsing {
   }
 
   std::size_t Position() const {
-    const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
-    return start_ + static_cast<std::size_t>(std::max<XML_Index>(index, 0));
+    return start_ + static_cast<std::size_t>(std::max<std::int64_t>(ByteIndex(parser_.get()), 0));
   }
   RecordingError Error(std::string_view what) const { return ErrorAt(file_, Position(), what); }
   std::string Explanation(XML_Error code) const;
