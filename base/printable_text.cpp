@@ -2,6 +2,8 @@
 
 #include <utf8.h>
 
+#include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace base {
@@ -9,20 +11,36 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-bool BreaksLine(char32_t character) {
-  return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
-         character == 0x2029;
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+// Control characters, line separators, and marks, embeddings, overrides and isolates of
+// the direction of text.
+constexpr std::array kUnfit{Range{0, 0x1F},        Range{0x7F, 0x9F},     Range{0x61C, 0x61C},
+                            Range{0x200E, 0x200F}, Range{0x2028, 0x202E}, Range{0x2066, 0x2069}};
+
+bool IsUnfit(char32_t character) {
+  return std::any_of(kUnfit.begin(), kUnfit.end(), [character](const Range& range) {
+    return character >= range.first && character <= range.last;
+  });
 }
 
 }  // namespace
 
-std::string OneLine(std::string_view text) {
+std::string ValidUTF8(std::string_view bytes) {
   std::string valid;
-  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid), kReplacement);
+  utf8::replace_invalid(bytes.begin(), bytes.end(), std::back_inserter(valid), kReplacement);
+  return valid;
+}
+
+std::string OneLine(std::string_view text) {
+  const std::string valid = ValidUTF8(text);
   std::string line;
   for (auto next = valid.cbegin(); next != valid.cend();) {
     const char32_t character = utf8::unchecked::next(next);
-    utf8::append(BreaksLine(character) ? kReplacement : character, line);
+    utf8::append(IsUnfit(character) ? kReplacement : character, line);
   }
   return line;
 }

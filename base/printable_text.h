@@ -6,8 +6,11 @@
 
 namespace base {
 
+// `bytes` as UTF-8, with U+FFFD for each sequence that is not.
+std::string ValidUTF8(std::string_view bytes);
+
 // `text` as UTF-8 for one line of a terminal, with U+FFFD for each control character,
-// line separator and sequence that is not UTF-8.
+// line separator, character that reorders the text around it and sequence that is not UTF-8.
 std::string OneLine(std::string_view text);
 
 // `text` without the padding around it (spaces, and the NULs that some drives pad

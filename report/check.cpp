@@ -2,14 +2,16 @@
 
 #include <string_view>
 
+#include "base/printable_text.h"
 #include "report/health.h"
+#include "report/text.h"
 
 namespace report {
 namespace {
 
-std::string Named(const std::string& device) { return device.empty() ? "(no path)" : device; }
+using Names = std::vector<std::string>;
 
-const char* Word(Verdict verdict) {
+std::string_view Word(Verdict verdict) {
   switch (verdict) {
     case Verdict::kOk:
       return "OK";
@@ -23,46 +25,60 @@ const char* Word(Verdict verdict) {
   return "UNKNOWN";
 }
 
-// Appends `heading` and the names after it, if there are any.
-void AppendGroup(std::string& text, std::string_view heading,
-                 const std::vector<std::string>& names) {
-  if (names.empty()) return;
+Names PathsOf(const Report& report, Health health) {
+  Names paths;
+  for (const Drive& drive : report.drives) {
+    if (HealthOf(drive) == health) paths.push_back(PathText(drive.device));
+  }
+  return paths;
+}
+
+Names NotRead(const Report& report) {
+  Names paths;
+  for (const std::string& device : report.notRead) paths.push_back(PathText(device));
+  return paths;
+}
+
+Names Untrusted(const Report& report, const Names& problems) {
+  Names all;
+  if (report.damage) all.push_back(DamageText(*report.damage));
+  for (const std::string& problem : problems) all.push_back(base::OneLine(problem));
+  return all;
+}
+
+// Appends `heading` and the names after it, if there are any, and returns whether there are.
+bool AppendGroup(std::string& text, std::string_view heading, const Names& names) {
+  if (names.empty()) return false;
   if (!text.empty()) text += "; ";
   text += heading;
   for (const std::string& name : names) {
     if (&name != &names.front()) text += ", ";
     text += name;
   }
+  return true;
+}
+
+std::string Count(std::size_t drives) {
+  if (drives == 0) return "no drives";
+  return std::to_string(drives) + (drives == 1 ? " drive" : " drives");
 }
 
 }  // namespace
 
-void Check::OnDrive(const Drive& drive) {
-  ++drives_;
-  const Health health = HealthOf(drive);
-  if (health == Health::kFailing) failing_.push_back(Named(drive.device));
-  if (health == Health::kWorn) worn_.push_back(Named(drive.device));
-}
-
-void Check::OnFailed(const std::string& device) { notRead_.push_back(Named(device)); }
-
-void Check::AddProblem(const std::string& what) { problems_.push_back(what); }
-
-Verdict Check::Worst() const {
-  if (!failing_.empty()) return Verdict::kCritical;
-  if (!notRead_.empty() || !problems_.empty() || drives_ == 0) return Verdict::kUnknown;
-  return worn_.empty() ? Verdict::kOk : Verdict::kWarning;
-}
-
-std::string Check::Summary() const {
+Judgement Check(const Report& report, const std::vector<std::string>& problems) {
   std::string found;
-  AppendGroup(found, "failing: ", failing_);
-  AppendGroup(found, "not read: ", notRead_);
-  AppendGroup(found, "", problems_);
-  AppendGroup(found, "worn: ", worn_);
-  if (found.empty() && drives_ == 0) found = "no drives";
-  if (found.empty()) found = std::to_string(drives_) + (drives_ == 1 ? " drive" : " drives");
-  return std::string("smartprobe ") + Word(Worst()) + ": " + found;
+  const bool isFailing = AppendGroup(found, "failing: ", PathsOf(report, Health::kFailing));
+  bool isUnknown = report.drives.empty();
+  isUnknown |= AppendGroup(found, "not read: ", NotRead(report));
+  isUnknown |= AppendGroup(found, "", Untrusted(report, problems));
+  bool isWarning = AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
+  isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
+  if (found.empty()) found = Count(report.drives.size());
+
+  Verdict verdict = isWarning ? Verdict::kWarning : Verdict::kOk;
+  if (isUnknown) verdict = Verdict::kUnknown;
+  if (isFailing) verdict = Verdict::kCritical;
+  return {verdict, std::string("smartprobe ").append(Word(verdict)).append(": ") + found};
 }
 
 }  // namespace report

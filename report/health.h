@@ -1,5 +1,7 @@
-// What the report says about the health of a drive, in one of three grades.
+// What the report says about the health of a drive, in one of four grades.
 #pragma once
+
+#include <string_view>
 
 #include "report/report.h"
 
@@ -8,11 +10,20 @@ namespace report {
 // Each is worse than the one before it.
 enum class Health {
   kGood,
-  kWorn,     // a life-span threshold is reached
-  kFailing,  // a pre-failure threshold is reached, or the drive reports the condition
+  kNoAttributes,  // the drive reports no condition, and nothing else is known of it
+  kWorn,          // a life-span threshold is reached
+  kFailing,       // a pre-failure threshold is reached, or the drive reports the condition
 };
 
 Health HealthOf(const Attribute& attribute);
 Health HealthOf(const Drive& drive);
+
+// What every form for people calls it.
+std::string_view HealthWord(Health health);
+
+// The attribute whose value is the least above its threshold, or the most below it; the first
+// of several. Only valid figures count, and only a threshold that can be reached and passed:
+// 1 to 253. Null: there is none. The drive owns it.
+const Attribute* NearestToThreshold(const Drive& drive);
 
 }  // namespace report

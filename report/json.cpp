@@ -1,9 +1,8 @@
-// The report as one JSON document, written a drive at a time.
+// The report as one JSON document.
+#include <cstddef>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
-#include "report/form.h"
+#include "report/forms.h"
 
 namespace report {
 namespace {
@@ -32,47 +31,23 @@ void Set(Json& object, const Drive& drive) {
   object["capacity"] = drive.capacity;
   object["serial"] = drive.serial;
   object["threshold_exceeded"] = drive.thresholdExceeded;
-  auto& attributes = object["attributes"].get_ref<Json::array_t&>();
-  attributes.resize(drive.attributes.size());
-  for (std::size_t i = 0; i < attributes.size(); ++i) Set(attributes[i], drive.attributes[i]);
+  object["attributes"] = Json::array();
+  for (const Attribute& attribute : drive.attributes)
+    Set(object["attributes"].emplace_back(), attribute);
 }
-
-class JsonForm : public Form {
- public:
-  explicit JsonForm(std::string& text) : text_(text) {}
-
-  void OnDrive(const Drive& drive) override {
-    text_ += hasDrives_ ? "," : kStart;
-    Set(drive_, drive);
-    text_ += "\n" + drive_.dump();
-    hasDrives_ = true;
-  }
-
-  void OnFailed(const std::string& device) override { failed_.push_back(device); }
-
-  void Finish() override {
-    text_ += hasDrives_ ? "\n" : kStart;
-    text_ += "],\"failed\":" + Json(failed_).dump() + "}\n";
-  }
-
- private:
-  static constexpr const char* kStart = "{\"drives\":[";
-
-  std::string& text_;
-  // One for all drives: to make its keys anew for each takes longer than to write them.
-  Json drive_ = {{"device", {}},
-                 {"product", {}},
-                 {"revision", {}},
-                 {"capacity", {}},
-                 {"serial", {}},
-                 {"threshold_exceeded", {}},
-                 {"attributes", Json::array()}};
-  bool hasDrives_ = false;
-  std::vector<std::string> failed_;
-};
 
 }  // namespace
 
-std::unique_ptr<Form> MakeJson(std::string& text) { return std::make_unique<JsonForm>(text); }
+std::string JsonText(const Report& report) {
+  std::string text = "{\"drives\":[";
+  Json object;
+  for (const Drive& drive : report.drives) {
+    if (&drive != &report.drives.front()) text += ',';
+    Set(object, drive);
+    text.append("\n").append(object.dump());
+  }
+  if (!report.drives.empty()) text += '\n';
+  return text + "],\"not_read\":" + Json(report.notRead).dump() + "}\n";
+}
 
 }  // namespace report

@@ -1,127 +1,157 @@
-// The report in the text format of Prometheus, for a textfile collector.
-#include <array>
+// The report in the text format of Prometheus, for a textfile collector: one metric after
+// the other, since the samples of each have to stand together.
 #include <bitset>
 #include <cstddef>
 #include <initializer_list>
+#include <map>
 #include <string_view>
-#include <utility>
+#include <vector>
 
-#include "report/form.h"
+#include "base/printable_text.h"
+#include "report/forms.h"
+#include "report/text.h"
 
 namespace report {
 namespace {
+
+// In characters. A label stands on many series, which a long one would blow up.
+constexpr std::size_t kMaxLabel = 64;
 
 struct Label {
   std::string_view name;
   std::string_view value;
 };
 
-// A text has no line feed, which would have to be escaped too.
-void AppendEscaped(std::string& text, std::string_view value) {
-  for (const char c : value) {
-    if (c == '\\' || c == '"') text += '\\';
-    text += c;
-  }
-}
-
 std::string Labels(std::initializer_list<Label> labels) {
   std::string text;
   for (const Label& label : labels) {
     if (!text.empty()) text += ',';
     text.append(label.name).append("=\"");
-    AppendEscaped(text, label.value);
+    for (const char c : Shortened(base::OneLine(label.value), kMaxLabel)) {
+      if (c == '\\' || c == '"') text += '\\';
+      text += c;
+    }
     text += '"';
   }
   return text;
 }
 
-// A metric with its samples so far.
-struct Metric {
-  std::string_view name;
-  std::string_view help;
-  std::string samples;
-
-  void Add(std::string_view labels, unsigned value) {
-    samples.append(name).append("{").append(labels).append("} ");
-    samples.append(std::to_string(value)).append("\n");
-  }
+struct ReadDrive {
+  const Drive* drive;
+  std::string labels;
 };
 
-void AppendMetric(std::string& text, const Metric& metric) {
-  text.append("# HELP ").append(metric.name).append(" ").append(metric.help).append("\n");
-  text.append("# TYPE ").append(metric.name).append(" gauge\n").append(metric.samples);
+struct Devices {
+  std::vector<ReadDrive> read;
+  std::vector<std::string> notRead;  // their labels
+};
+
+// Numbers the devices of one path, so that no series is there twice: first the drives that
+// were read, whose labels then do not depend on what could not be.
+Devices DevicesOf(const Report& report) {
+  std::map<std::string, std::size_t> counts;
+  const auto numbered = [&counts](std::string_view device) {
+    const std::string path = Labels({{"device", device}});
+    return Labels({{"drive", std::to_string(counts[path]++)}}) + "," + path;
+  };
+  Devices devices;
+  for (const Drive& drive : report.drives) {
+    const std::string names =
+        Labels({{"product", Trim(drive.product)}, {"serial", Trim(drive.serial)}});
+    devices.read.push_back({&drive, numbered(drive.device) + "," + names});
+  }
+  for (const std::string& device : report.notRead) devices.notRead.push_back(numbered(device));
+  return devices;
 }
 
-class PrometheusForm : public Form {
- public:
-  explicit PrometheusForm(std::string& text) : text_(text) {}
+void AppendHead(std::string& text, std::string_view name, std::string_view help) {
+  text.append("# HELP ").append(name).append(" ").append(help).append("\n");
+  text.append("# TYPE ").append(name).append(" gauge\n");
+}
 
-  void OnDrive(const Drive& drive) override {
-    const std::string place = std::to_string(places_++);
-    info_.Add(Labels({{"drive", place},
-                      {"device", drive.device},
-                      {"product", drive.product},
-                      {"revision", drive.revision},
-                      {"capacity", drive.capacity},
-                      {"serial", drive.serial}}),
-              1);
-    const std::string labels = Labels({{"drive", place}, {"device", drive.device}});
-    exceeded_.Add(labels, drive.thresholdExceeded ? 1 : 0);
-    readFailed_.Add(labels, 0);
-    AddAttributes(labels, drive);
+void AppendSample(std::string& text, std::string_view name, std::string_view labels,
+                  std::size_t value) {
+  text.append(name).append("{").append(labels).append("} ");
+  text.append(std::to_string(value)).append("\n");
+}
+
+void AppendCount(std::string& text, std::string_view name, std::string_view help,
+                 std::size_t count) {
+  AppendHead(text, name, help);
+  text.append(name).append(" ").append(std::to_string(count)).append("\n");
+}
+
+void AppendInfo(std::string& text, const Devices& devices) {
+  constexpr std::string_view kName = "smartprobe_drive_info";
+  AppendHead(text, kName, "What the drive is; always 1.");
+  for (const ReadDrive& each : devices.read) {
+    const std::string more =
+        Labels({{"revision", each.drive->revision}, {"capacity", each.drive->capacity}});
+    AppendSample(text, kName, each.labels + "," + more, 1);
   }
+}
 
-  void OnFailed(const std::string& device) override {
-    const std::string place = std::to_string(places_++);
-    readFailed_.Add(Labels({{"drive", place}, {"device", device}}), 1);
+void AppendReadFailed(std::string& text, const Devices& devices) {
+  constexpr std::string_view kName = "smartprobe_drive_read_failed";
+  AppendHead(text, kName, "Whether the drive could not be read.");
+  for (const ReadDrive& each : devices.read) AppendSample(text, kName, each.labels, 0);
+  for (const std::string& labels : devices.notRead) AppendSample(text, kName, labels, 1);
+}
+
+void AppendDriveMetric(std::string& text, std::string_view name, std::string_view help,
+                       const Devices& devices, std::size_t (*valueOf)(const Drive&)) {
+  AppendHead(text, name, help);
+  for (const ReadDrive& each : devices.read) {
+    AppendSample(text, name, each.labels, valueOf(*each.drive));
   }
+}
 
-  void Finish() override {
-    for (const Metric* metric : {&info_, &exceeded_, &readFailed_, &value_, &threshold_, &reached_})
-      AppendMetric(text_, *metric);
-  }
+std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
+  return drive.labels + "," +
+         Labels({{"id", std::to_string(attribute.id)},
+                 {"name", attribute.name},
+                 {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
+}
 
- private:
-  // A series may be there only once: the first line of an identifier counts.
-  void AddAttributes(const std::string& driveLabels, const Drive& drive) {
+// A series may be there only once: the first line of an identifier counts.
+void AppendAttributeMetric(std::string& text, std::string_view name, std::string_view help,
+                           const Devices& devices, std::size_t (*valueOf)(const Attribute&)) {
+  AppendHead(text, name, help);
+  for (const ReadDrive& each : devices.read) {
     std::bitset<256> seen;
-    for (const Attribute& attribute : drive.attributes) {
+    for (const Attribute& attribute : each.drive->attributes) {
       if (seen.test(attribute.id)) continue;
       seen.set(attribute.id);
-      AddAttribute(driveLabels, attribute);
+      AppendSample(text, name, LabelsOf(each, attribute), valueOf(attribute));
     }
   }
-
-  void AddAttribute(const std::string& driveLabels, const Attribute& attribute) {
-    const std::string labels =
-        driveLabels + "," +
-        Labels({{"id", std::to_string(attribute.id)},
-                {"name", attribute.name},
-                {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
-    value_.Add(labels, attribute.value);
-    threshold_.Add(labels, attribute.threshold);
-    reached_.Add(labels, attribute.reached ? 1 : 0);
-  }
-
-  std::string& text_;
-  std::size_t places_ = 0;
-  Metric info_{"smartprobe_drive_info", "What the drive is; always 1.", {}};
-  Metric exceeded_{"smartprobe_drive_threshold_exceeded",
-                   "Whether the drive reports that a threshold is exceeded.",
-                   {}};
-  Metric readFailed_{"smartprobe_drive_read_failed", "Whether the drive could not be read.", {}};
-  Metric value_{"smartprobe_attribute_value", "The normalized value of the attribute.", {}};
-  Metric threshold_{
-      "smartprobe_attribute_threshold", "The threshold of the attribute's value.", {}};
-  Metric reached_{"smartprobe_attribute_reached",
-                  "Whether the attribute's value has reached its threshold.",
-                  {}};
-};
+}
 
 }  // namespace
 
-std::unique_ptr<Form> MakePrometheus(std::string& text) {
-  return std::make_unique<PrometheusForm>(text);
+std::string PrometheusText(const Report& report) {
+  const Devices devices = DevicesOf(report);
+  std::string text;
+  AppendCount(text, "smartprobe_drives_read", "How many drives were read.", devices.read.size());
+  AppendCount(text, "smartprobe_drives_not_read", "How many drives could not be read.",
+              devices.notRead.size());
+  AppendInfo(text, devices);
+  AppendDriveMetric(text, "smartprobe_drive_threshold_exceeded",
+                    "Whether the drive reports that a threshold is exceeded.", devices,
+                    [](const Drive& drive) { return std::size_t{drive.thresholdExceeded}; });
+  AppendDriveMetric(text, "smartprobe_drive_attributes", "How many attributes the drive has.",
+                    devices, [](const Drive& drive) { return drive.attributes.size(); });
+  AppendReadFailed(text, devices);
+  AppendAttributeMetric(text, "smartprobe_attribute_value",
+                        "The normalized value of the attribute.", devices,
+                        [](const Attribute& attribute) { return std::size_t{attribute.value}; });
+  AppendAttributeMetric(
+      text, "smartprobe_attribute_threshold", "The threshold of the attribute's value.", devices,
+      [](const Attribute& attribute) { return std::size_t{attribute.threshold}; });
+  AppendAttributeMetric(text, "smartprobe_attribute_reached",
+                        "Whether the attribute's value has reached its threshold.", devices,
+                        [](const Attribute& attribute) { return std::size_t{attribute.reached}; });
+  return text;
 }
 
 }  // namespace report

@@ -1,14 +1,17 @@
 // What a report says, as values. report_reader.h reads it, health.h and check.h judge it,
-// form.h writes it.
+// forms.h writes it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace report {
 
-// All texts are valid UTF-8 for one line, without control characters (text.h).
+// All texts are valid UTF-8 (text.h) and may hold any character but the line feed; who
+// shows them has to make them fit for that.
 
 struct Attribute {
   std::uint8_t id = 0;
@@ -31,17 +34,15 @@ struct Drive {
   std::vector<Attribute> attributes;
 };
 
-// Takes what a report says, in its order.
-class Listener {
- public:
-  Listener() = default;
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
-  virtual ~Listener() = default;
+struct Damage {
+  std::size_t line = 0;  // from 1
+  std::string what;
+};
 
-  virtual void OnDrive(const Drive& drive) = 0;
-  // A device that could not be read.
-  virtual void OnFailed(const std::string& device) = 0;
+struct Report {
+  std::vector<Drive> drives;         // those that were read, in order
+  std::vector<std::string> notRead;  // the devices that could not be read, in order
+  std::optional<Damage> damage;      // then the rest is what came before it
 };
 
 }  // namespace report

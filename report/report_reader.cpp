@@ -1,8 +1,7 @@
 #include "report/report_reader.h"
 
-#include <cerrno>
 #include <optional>
-#include <system_error>
+#include <string>
 #include <utility>
 
 #include "report/report_lines.h"
@@ -12,33 +11,35 @@ namespace {
 
 class Lines {
  public:
-  explicit Lines(std::FILE* file) : file_(file) {}
+  explicit Lines(std::string_view bytes)
+      : rest_(bytes.substr(0, kMaxReportSize)), isCut_(bytes.size() > kMaxReportSize) {}
 
-  // The next line without its line feed, or false at the end of the file.
-  bool Next(std::string& line) {
+  // The next line without its line feed, or nothing at the end. Throws BadLine.
+  std::optional<std::string_view> Next() {
     ++number_;
-    line.clear();
-    for (int c = getc_unlocked(file_); c != EOF; c = getc_unlocked(file_)) {
-      if (c == '\n') return true;
-      if (line.size() == kMaxLineLength) throw BadLine("the line is longer than 1 MiB");
-      line += static_cast<char>(c);
+    const std::size_t end = rest_.find('\n');
+    if (end == std::string_view::npos) {
+      if (isCut_) throw BadLine("the report is larger than 4 MiB");
+      if (!rest_.empty()) throw BadLine("the file ends inside the line");
+      return std::nullopt;
     }
-    if (std::ferror(file_) != 0) throw std::system_error(errno, std::generic_category());
-    if (!line.empty()) throw BadLine("the file ends inside the line");
-    return false;
+    const std::string_view line = rest_.substr(0, end);
+    rest_.remove_prefix(end + 1);
+    return line;
   }
 
   std::size_t Number() const { return number_; }
 
  private:
-  std::FILE* file_;
+  std::string_view rest_;
+  bool isCut_;
   std::size_t number_ = 0;
 };
 
-// What the lines so far amount to.
+// Puts the lines together. Each function throws BadLine where one may not come.
 class Assembly {
  public:
-  explicit Assembly(Listener& listener) : listener_(listener) {}
+  explicit Assembly(Report& report) : report_(report) {}
 
   void Add(std::string_view text) {
     const Line line = ParseTag(text);
@@ -55,7 +56,7 @@ class Assembly {
         return;
       case LineKind::kFailure:
         CheckOutside();
-        listener_.OnFailed(ParseFailure(line.fields));
+        report_.notRead.push_back(ParseFailure(line.fields));
         return;
     }
   }
@@ -80,25 +81,26 @@ class Assembly {
     const EndLine end = ParseEnd(fields);
     if (end.device != drive_->device) throw BadLine("the end of another drive");
     drive_->thresholdExceeded = end.thresholdExceeded;
-    listener_.OnDrive(*std::exchange(drive_, std::nullopt));
+    report_.drives.push_back(*std::exchange(drive_, std::nullopt));
   }
 
-  Listener& listener_;
-  std::optional<Drive> drive_;
+  Report& report_;
+  std::optional<Drive> drive_;  // that has not ended
 };
 
 }  // namespace
 
-void ReadReport(std::FILE* file, Listener& listener) {
-  Lines lines(file);
-  Assembly assembly(listener);
+Report ParseReport(std::string_view bytes) {
+  Report report;
+  Lines lines(bytes);
+  Assembly assembly(report);
   try {
-    std::string line;
-    while (lines.Next(line)) assembly.Add(line);
+    while (const auto line = lines.Next()) assembly.Add(*line);
     assembly.End();
   } catch (const BadLine& error) {
-    throw DamagedReport(lines.Number(), error.what());
+    report.damage = Damage{lines.Number(), error.what()};
   }
+  return report;
 }
 
 }  // namespace report

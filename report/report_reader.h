@@ -2,27 +2,19 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
-#include <stdexcept>
-#include <string>
+#include <string_view>
 
 #include "report/report.h"
 
 namespace report {
 
-inline constexpr std::size_t kMaxLineLength = std::size_t{1} << 20;
+// Many times what a host with as many drives as the probe has room for can give.
+inline constexpr std::size_t kMaxReportSize = std::size_t{4} << 20;
 inline constexpr std::size_t kMaxAttributes = 30;
 
-// "line 12: what is wrong"
-struct DamagedReport : std::runtime_error {
-  DamagedReport(std::size_t line, const std::string& what)
-      : std::runtime_error("line " + std::to_string(line) + ": " + what) {}
-};
-
-// Reads the report in `file` to its end in one pass, and tells the listener of each
-// drive when it is complete and of each failed device. Keeps no more than one drive.
-// Throws DamagedReport, after the listener was told of all that came before the damage,
-// and std::system_error when `file` cannot be read; what the listener throws passes through.
-void ReadReport(std::FILE* file, Listener& listener);
+// What `bytes` say up to their end or to the first damage, which is told in the result.
+// More than kMaxReportSize bytes are damage where that size is passed: to learn of it, one
+// byte more is enough.
+Report ParseReport(std::string_view bytes);
 
 }  // namespace report

@@ -2,8 +2,6 @@
 
 #include <utf8.h>
 
-#include <algorithm>
-
 #include "base/printable_text.h"
 
 namespace report {
@@ -12,12 +10,9 @@ namespace {
 constexpr char kNoBreakByte = '\xCA';
 constexpr std::string_view kNoBreakSpace = "\u00A0";
 
-bool IsPlain(char c) { return c >= 0x20 && c < 0x7F; }
-
 }  // namespace
 
 std::string ToText(std::string_view bytes) {
-  if (std::all_of(bytes.begin(), bytes.end(), IsPlain)) return std::string(bytes);
   std::string text;
   for (const char c : bytes) {
     if (c == kNoBreakByte) {
@@ -26,10 +21,10 @@ std::string ToText(std::string_view bytes) {
       text += c;
     }
   }
-  return base::OneLine(text);
+  return base::ValidUTF8(text);
 }
 
-std::size_t Width(const std::string& text) {
+std::size_t Width(std::string_view text) {
   return static_cast<std::size_t>(utf8::unchecked::distance(text.begin(), text.end()));
 }
 
@@ -37,6 +32,21 @@ std::string_view Trim(std::string_view text) {
   const std::size_t first = text.find_first_not_of(' ');
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string Shortened(const std::string& text, std::size_t width) {
+  if (Width(text) <= width) return text;
+  auto end = text.begin();
+  utf8::unchecked::advance(end, width - 1);
+  return std::string(text.begin(), end) + "\u2026";
+}
+
+std::string PathText(std::string_view device) {
+  return device.empty() ? "(no path)" : base::OneLine(device);
+}
+
+std::string DamageText(const Damage& damage) {
+  return "line " + std::to_string(damage.line) + ": " + damage.what;
 }
 
 }  // namespace report

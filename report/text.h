@@ -1,20 +1,31 @@
-// The report's bytes as text, and how wide text is.
+// The report's bytes as text, and text as people see it.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "report/report.h"
+
 namespace report {
 
-// `bytes` as UTF-8 for one line: the byte 0xCA is a no-break space, and what is no text
-// or could command a terminal becomes U+FFFD.
+// `bytes` as UTF-8: the byte 0xCA is a no-break space, what is no text becomes U+FFFD, and
+// everything else stays as it is.
 std::string ToText(std::string_view bytes);
 
-// In code points.
-std::size_t Width(const std::string& text);
+// In code points; `text` is UTF-8.
+std::size_t Width(std::string_view text);
 
 // `text` without the blanks that pad it.
 std::string_view Trim(std::string_view text);
+
+// `text`, or of one wider than `width`, which is not 0, the start and an ellipsis.
+std::string Shortened(const std::string& text, std::size_t width);
+
+// A device's path for one line, or words for an empty one.
+std::string PathText(std::string_view device);
+
+// "line 12: what is wrong"
+std::string DamageText(const Damage& damage);
 
 }  // namespace report

@@ -16,6 +16,6 @@ colors() {
 
 program=$1
 report=$2/server.report
-[ "$(colors NO_COLOR=)" = 15 ] || fail 'not all colors on a terminal'
+[ "$(colors NO_COLOR=)" = 17 ] || fail 'not all colors on a terminal'
 [ "$(colors NO_COLOR=1)" = 0 ] || fail 'colors with NO_COLOR'
 [ "$failures" = 0 ]

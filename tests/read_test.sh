@@ -21,51 +21,57 @@ printed() {
 }
 
 heading='/dev/rdisk0, MAXTOR STM3250820A, revision 3.AAE, 250.06 GB, serial 6RY0W4LH: OK'
-critical='smartprobe CRITICAL: failing: /dev/rdisk8, /dev/rdisk9; not read: /dev/rdisk4, /dev/rdisk10, (no path)'
+critical='smartprobe CRITICAL: failing: /dev/rdisk8, /dev/rdisk9; not read: /dev/rdisk4, /dev/rdisk10, (no path); attributes not known: /dev/rdisk11, /dev/rdisk12'
 head -21 "$report" >"$work/good"
 head -30 "$report" >"$work/cut"
 
 shell 0 '' '"$0" "$1"'
 printed "$heading" 115
 cp "$work/out" "$work/table"
-for form in --table --json --prometheus; do
+for form in --table --brief --json --prometheus; do
   shell 1 "$name: cut: line 31: the file ends inside a drive\$" "\"\$0\" $form cut"
   grep -q 6RY0W4LH "$work/out" || fail "$form: what comes before the damage is lost"
-  [ $form != --json ] || [ "$(tail -1 "$work/out")" = '],"failed":["/dev/rdisk4"]}' ] ||
+  [ $form != --json ] || [ "$(tail -1 "$work/out")" = '],"not_read":["/dev/rdisk4"]}' ] ||
     fail "no document: $(tail -1 "$work/out")"
   shell 1 "$name: standard output: No space left" "\"\$0\" $form good >/dev/full"
 done
 shell 1 "$name: none: No such file or directory\$" '"$0" none'
 shell 1 "$name: /: Is a directory\$" '"$0" /'
-shell 1 "$name: /dev/zero: line 1: the line is longer than 1 MiB\$" '"$0" /dev/zero'
-for form in --table --json; do # these do not wait for the end of an endless report
-  shell 1 "$name: standard output: Broken pipe" \
-    'yes "$(cat good)" | { "$0" '$form'; echo $? >status; } | true; exit "$(cat status)"'
-done
+shell 1 "$name: -: line [0-9]*: the report is larger than 4 MiB\$" 'yes "$(cat good)" | "$0" --brief'
+shell 1 "$name: standard output: Broken pipe" \
+  'yes "$(cat good)" | head -2100 | { "$0" --json; echo $? >status; } | true; exit "$(cat status)"'
 shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 
-shell 0 '' '"$0" --check - <good'
-printed 'smartprobe OK: 1 drive' 22
+shell 0 '' '"$0" --check --brief - <good'
+printed 'smartprobe OK: 1 drive' 3
 shell 2 "${critical//[()]/.}\$" '"$0" --check --json "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
-printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 25
+printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; line 31: the file ends inside a drive' 25
+shell 1 '' '(sed -n "1p;21p" good) | "$0" --check'
+printed 'smartprobe WARNING: attributes not known: /dev/rdisk0' 2
 shell 3 '' '"$0" --check none'
 printed 'smartprobe UNKNOWN: none: No such file or directory' 1
 shell 3 '' '"$0" --check </dev/null'
 printed 'smartprobe UNKNOWN: no drives' 1
-"$program" --json --table 2>"$work/err" >"$work/out" <"$report"
-[ $? = 3 ] && [ ! -s "$work/out" ] && grep -q "^Usage: $name" "$work/err" || fail 'two forms at once'
 
-# A file is replaced whole, and not at all when there is nothing to write.
+# A file is replaced whole, and by nothing but the form of a whole report.
 shell 2 '' '"$0" --check --output file "$1"'
 printed "$critical" 1
 cmp "$work/file" "$work/table" || fail '--output'
 shell 1 "$name: none: No such" '"$0" --output file none'
+shell 1 "$name: cut: line 31: [^;]*\$" '"$0" --output file cut'
+shell 3 '' '"$0" --check --prometheus --output file cut'
+shell 2 '' 'head -80 "$1" | "$0" --check --output file'
 shell 1 "$name: file: File too large" \
   'ulimit -f 1; "$0" --prometheus --output file "$1"'
 shell 2 '' '"$0" --check --output none/file "$1"'
-printed "$critical; none/file: No such file or directory" 1
+printed "${critical%; *}; none/file: No such file or directory; ${critical##*; }" 1
+for arguments in '--json --table' '--output= file' '--output "" file' '--output'; do
+  bash -c "\"\$0\" $arguments" "$program" 2>"$work/err" >"$work/out" <"$report"
+  [ $? = 3 ] && [ ! -s "$work/out" ] && grep -q "^Usage: $name" "$work/err" || fail "$arguments"
+done
 cmp "$work/file" "$work/table" || fail 'a failure replaced the file'
+shell 1 "$name: --output=: No such file" '"$0" -- --output='
 
 [ "$failures" = 0 ]

@@ -6,18 +6,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <memory>
 #include <new>
 #include <string>
-#include <system_error>
+#include <vector>
 
-#include "base/descriptor.h"
 #include "base/input.h"
-#include "base/printable_text.h"
 #include "base/standard_streams.h"
 #include "report/check.h"
-#include "report/form.h"
+#include "report/forms.h"
 #include "report/report_reader.h"
+#include "report/text.h"
 #include "tools/output_file.h"
 #include "tools/run_program.h"
 
@@ -25,43 +23,34 @@ namespace {
 
 const tools::CommandLine kCommandLine = {
     "smartprobe-read",
-    "Prints a report for people or for monitoring.",
-    {{"table", nullptr, "For people (the default)"},
-     {"json", nullptr, "One JSON document"},
-     {"prometheus", nullptr, "The text format of Prometheus"},
-     {"check", nullptr, "One line first, and a status: 0 well, 1 worn, 2 failing, 3 unknown"},
-     {"output", "FILE", "Write the form into this file, whole or not at all"}},
-    "A report; - is standard input, which is the default",
+    "Shows what a report of smartprobe says about the drives, or hands it to monitoring.",
+    {{"table", nullptr, "Each drive with all its attributes (the default)"},
+     {"brief", nullptr, "Each drive in one line"},
+     {"json", nullptr, "One JSON document, for programs"},
+     {"prometheus", nullptr, "Metrics for Prometheus"},
+     {"check", nullptr, "Say first if all is well; status 0 well, 1 worn, 2 failing, 3 unknown"},
+     {"output", "FILE", "Print into FILE, which only a whole report replaces"}},
+    "The report; - is standard input, which is the default",
     false};
 
 // Monitoring takes this status for "unknown".
-constexpr int kUsageStatus = static_cast<int>(report::Verdict::kUnknown);
+constexpr int kUnknownStatus = static_cast<int>(report::Verdict::kUnknown);
+
+enum class Form { kTable, kBrief, kJson, kPrometheus };
 
 struct Options {
-  bool isJson = false;
-  bool isPrometheus = false;
+  Form form = Form::kTable;
   bool checks = false;
   std::string output;  // empty: standard output
   std::string file = "-";
 };
 
-// Standard output takes no more.
-struct OutputLost {
-  int error;
+// What came of a run.
+struct Reading {
+  report::Report report;
+  std::string text;                   // for standard output
+  std::vector<std::string> problems;  // besides the report's damage
 };
-
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-File Open(const std::string& name) {
-  base::Descriptor input = base::OpenInput(name);
-  File file(fdopen(input.number(), "r"));
-  if (!file) throw std::system_error(errno, std::generic_category(), name);
-  input.Release();
-  return file;
-}
 
 bool HasColors(const Options& options) {
   const char* noColor = std::getenv("NO_COLOR");
@@ -69,130 +58,101 @@ bool HasColors(const Options& options) {
   return options.output.empty() && isatty(STDOUT_FILENO) != 0;
 }
 
-std::unique_ptr<report::Form> MakeForm(const Options& options, std::string& text) {
-  if (options.isJson) return report::MakeJson(text);
-  if (options.isPrometheus) return report::MakePrometheus(text);
-  return report::MakeTable(text, HasColors(options));
+std::string TextOf(const report::Report& report, const Options& options) {
+  switch (options.form) {
+    case Form::kBrief:
+      return report::BriefText(report, HasColors(options));
+    case Form::kJson:
+      return report::JsonText(report);
+    case Form::kPrometheus:
+      return report::PrometheusText(report);
+    case Form::kTable:
+      break;
+  }
+  return report::TableText(report, HasColors(options));
 }
 
-// One run: a report on its way to the form and to the check.
-class Reading : public report::Listener {
- public:
-  explicit Reading(const Options& options) : options_(options), form_(MakeForm(options, text_)) {}
-
-  // Returns the status of the program.
-  int Run() {
-    try {
-      if (Read()) {
-        Deliver();
-      } else {
-        text_.clear();
-      }
-      if (options_.checks) PrintSummary();
-      Print();
-      if (base::FinishOutput(kCommandLine.program) != 0) hasFailed_ = true;
-    } catch (const OutputLost& lost) {
-      base::PrintError(kCommandLine.program,
-                       std::string("standard output: ") + std::strerror(lost.error));
-      hasFailed_ = true;
-    }
-    return Status();
+void Read(const Options& options, Reading& reading) {
+  reading.report = report::ParseReport(base::ReadUpTo(report::kMaxReportSize + 1, options.file));
+  if (options.output.empty()) {
+    reading.text = TextOf(reading.report, options);
+  } else if (!reading.report.damage) {
+    tools::OutputFile(options.output).Finish(TextOf(reading.report, options));
   }
+}
 
-  void OnDrive(const report::Drive& drive) override {
-    check_.OnDrive(drive);
-    form_->OnDrive(drive);
-    // A check's summary comes before the form, and a file is written whole.
-    if (!options_.checks && options_.output.empty()) Print();
+Reading TryToRead(const Options& options) {
+  Reading reading;
+  try {
+    Read(options, reading);
+  } catch (const std::bad_alloc&) {
+    reading.problems.push_back(options.file + ": out of memory");
+  } catch (const std::exception& error) {
+    reading.problems.emplace_back(error.what());
   }
+  return reading;
+}
 
-  void OnFailed(const std::string& device) override {
-    check_.OnFailed(device);
-    form_->OnFailed(device);
+// Returns 0, or kFailureStatus after a message when some of it was lost.
+int Print(const std::string& text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size()) {
+    return base::FinishOutput(kCommandLine.program);
   }
+  base::PrintError(kCommandLine.program, std::string("standard output: ") + std::strerror(errno));
+  return base::kFailureStatus;
+}
 
- private:
-  // False when there is nothing that could be delivered.
-  bool Read() {
-    try {
-      const File file = Open(options_.file);
-      report::ReadReport(file.get(), *this);
-    } catch (const report::DamagedReport& error) {
-      Tell(options_.file + ": " + error.what());  // what came before is still good
-    } catch (const std::bad_alloc&) {
-      Tell(options_.file + ": out of memory");
-      return false;
-    } catch (const std::system_error& error) {
-      Tell(options_.file + ": " + error.code().message());
-      return false;
-    }
-    return true;
+int Show(const Reading& reading, const Options& options) {
+  bool isWhole = reading.problems.empty();
+  for (const std::string& problem : reading.problems) {
+    base::PrintError(kCommandLine.program, problem);
   }
-
-  // Leaves in `text_` what is for standard output.
-  void Deliver() {
-    form_->Finish();
-    if (options_.output.empty()) return;
-    try {
-      tools::OutputFile(options_.output).Finish(text_);
-    } catch (const std::exception& error) {
-      Tell(error.what());
-    }
-    text_.clear();
+  if (const auto& damage = reading.report.damage) {
+    base::PrintError(kCommandLine.program, options.file + ": " + report::DamageText(*damage));
+    isWhole = false;
   }
+  const int status = Print(reading.text);
+  return isWhole ? status : base::kFailureStatus;
+}
 
-  // A check tells it in its one line, and everything else on standard error.
-  void Tell(const std::string& what) {
-    hasFailed_ = true;
-    const std::string problem = base::OneLine(what);
-    check_.AddProblem(problem);
-    if (!options_.checks) base::PrintError(kCommandLine.program, problem);
-  }
-
-  // A JSON document or metrics on standard output must not have this line among them.
-  void PrintSummary() const {
-    const bool isApart = options_.output.empty() && (options_.isJson || options_.isPrometheus);
-    std::fprintf(isApart ? stderr : stdout, "%s\n", check_.Summary().c_str());
-  }
-
-  void Print() {
-    if (std::fwrite(text_.data(), 1, text_.size(), stdout) != text_.size()) throw OutputLost{errno};
-    text_.clear();
-  }
-
-  int Status() const {
-    if (!options_.checks) return hasFailed_ ? base::kFailureStatus : 0;
-    const report::Verdict worst = check_.Worst();
-    const bool isUnknown = hasFailed_ && worst != report::Verdict::kCritical;
-    return static_cast<int>(isUnknown ? report::Verdict::kUnknown : worst);
-  }
-
-  const Options& options_;
-  std::string text_;  // of the form, not delivered yet
-  std::unique_ptr<report::Form> form_;
-  report::Check check_;
-  bool hasFailed_ = false;
-};
+// A JSON document or metrics on standard output must not have the summary among them.
+int ShowChecked(const Reading& reading, const Options& options) {
+  const auto [verdict, summary] = report::Check(reading.report, reading.problems);
+  const bool isForPeople = options.form == Form::kTable || options.form == Form::kBrief;
+  const bool isApart = options.output.empty() && !isForPeople;
+  std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
+  const bool isLost = Print(reading.text) != 0;
+  return isLost && verdict != report::Verdict::kCritical ? kUnknownStatus
+                                                         : static_cast<int>(verdict);
+}
 
 Options OptionsOf(const tools::Arguments& arguments) {
   Options options;
-  options.isJson = arguments.Has("json");
-  options.isPrometheus = arguments.Has("prometheus");
+  int forms = 0;
+  const auto offer = [&](const char* name, Form form) {
+    if (!arguments.Has(name)) return;
+    options.form = form;
+    ++forms;
+  };
+  offer("table", Form::kTable);
+  offer("brief", Form::kBrief);
+  offer("json", Form::kJson);
+  offer("prometheus", Form::kPrometheus);
+  if (forms > 1) throw tools::UsageError("more than one form");
   options.checks = arguments.Has("check");
   if (arguments.Has("output")) options.output = arguments.options.at("output");
   if (arguments.file) options.file = *arguments.file;
-  const int forms = arguments.Has("table") + options.isJson + options.isPrometheus;
-  if (forms > 1) throw tools::UsageError("more than one form");
   return options;
 }
 
 int ReadReport(const tools::Arguments& arguments) {
   const Options options = OptionsOf(arguments);
-  return Reading(options).Run();
+  const Reading reading = TryToRead(options);
+  return options.checks ? ShowChecked(reading, options) : Show(reading, options);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, kUsageStatus);
+  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, kUnknownStatus);
 }

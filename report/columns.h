@@ -1,0 +1,36 @@
+// What the forms for people share: rows in aligned columns, their colours, and the devices
+// that could not be read.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "report/health.h"
+#include "report/report.h"
+
+namespace report {
+
+struct Column {
+  std::string_view heading;
+  bool isRightAligned;
+};
+
+struct Row {
+  std::vector<std::string> cells;  // one a column, each for one line
+  Health health;
+};
+
+// `line` in the colour of the health, if it has one.
+std::string Colored(std::string_view line, Health health, bool hasColors);
+
+// Appends the headings and the rows. A cell too wide for any column moves the rest of its row
+// and widens no other's, so that one long text does not make every row as long.
+void AppendRows(std::string& text, std::span<const Column> columns, const std::vector<Row>& rows,
+                bool hasColors);
+
+// Appends a block of them, if there are any, after an empty line where `text` has a block.
+void AppendNotRead(std::string& text, const Report& report, bool hasColors);
+
+}  // namespace report

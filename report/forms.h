@@ -1,0 +1,26 @@
+// The forms in which a report is written again: each a text, whole, in UTF-8. The texts of
+// a report come from drives and may hold anything; what people and monitoring see of them has
+// no control character and none that reorders text. Of a damaged report each shows what came
+// before the damage, and does not tell of it.
+#pragma once
+
+#include <string>
+
+#include "report/report.h"
+
+namespace report {
+
+// For people: a heading a drive, its attributes in columns, and at the end the devices that
+// could not be read.
+std::string TableText(const Report& report, bool hasColors);
+
+// For people with many drives: one line a drive, and the devices that could not be read.
+std::string BriefText(const Report& report, bool hasColors);
+
+// One JSON document, a drive a line, with the report's characters as they are.
+std::string JsonText(const Report& report);
+
+// The text format of Prometheus.
+std::string PrometheusText(const Report& report);
+
+}  // namespace report
