@@ -1,0 +1,51 @@
+// Any bytes as a report: a value and, of that, each form. The document says what the value
+// says, and what people and monitoring see has nothing in it that commands a terminal.
+#include <utf8.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "report/check.h"
+#include "report/forms.h"
+#include "report/report_reader.h"
+
+namespace {
+
+void Require(bool isSo) {
+  if (!isSo) std::abort();
+}
+
+// As a terminal takes the text, not as the forms make it.
+void RequirePrintable(std::string_view text) {
+  static constexpr std::u32string_view kUnfit =
+      U"\u061C\u200E\u200F\u2028\u2029\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069";
+  Require(utf8::is_valid(text.begin(), text.end()));
+  for (auto next = text.begin(); next != text.end();) {
+    const char32_t c = utf8::unchecked::next(next);
+    Require(c == '\n' || (c >= 0x20 && c < 0x7F) || c >= 0xA0);
+    Require(kUnfit.find(c) == std::u32string_view::npos);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const report::Report report = report::ParseReport({reinterpret_cast<const char*>(data), size});
+  const auto document = nlohmann::json::parse(report::JsonText(report));
+  Require(document.at("drives").size() == report.drives.size());
+  Require(document.at("not_read") == report.notRead);
+  for (std::size_t i = 0; i < report.drives.size(); ++i) {
+    Require(document["drives"][i].at("serial") == report.drives[i].serial);
+  }
+  for (const std::string& text : {report::TableText(report, false),
+                                  report::BriefText(report, false), report::PrometheusText(report)})
+    RequirePrintable(text);
+  const std::string summary = report::Check(report, {}).summary;
+  RequirePrintable(summary);
+  Require(summary.find('\n') == std::string::npos);
+  return 0;
+}
