@@ -1,7 +1,7 @@
 // The report in the text format of Prometheus, for a textfile collector: one metric after
 // the other, since the samples of each have to stand together.
-#include <bitset>
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <map>
 #include <string_view>
@@ -113,16 +113,23 @@ std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
                  {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
 }
 
-// A series may be there only once: the first line of an identifier counts.
+// A series may be there only once: of the lines of one identifier the first that has
+// reached its threshold counts, or else the first.
+std::map<std::uint8_t, const Attribute*> ByIdentifier(const Drive& drive) {
+  std::map<std::uint8_t, const Attribute*> attributes;
+  for (const Attribute& attribute : drive.attributes) {
+    const Attribute*& kept = attributes.try_emplace(attribute.id, &attribute).first->second;
+    if (attribute.reached && !kept->reached) kept = &attribute;
+  }
+  return attributes;
+}
+
 void AppendAttributeMetric(std::string& text, std::string_view name, std::string_view help,
                            const Devices& devices, std::size_t (*valueOf)(const Attribute&)) {
   AppendHead(text, name, help);
   for (const ReadDrive& each : devices.read) {
-    std::bitset<256> seen;
-    for (const Attribute& attribute : each.drive->attributes) {
-      if (seen.test(attribute.id)) continue;
-      seen.set(attribute.id);
-      AppendSample(text, name, LabelsOf(each, attribute), valueOf(attribute));
+    for (const auto& [id, attribute] : ByIdentifier(*each.drive)) {
+      AppendSample(text, name, LabelsOf(each, *attribute), valueOf(*attribute));
     }
   }
 }
