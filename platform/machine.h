@@ -60,7 +60,8 @@ const Property* Find(const Dictionary& dictionary, std::string_view key);
 // fails returns false or nothing, and the probe's buffers stay as they were.
 class Drive {
  public:
-  using Block = std::array<std::uint8_t, 512>;
+  static constexpr std::size_t kBlockSize = 512;
+  using Block = std::array<std::uint8_t, kBlockSize>;
 
   Drive() = default;
   Drive(const Drive&) = delete;

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "machines/linux/attributes.h"
+#include "machines/linux/sysfs_files.h"
 #include "machines/recorded/listing.h"
 #include "machines/recorded/record_drive.h"
 #include "machines/recorded/recorded_machine.h"

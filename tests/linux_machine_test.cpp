@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "machines/linux/return_status.h"
 #include "machines/linux/sense_data.h"
 #include "machines/linux/sysfs_machine.h"
 #include "tests/support.h"

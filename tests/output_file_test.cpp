@@ -14,7 +14,7 @@
 #include <iterator>
 #include <string>
 
-#include "base/input.h"
+#include "base/files.h"
 #include "base/standard_streams.h"
 
 namespace {

@@ -8,17 +8,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
+
+#include "base/files.h"
 
 namespace tools {
 namespace {
 
 constexpr mode_t kModeBeforeMask = 0666;
-
-std::system_error SystemError(const std::string& file) {
-  return {errno, std::generic_category(), file};
-}
 
 mode_t FileModeMask() {
   const mode_t mask = umask(0);
@@ -30,7 +27,7 @@ void CheckReplaceable(const std::string& file) {
   struct stat status {};
   if (lstat(file.c_str(), &status) != 0) {
     if (errno == ENOENT) return;
-    throw SystemError(file);
+    throw base::SystemError(file);
   }
   if (!S_ISREG(status.st_mode)) throw std::runtime_error(file + ": not a regular file");
 }
@@ -38,7 +35,7 @@ void CheckReplaceable(const std::string& file) {
 void Write(int descriptor, std::string_view bytes, const std::string& file) {
   while (!bytes.empty()) {
     const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-    if (count < 0) throw SystemError(file);
+    if (count < 0) throw base::SystemError(file);
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
 }
@@ -48,7 +45,7 @@ void Write(int descriptor, std::string_view bytes, const std::string& file) {
 OutputFile::OutputFile(std::string file) : file_(std::move(file)), path_(file_ + ".XXXXXX") {
   CheckReplaceable(file_);
   descriptor_ = base::Descriptor(mkostemp(path_.data(), O_CLOEXEC));
-  if (!descriptor_.IsOpen()) throw SystemError(file_);
+  if (!descriptor_.IsOpen()) throw base::SystemError(file_);
 }
 
 OutputFile::~OutputFile() {
@@ -59,11 +56,11 @@ OutputFile::~OutputFile() {
 void OutputFile::Finish(std::string_view bytes) {
   Write(descriptor_.number(), bytes, file_);
   if (fchmod(descriptor_.number(), kModeBeforeMask & ~FileModeMask()) != 0)
-    throw SystemError(file_);
-  if (fsync(descriptor_.number()) != 0) throw SystemError(file_);
-  if (close(descriptor_.Release()) != 0) throw SystemError(file_);
+    throw base::SystemError(file_);
+  if (fsync(descriptor_.number()) != 0) throw base::SystemError(file_);
+  if (close(descriptor_.Release()) != 0) throw base::SystemError(file_);
   CheckReplaceable(file_);  // it may have changed meanwhile
-  if (rename(path_.c_str(), file_.c_str()) != 0) throw SystemError(file_);
+  if (rename(path_.c_str(), file_.c_str()) != 0) throw base::SystemError(file_);
   renamed_ = true;
 }
 

@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "base/input.h"
+#include "base/files.h"
 #include "base/standard_streams.h"
 #include "report/check.h"
 #include "report/forms.h"
 #include "report/report_reader.h"
 #include "report/text.h"
 #include "tools/output_file.h"
-#include "tools/run_program.h"
+#include "tools/program.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "machines/recorded/record_drive.h"
 #include "machines/recorded/write_property_list.h"
 #include "tools/output_file.h"
-#include "tools/run_program.h"
+#include "tools/program.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "base/input.h"
+#include "base/files.h"
 #include "base/standard_streams.h"
 #include "machines/recorded/recorded_machine.h"
 #include "machines/recorded/recording_error.h"
 #include "platform/machine.h"
 #include "probe/start_up.h"
-#include "tools/run_program.h"
+#include "tools/program.h"
 
 // Never destroyed: the process is about to end, and a large machine takes its time.
 platform::Machine& platform::ThisMachine() {

@@ -6,8 +6,8 @@
 #include <system_error>
 #include <utility>
 
-#include "machines/linux/attributes.h"
 #include "machines/linux/identify_data.h"
+#include "machines/linux/sysfs_files.h"
 
 namespace machines {
 namespace {

@@ -1,19 +1,32 @@
 #include "machines/linux/ata_drive.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <string>
 #include <utility>
 
-#include "machines/linux/device_node.h"
+#include "base/descriptor.h"
 #include "machines/linux/exceeded_condition.h"
 #include "machines/linux/identify_data.h"
 #include "machines/linux/pass_through.h"
-#include "machines/linux/return_status.h"
 
 namespace machines {
 namespace {
 
 using Block = platform::Drive::Block;
+
+// The node, opened for reading without waiting for a medium. Not open: it cannot be
+// opened, or is not the block device of that number. The name of a disk that went away
+// may by now be another's, and what lies in the folder may be anything.
+base::Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number) {
+  base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat status {};
+  if (!opened.IsOpen() || fstat(opened.number(), &status) != 0) return {};
+  if (!S_ISBLK(status.st_mode) || status.st_rdev != number) return {};
+  return opened;
+}
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
 
@@ -53,7 +66,7 @@ class Questions {
     return false;
   }
 
-  // Zeros are what an adapter hands out that has asked no drive.
+  // An adapter that has not asked the drive hands out zeros.
   std::optional<Block> ReadAnswer(const AtaRegisters& command) const {
     const std::optional<Block> block = ReadBlock(node_, command).block;
     return block == Block{} ? std::nullopt : block;

@@ -45,8 +45,8 @@ CommandResult Send(int node, const Cdb& cdb, std::span<std::uint8_t> data, int& 
       sg_ll_ata_pt(node, cdb.data(), static_cast<int>(cdb.size()), kTimeoutSeconds,
                    data.empty() ? nullptr : data.data(), nullptr, static_cast<int>(data.size()),
                    sense.data(), static_cast<int>(sense.size()), nullptr, 0, &missing, kSilent);
-  if (status == kGood) return {CommandEnd::kSucceeded};
-  if (status == kCheckCondition) return ReadSense(sense);
+  if (status == kGood && sense[0] == 0) return {CommandEnd::kSucceeded};
+  if (status == kGood || status == kCheckCondition) return ReadSense(sense);
   return {};
 }
 

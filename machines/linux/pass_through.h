@@ -21,8 +21,8 @@ struct AtaRegisters {
 // Each sends one command to the open `node`, once, and waits for its end, at most 20
 // seconds and what the kernel then needs to free the drive.
 
-// A command without data. The registers are asked for only where they are wanted: a layer
-// that returns them makes an error of the success, which others take for one.
+// A command without data. A layer that returns registers reports even a success as an
+// error, so they are asked for only where they are wanted.
 enum class Registers { kUnwanted, kWanted };
 CommandResult SendCommand(int node, const AtaRegisters& registers,
                           Registers returned = Registers::kUnwanted);

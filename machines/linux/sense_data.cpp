@@ -12,64 +12,105 @@ using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::size_t kHeaderSize = 8;  // of both formats; its last byte counts what follows
 
+// Bits of the status and error registers.
+constexpr std::uint8_t kBusy = 0x80;
+constexpr std::uint8_t kDeviceFault = 0x20;
+constexpr std::uint8_t kDataRequest = 0x08;
+constexpr std::uint8_t kError = 0x01;
+constexpr std::uint8_t kAborted = 0x04;
+
+struct Sense {
+  std::uint8_t key = 0;
+  std::uint8_t code = 0;
+  std::uint8_t qualifier = 0;
+  std::optional<ReturnedRegisters> registers = std::nullopt;
+};
+
 // The most of `sense` that its header says is there.
 Bytes Used(Bytes sense) { return sense.first(std::min(sense.size(), kHeaderSize + sense[7])); }
 
-CommandEnd EndOf(std::uint8_t senseKey) {
-  constexpr std::uint8_t kNoSense = 0x00;
-  constexpr std::uint8_t kRecoveredError = 0x01;  // a success with registers
-  constexpr std::uint8_t kIllegalRequest = 0x05;
-  constexpr std::uint8_t kAbortedCommand = 0x0B;
-  switch (senseKey & 0x0F) {
-    case kNoSense:
-    case kRecoveredError:
-      return CommandEnd::kSucceeded;
-    case kIllegalRequest:
-    case kAbortedCommand:
-      return CommandEnd::kRefused;
-    default:
-      return CommandEnd::kFailed;
-  }
-}
-
-CommandResult ReadDescriptors(Bytes sense) {
+// Nothing: the registers are cut short.
+std::optional<Sense> ParseDescriptors(Bytes sense) {
   constexpr int kAtaStatusReturn = 0x09;
   constexpr std::size_t kSize = 14;
-  const CommandEnd end = EndOf(sense[1]);
-  if (end != CommandEnd::kSucceeded) return {end};
+  Sense parsed = {static_cast<std::uint8_t>(sense[1] & 0x0F), sense[2], sense[3]};
   const std::uint8_t* found =
       sg_scsi_sense_desc_find(sense.data(), static_cast<int>(sense.size()), kAtaStatusReturn);
-  if (found == nullptr) return {end};
+  if (found == nullptr) return parsed;
   const Bytes descriptor = sense.subspan(static_cast<std::size_t>(found - sense.data()));
-  if (descriptor.size() < kSize || descriptor[1] != kSize - 2) return {};
-  return {end, ReturnedRegisters{descriptor[13], descriptor[9], descriptor[11]}};
+  if (descriptor.size() < kSize || descriptor[1] != kSize - 2) return std::nullopt;
+  parsed.registers = {descriptor[3], descriptor[13], descriptor[9], descriptor[11]};
+  return parsed;
 }
 
-// The registers stand in the fields for information, if the additional code says so.
-CommandResult ReadFixed(Bytes sense) {
+// The registers of a success stand in the fields for information if the additional code says
+// so. Those of an error stand there beside its own code, and a status of 0 is none.
+std::optional<Sense> ParseFixed(Bytes sense) {
   constexpr std::size_t kSizeWithCode = 14;
   constexpr std::uint8_t kInformationAvailable = 0x1D;  // qualifies the code 00h
-  const CommandEnd end = EndOf(sense[2]);
-  if (end != CommandEnd::kSucceeded) return {end};
-  if (sense.size() < kSizeWithCode) return {};
-  if (sense[12] != 0 || sense[13] != kInformationAvailable) return {end};
-  return {end, ReturnedRegisters{sense[4], sense[10], sense[11]}};
+  if (sense.size() < kSizeWithCode) return std::nullopt;
+  Sense parsed = {static_cast<std::uint8_t>(sense[2] & 0x0F), sense[12], sense[13]};
+  const bool isAnnounced = parsed.code == 0 && parsed.qualifier == kInformationAvailable;
+  const bool isOfError = parsed.key > 1 && (sense[4] & kError) != 0;
+  if (isAnnounced || isOfError) {
+    parsed.registers = {sense[3], sense[4], sense[10], sense[11]};
+  }
+  return parsed;
+}
+
+std::optional<Sense> Parse(Bytes sense) {
+  constexpr std::uint8_t kFixed = 0x70;
+  constexpr std::uint8_t kFixedValid = 0xF0;
+  constexpr std::uint8_t kDescriptors = 0x72;
+  if (sense.size() < kHeaderSize) return std::nullopt;
+  if (sense[0] == kDescriptors) return ParseDescriptors(Used(sense));
+  if (sense[0] == kFixed || sense[0] == kFixedValid) return ParseFixed(Used(sense));
+  return std::nullopt;
+}
+
+// A drive that aborts a command says so in its registers. Some layers drop them, but keep
+// the words for other errors: of a drive that is gone, or of a cable.
+bool IsAbort(const Sense& sense) {
+  constexpr std::uint8_t kAbortedCommand = 0x0B;
+  if (sense.key != kAbortedCommand) return false;
+  if (!sense.registers) return sense.code == 0 && sense.qualifier == 0;
+  const auto& [error, status, lbaMid, lbaHigh] = *sense.registers;
+  return (status & (kBusy | kDeviceFault | kError)) == kError && (error & kAborted) != 0;
+}
+
+// A layer that does not know the command, or not in this form.
+bool IsUnknownCommand(const Sense& sense) {
+  constexpr std::uint8_t kIllegalRequest = 0x05;
+  constexpr std::uint8_t kInvalidOperation = 0x20;
+  constexpr std::uint8_t kInvalidField = 0x24;
+  return sense.key == kIllegalRequest && sense.qualifier == 0 &&
+         (sense.code == kInvalidOperation || sense.code == kInvalidField);
+}
+
+CommandEnd EndOf(const Sense& sense) {
+  constexpr std::uint8_t kRecoveredError = 0x01;  // how a success with registers is sent
+  if (IsAbort(sense) || IsUnknownCommand(sense)) return CommandEnd::kRefused;
+  if (sense.key > kRecoveredError) return CommandEnd::kFailed;
+  constexpr std::uint8_t kNotDone = kBusy | kDeviceFault | kDataRequest | kError;
+  const bool isDone = !sense.registers || (sense.registers->status & kNotDone) == 0;
+  return isDone ? CommandEnd::kSucceeded : CommandEnd::kFailed;
 }
 
 }  // namespace
 
 CommandResult ReadSense(Bytes sense) {
-  constexpr std::uint8_t kFixed = 0x70;
-  constexpr std::uint8_t kDescriptors = 0x72;
-  if (sense.size() < kHeaderSize) return {};
-  switch (sense[0] & 0x7F) {
-    case kDescriptors:
-      return ReadDescriptors(Used(sense));
-    case kFixed:
-      return ReadFixed(Used(sense));
-    default:
-      return {};
-  }
+  const std::optional<Sense> parsed = Parse(sense);
+  if (!parsed) return {};
+  return {EndOf(*parsed), parsed->registers};
+}
+
+StatusAnswer ReadReturnStatus(const CommandResult& result) {
+  if (result.end != CommandEnd::kSucceeded) return StatusAnswer::kNone;
+  if (!result.registers) return StatusAnswer::kUnsaid;
+  const auto& [error, status, lbaMid, lbaHigh] = *result.registers;
+  if (lbaMid == 0x4F && lbaHigh == 0xC2) return StatusAnswer::kNotExceeded;
+  if (lbaMid == 0xF4 && lbaHigh == 0x2C) return StatusAnswer::kExceeded;
+  return StatusAnswer::kNone;
 }
 
 }  // namespace machines

@@ -1,5 +1,5 @@
-// What the sense data of an ATA PASS-THROUGH tell: how the command ended, and which
-// registers the drive returned. What the registers mean is return_status.h's.
+// What the sense data of an ATA PASS-THROUGH tell: how the command ended, which registers
+// the drive returned, and the answer to SMART RETURN STATUS in them.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,7 @@ enum class CommandEnd {
 };
 
 struct ReturnedRegisters {
+  std::uint8_t error = 0;
   std::uint8_t status = 0;
   std::uint8_t lbaMid = 0;
   std::uint8_t lbaHigh = 0;
@@ -22,12 +23,21 @@ struct ReturnedRegisters {
 
 struct CommandResult {
   CommandEnd end = CommandEnd::kFailed;
-  std::optional<ReturnedRegisters> registers = std::nullopt;
+  std::optional<ReturnedRegisters> registers = std::nullopt;  // none: they did not come
 };
 
 // `sense` is in descriptor format, or in the fixed format that SAS adapters and some kernels
-// send. Registers are given of a success only. What is cut short inside the registers, or is
-// of an earlier command, has failed.
+// send. What is cut short inside the registers, or is of an earlier command, has failed.
 CommandResult ReadSense(std::span<const std::uint8_t> sense);
+
+enum class StatusAnswer {
+  kNone,    // the command failed, or the registers hold neither of the two answers
+  kUnsaid,  // the command succeeded, but the firmware of an adapter kept the registers
+  kNotExceeded,
+  kExceeded,  // the drive exceeded a threshold
+};
+
+// `result` is that of SMART RETURN STATUS.
+StatusAnswer ReadReturnStatus(const CommandResult& result);
 
 }  // namespace machines

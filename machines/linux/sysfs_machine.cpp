@@ -11,8 +11,8 @@
 #include "base/printable_text.h"
 #include "machines/linux/ata_disks.h"
 #include "machines/linux/ata_drive.h"
-#include "machines/linux/attributes.h"
 #include "machines/linux/identify_data.h"
+#include "machines/linux/sysfs_files.h"
 
 namespace machines {
 namespace {
@@ -38,8 +38,8 @@ SInt32 AtaFeatures(const AtaDisk& disk) {
   return disk.identify && LacksSMART(*disk.identify) ? 0 : kIOATAFeatureSMART;
 }
 
-// AHCI is spoken to serial ports only. Elsewhere the drive's word counts, or else that of
-// the driver: those of serial ports only are named so.
+// An AHCI port is serial. Of another port the drive's IDENTIFY data tell, or the name of
+// the driver, which begins so where all its ports are serial.
 bool IsSerial(const AtaDisk& disk) {
   return IsAHCI(disk) || (disk.identify && IsSerialATA(*disk.identify)) ||
          disk.hostDriver.starts_with("sata_");
@@ -51,9 +51,9 @@ Property Integer(std::int64_t value) { return {platform::IntegerNumber(value)}; 
 // In bytes; the attribute is in sectors of 512 bytes, whatever those of the disk.
 std::optional<std::int64_t> ReadSize(const AtaDisk& disk) {
   constexpr std::int64_t kSectorSize = 512;
-  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max() / kSectorSize;
+  constexpr std::int64_t kMaxSectors = std::numeric_limits<std::int64_t>::max() / kSectorSize;
   const auto sectors = ReadNumber(disk.folder / "size");
-  if (!sectors || *sectors > std::uint64_t{kMost}) return std::nullopt;
+  if (!sectors || *sectors > std::uint64_t{kMaxSectors}) return std::nullopt;
   return static_cast<std::int64_t>(*sectors) * kSectorSize;
 }
 
@@ -76,7 +76,9 @@ Entry MakeDevice(const AtaDisk& disk, const fs::path& dev) {
            {"Physical Interconnect", Text(IsSerial(disk) ? "SATA" : "ATA")},
            {"Physical Interconnect Location", Text(disk.isOnUSB ? "External" : "Internal")}}}}};
   device.children.push_back(MakeMedium(disk, model));
-  device.drive = MakeAtaDrive(dev / disk.name, ReadDeviceNumber(disk.folder / "dev"));
+  if (IsAHCI(disk) || AtaFeatures(disk) != 0) {
+    device.drive = MakeAtaDrive(dev / disk.name, ReadDeviceNumber(disk.folder / "dev"));
+  }
   return device;
 }
 
@@ -85,7 +87,8 @@ const char* PortClass(const AtaDisk& disk) {
   return IsAHCI(disk) ? "IOAHCIPort" : "IOATAController";
 }
 
-// Two disks of one port have it twice: the order of names goes over all ports.
+// An entry of its own for each disk, even where two share a port: disks come in the order
+// of their names, whatever their ports.
 Entry MakePort(const AtaDisk& disk, const fs::path& dev) {
   Entry port{disk.port, PortClass(disk), {}, {}, nullptr};
   port.children.push_back(MakeDevice(disk, dev));

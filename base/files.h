@@ -1,15 +1,19 @@
-// A program's input: a file by its name, or standard input.
+// Files by their names: input, standard input among it, and what went wrong with one.
 #pragma once
 
 #include <cstddef>
 #include <string>
+#include <system_error>
 
 #include "base/descriptor.h"
 
 namespace base {
 
+// The error that the last system call left. what() names the file.
+std::system_error SystemError(const std::string& file);
+
 // The file, opened for reading; "-" is standard input, which stays open when the result
-// is closed. Throws std::system_error, whose what() names the file.
+// is closed. Throws SystemError.
 Descriptor OpenInput(const std::string& file);
 
 // The first `limit` bytes of the file, or all of them if it is shorter. More is not read,

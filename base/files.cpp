@@ -1,4 +1,4 @@
-#include "base/input.h"
+#include "base/files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,14 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <system_error>
 
 namespace base {
 namespace {
-
-std::system_error SystemError(const std::string& file) {
-  return {errno, std::generic_category(), file};
-}
 
 // 0 where it is not known before the end, as that of a pipe.
 std::size_t SizeOf(const Descriptor& input) {
@@ -24,6 +19,10 @@ std::size_t SizeOf(const Descriptor& input) {
 }
 
 }  // namespace
+
+std::system_error SystemError(const std::string& file) {
+  return {errno, std::generic_category(), file};
+}
 
 Descriptor OpenInput(const std::string& file) {
   Descriptor input(file == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)

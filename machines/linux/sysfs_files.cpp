@@ -1,4 +1,4 @@
-#include "machines/linux/attributes.h"
+#include "machines/linux/sysfs_files.h"
 
 #include <fcntl.h>
 #include <sys/sysmacros.h>

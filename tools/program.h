@@ -1,4 +1,5 @@
-// The arguments of a program, and its help. What an option does is up to the program.
+// The frame that every program runs in: its command line, --help and --version, and what
+// becomes of its errors. What its options mean is the program's own affair.
 #pragma once
 
 #include <map>
@@ -35,12 +36,12 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Options may come before and after the file; "--" ends them. --help and --version are
-// options of every program. Throws UsageError, also for an option's empty value. To be
-// called once in a process, since getopt_long keeps its place.
-Arguments ParseArguments(const CommandLine& line, int argc, char** argv);
-
-// The text that --help prints.
-std::string HelpText(const CommandLine& line);
+// The whole of a program's main: prepares the standard streams, parses the arguments, answers
+// --help and --version, and else returns what `run` returns. Options may stand before and
+// after the file; "--" ends them. After a mistake in the arguments, which `run` may throw as
+// UsageError too, the help is printed on standard error and `usageStatus` returned; after any
+// other exception it is 1, when its message was printed as one line.
+int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
+               int usageStatus = 2);
 
 }  // namespace tools
