@@ -67,9 +67,9 @@ list_root() {
     -path ./etc/ld.so.cache -o -print | sort)
 }
 
-# With the timer enabled, and metrics written by the service's own command.
+# With the timer enabled, metrics written by the service's own steps, and an upgrade.
 minimal_system() {
-  local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe
+  local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe steps
   root=$work/root
   get_root
   mkdir -p "$root$folder"
@@ -79,8 +79,13 @@ minimal_system() {
   in_root smartprobe-replay $doc/examples/server.plist | cmp - "$source/examples/server.report" ||
     fail 'the report of an installed example'
   in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
-  in_root bash -o pipefail -c "$(sed -n "s/^ExecStart=.*-c '\(.*\)'$/\1/p" "$tree/usr/lib/systemd/system/smartprobe.service")" &&
-    [ -s "$root$folder/smartprobe.prom" ] || fail 'the service writes no metrics'
+  steps=$(sed -n 's/^ExecStart=//p' "$tree/usr/lib/systemd/system/smartprobe.service")
+  mkdir "$root/run/smartprobe"
+  in_root sh -ec "$steps" || fail "the service's steps"
+  rm -r "$root/run/smartprobe"
+  apt_in_root install --reinstall ./smartprobe.deb || fail 'the upgrade'
+  [ -s "$root$folder/smartprobe.prom" ] || fail 'an upgrade removes the metrics'
+  in_root systemctl --quiet is-enabled smartprobe.timer || fail 'an upgrade disables the timer'
   apt_in_root purge --auto-remove smartprobe || fail 'the removal'
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
 }
