@@ -6,7 +6,6 @@
 downloads=$1
 program=$2
 examples=$(realpath "$(dirname "$0")/../examples")
-rules=$examples/alerts/smartprobe.rules.yml
 exporter=
 clean_up() {
   [ -z "$exporter" ] || kill "$exporter"
@@ -38,17 +37,6 @@ metrics() {
   done
 }
 
-# Rules for a metric of another name would never fire.
-alert_rules() {
-  local metric
-  "$promtool" check rules "$rules" || fail 'the rules are wrong'
-  "$promtool" test rules "${rules%.yml}.test.yml" || fail 'the tests of the rules'
-  "$program" --prometheus "$examples/server.report" >"$work/metrics"
-  for metric in $(grep -o 'smartprobe_[a-z_]*' "$rules"); do
-    grep -q "^# TYPE $metric " "$work/metrics" || fail "there is no metric $metric"
-  done
-}
-
 # Each series arrives, its labels in the exporter's order.
 served() {
   local address
@@ -70,13 +58,13 @@ served() {
   grep -q '^node_textfile_scrape_error 0' "$work/served" || fail "not served: $(cat "$work/log")"
   [ "$(grep -c ^smartprobe_ "$work/served")" = "$(grep -c ^smartprobe_ "$work/textfiles/"*)" ] ||
     fail 'some series are not served'
-  grep -qF 'smartprobe_attribute_value{device="/dev/rdisk0",drive="12",id="5",kind="pre-failure",name="On'$'\u00a0''The\"\\"} 21' \
-    "$work/served" || fail "served: $(grep 'drive="12"' "$work/served")"
+  grep -qF 'smartprobe_attribute_value{device="/dev/rdisk0",drive="1",id="5",kind="pre-failure",name="On'$'\u00a0''The\"\\",product="\\a\"b\\n:::c'$'\ufffd''",serial="'$'\u00a0'' s"} 21' \
+    "$work/served" || fail "served: $(grep 'drive="1"' "$work/served")"
 }
 
 fetch prometheus && fetch prometheus-node-exporter || exit 1
 promtool=$downloads/prometheus/usr/bin/promtool
 metrics
-alert_rules
+"$(dirname "$0")/alert_test.sh" "$promtool" "$program" || fail 'the alert rules'
 served
 [ "$failures" = 0 ]

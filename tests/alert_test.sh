@@ -1,0 +1,137 @@
+#!/bin/bash
+# What the alert rules say of drives, hosts and reports of many fates, from the metrics that
+# smartprobe-read makes of such reports.
+# Usage: alert_test.sh PROMTOOL PROGRAM, Prometheus' own and smartprobe-read.
+. "$(dirname "$0")/program_test.sh"
+promtool=$1
+program=$2
+cp "$(dirname "$0")/../examples/alerts/smartprobe.rules.yml" "$work/rules.yml"
+file=/srv/smartprobe.prom
+
+# report DRIVE...: one of "A1", the drive with the serial number A at path 1; "_1", without a
+# serial number; "?1", that cannot be read. A1! reports the condition, A1% predicts a failure
+# and A1- is worn.
+report() {
+  local drive serial device exceeded attribute
+  for drive; do
+    serial=${drive:0:1} device=/dev/rsd${drive:1:1} exceeded=False
+    attribute='5:::R:::13056:::99:::36:::Pre-Fail:OK'
+    case $drive in
+      '?'*) echo "GetSMARTFailed:$device:0" && continue ;;
+      *!) exceeded=True ;;
+      *%) attribute=${attribute/99*/7:::36:::Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted} ;;
+      *-) attribute='4:::S:::12800:::7:::20:::Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy' ;;
+    esac
+    printf 'SmartDeviceStart:::%s:::DISK :::1:::1 TB:::%6s\nSMARTStatus:::%s\nSmartDeviceEnd:::%s:::%s\n' \
+      "$device" "${serial/_/}" "$attribute" "$device" $exceeded
+  done
+}
+
+# segment START SAMPLES KIND: the series that an exporter shows meanwhile, by kind: "=DRIVES"
+# with a report every hour, "~DRIVES" with one that gets old, "/" without a file, "-" of a
+# host that is down.
+segment() {
+  echo "@ $(($2 - 1))"
+  case $3 in -) echo 'up{} 0' && return ;; *) echo 'up{} 1' ;; esac
+  case $3 in
+    =*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+300" ;;
+    ~*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+0" ;;
+    /) return ;;
+  esac
+  echo "node_textfile_mtime_seconds{file=\"/srv/other.prom\"} $1+300"
+  # shellcheck disable=SC2046 # words
+  report $(tr , ' ' <<<"${3:1}") >"$work/report"
+  "$program" --prometheus "$work/report" >"$work/metrics" || fail "the report $3"
+  sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' "$work/metrics"
+}
+
+# series SEGMENT...: the series of a host in the language of promtool's tests, a sample every
+# 5 minutes. A segment is how long, "2" hours or "45m", and a kind.
+series() {
+  local segment length samples time=0
+  for segment; do
+    length=${segment%%[=~/-]*}
+    case $length in *m) samples=$((${length%m} / 5)) ;; *) samples=$((length * 12)) ;; esac
+    segment $time $samples "${segment#"$length"}"
+    time=$((time + samples * 300))
+  done | awk '
+    /^@/ { length_of[++segments] = $2; next }
+    { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{job=\"node\",instance=\"h\","); sub(/,\}/, "}")
+      values[$0, segments] = value; names[$0] }
+    END { for (name in names) {
+        printf "      - series: \047%s\047\n        values:", name
+        for (i = 1; i <= segments; i++)
+          if ((name, i) in values) printf " %sx%d", values[name, i], length_of[i]
+          else printf " %s _x%d", (name, i - 1) in values ? "stale" : "_", length_of[i]
+        print "" } }'
+}
+
+# labels NAME:DRIVE: the labels of that alert; of DriveNotRead and DriveReportStale no drive.
+labels() {
+  local more=severity=\"warning\"
+  case $1 in
+    DriveFailing:*) more='severity="critical"' ;;
+    DriveAttributePreFailure:*) more='severity="critical",id="5",name="R"' ;;
+    DriveAttributeWorn:*) more+=',id="4",name="S"' ;;
+  esac
+  case $1 in
+    *:_?) more+=",product=\"DISK\",device=\"/dev/rsd${1: -1}\"" ;;
+    *:?) more+=",product=\"DISK\",serial=\"${1: -1}\"" ;;
+  esac
+  echo "{alertname=\"${1%:*}\",job=\"node\",instance=\"h\",$more}"
+}
+
+# fate WHAT 'SEGMENT...' 'TIMES ALERT...'...: all alerts that fire at each of these times, as
+# NAME:DRIVE; at "<TIME" all that have fired at any time before.
+fate() {
+  local moment times time alert
+  # shellcheck disable=SC2086 # words
+  printf '  - interval: 5m\n    input_series:\n%s\n    promql_expr_test:\n' "$(series $2)"
+  for moment in "${@:3}"; do
+    read -r times moment <<<"$moment"
+    for time in ${times//,/ }; do
+      printf '      - expr: count without (alertstate) (last_over_time(ALERTS{alertstate="firing"}[%s])) # %s\n' \
+        "$([[ $time = '<'* ]] && echo 1000h || echo 5m)" "$1"
+      printf '        eval_time: %s\n        exp_samples:\n' "${time#<}"
+      for alert in $moment; do
+        printf "          - {value: 1, labels: '%s'}\n" "$(labels "$alert")"
+      done
+    done
+  done
+}
+
+fates() {
+  fate 'a drive is added, paths change, one report misses a drive' \
+    '24=A1,B2 24=A1,B2,C3 24=A2,B1,C3 1=A2,C3 24=A2,B1,C3 1=A2,?1,C3 200=A2,B1,C3' '<298h'
+  fate 'a host without drives' '300=' '<300h'
+  fate 'a host that was down, and whose next report misses a drive' \
+    '24=A1,B2 2825m- 15m/ 1=A1 24=A1,B2' '<96h'
+  fate 'a failing drive cannot be read' '24=A1,B2 4=A1!,B2 200=?1,B2' 23h45m \
+    '24h,28h DriveFailing:A' '30h,52h DriveFailing:A DriveGone:A DriveNotRead' \
+    '54h DriveGone:A DriveNotRead' '200h DriveNotRead'
+  fate 'a failing drive changes its path and is gone' '24=A1,B2 2=A1%,B2 2=A2%,B1 200=B1' 23h45m \
+    '24h,26h,28h DriveAttributePreFailure:A' '30h,52h DriveAttributePreFailure:A DriveGone:A' \
+    '54h DriveGone:A' 200h
+  fate 'a failing drive is replaced' '24=A1!,B2 200=C1,B2' '48h DriveFailing:A DriveGone:A' 193h
+  fate 'a worn drive' '24=A1 4=A1-' 23h45m '24h,28h DriveAttributeWorn:A'
+  fate 'drives are gone' '24=A1,B2,_3 200=A1' 25h '26h,191h45m DriveGone:B DriveGone:_3' 193h
+  fate 'all drives are gone' '24=A1,B2 200=' 25h '26h,191h45m DriveGone:A DriveGone:B' 193h
+  fate 'drives cannot be read' '24=A1,B2 30=?1,?1,B2' 25h '26h,54h DriveGone:A DriveNotRead'
+  fate 'a drive cannot be read in every other report' \
+    "24=A1,B2 $(printf '1=?1,B2 1=A1,B2 %.0s' {1..12}) 24=A1,B2" 25h \
+    '30h,31h,32h,33h,48h DriveNotRead' 60h
+  fate 'drives that share a serial number, or have none' \
+    '24=A1,A2,_3!,_4%,_5- 24=A1,A2!,_3!,_4 24=A1,A2!' \
+    '23h DriveFailing:_3 DriveAttributePreFailure:_4 DriveAttributeWorn:_5' \
+    '60h DriveFailing:A DriveFailing:_3 DriveGone:_3 DriveGone:_4 DriveGone:_5'
+  fate 'the file is gone' '24=A1 760/' 47h '49h45m,743h DriveReportStale' 746h
+  file=smartprobe.prom # of exporters before 1.3
+  fate 'the file gets old' '24=A1 100~A1 24=A1' 47h '50h,123h DriveReportStale' 125h
+}
+
+{
+  printf 'rule_files: [rules.yml]\nevaluation_interval: 15m\ntests:\n'
+  fates
+} >"$work/test.yml"
+"$promtool" test rules "$work/test.yml" || fail 'the alerts'
+[ "$failures" = 0 ]
