@@ -12,48 +12,50 @@ file=/srv/smartprobe.prom
 # serial number; "?1", that cannot be read. A1! reports the condition, A1% predicts a failure
 # and A1- is worn.
 report() {
-  local drive serial device exceeded attribute
+  local drive device exceeded status
   for drive; do
-    serial=${drive:0:1} device=/dev/rsd${drive:1:1} exceeded=False
-    attribute='5:::R:::13056:::99:::36:::Pre-Fail:OK'
+    device=/dev/rsd${drive:1:1} exceeded=False status=Pre-Fail:OK
     case $drive in
       '?'*) echo "GetSMARTFailed:$device:0" && continue ;;
       *!) exceeded=True ;;
-      *%) attribute=${attribute/99*/7:::36:::Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted} ;;
-      *-) attribute='4:::S:::12800:::7:::20:::Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy' ;;
+      *%) status='Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted' ;;
+      *-) status='Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy' ;;
     esac
-    printf 'SmartDeviceStart:::%s:::DISK :::1:::1 TB:::%6s\nSMARTStatus:::%s\nSmartDeviceEnd:::%s:::%s\n' \
-      "$device" "${serial/_/}" "$attribute" "$device" $exceeded
+    drive=${drive:0:1}
+    printf 'SmartDeviceStart:::%s:::DISK :::1:::1 TB:::%6s\n' "$device" "${drive/_/}"
+    printf 'SMARTStatus:::5:::R:::13056:::7:::6:::%s\nSmartDeviceEnd:::%s:::%s\n' \
+      "$status" "$device" $exceeded
   done
 }
 
-# segment START SAMPLES KIND: the series that an exporter shows meanwhile, by kind: "=DRIVES"
-# with a report every hour, "~DRIVES" with one that gets old, "/" without a file, "-" of a
-# host that is down.
+# segment START KIND: the series that an exporter shows from then on, by kind: "=DRIVES" with
+# a report every hour, "~DRIVES" with one that gets old, "x" without a file, "-" of a host
+# that is down.
 segment() {
-  echo "@ $(($2 - 1))"
-  case $3 in -) echo 'up{} 0' && return ;; *) echo 'up{} 1' ;; esac
-  case $3 in
+  [ "$2" != - ] && echo 'up{} 1' || echo 'up{} 0'
+  case $2 in
     =*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+300" ;;
     ~*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+0" ;;
-    /) return ;;
+    *) return ;;
   esac
   echo "node_textfile_mtime_seconds{file=\"/srv/other.prom\"} $1+300"
   # shellcheck disable=SC2046 # words
-  report $(tr , ' ' <<<"${3:1}") >"$work/report"
-  "$program" --prometheus "$work/report" >"$work/metrics" || fail "the report $3"
+  report $(tr , ' ' <<<"${2:1}") >"$work/report"
+  "$program" --prometheus "$work/report" >"$work/metrics" || fail "the report $2"
   sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' "$work/metrics"
 }
 
 # series SEGMENT...: the series of a host in the language of promtool's tests, a sample every
-# 5 minutes. A segment is how long, "2" hours or "45m", and a kind.
+# 5 minutes. A segment is its hours and a kind.
 series() {
-  local segment length samples time=0
+  local segment hours time=0
   for segment; do
-    length=${segment%%[=~/-]*}
-    case $length in *m) samples=$((${length%m} / 5)) ;; *) samples=$((length * 12)) ;; esac
-    segment $time $samples "${segment#"$length"}"
-    time=$((time + samples * 300))
+    hours=${segment%%[=~x-]*}
+    # shellcheck disable=SC2004 # 12 * 1/4 is 3
+    echo "@ $((12 * $hours - 1))"
+    segment $time "${segment#"$hours"}"
+    # shellcheck disable=SC2004
+    time=$((time + 3600 * $hours))
   done | awk '
     /^@/ { length_of[++segments] = $2; next }
     { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{job=\"node\",instance=\"h\","); sub(/,\}/, "}")
@@ -68,32 +70,29 @@ series() {
 
 # labels NAME:DRIVE: the labels of that alert; of DriveNotRead and DriveReportStale no drive.
 labels() {
-  local more=severity=\"warning\"
+  local labels="alertname=\"${1%:*}\",job=\"node\",instance=\"h\""
+  case $1 in DriveFailing* | *PreFailure*) labels+=',severity="critical"' ;; *) labels+=',severity="warning"' ;; esac
+  case $1 in *Attribute*) labels+=',id="5",name="R"' ;; esac
   case $1 in
-    DriveFailing:*) more='severity="critical"' ;;
-    DriveAttributePreFailure:*) more='severity="critical",id="5",name="R"' ;;
-    DriveAttributeWorn:*) more+=',id="4",name="S"' ;;
+    *:_?) labels+=",product=\"DISK\",device=\"/dev/rsd${1: -1}\"" ;;
+    *:?) labels+=",product=\"DISK\",serial=\"${1: -1}\"" ;;
   esac
-  case $1 in
-    *:_?) more+=",product=\"DISK\",device=\"/dev/rsd${1: -1}\"" ;;
-    *:?) more+=",product=\"DISK\",serial=\"${1: -1}\"" ;;
-  esac
-  echo "{alertname=\"${1%:*}\",job=\"node\",instance=\"h\",$more}"
+  echo "{$labels}"
 }
 
 # fate WHAT 'SEGMENT...' 'TIMES ALERT...'...: all alerts that fire at each of these times, as
 # NAME:DRIVE; at "<TIME" all that have fired at any time before.
 fate() {
-  local moment times time alert
+  local times time alert range alerts
   # shellcheck disable=SC2086 # words
   printf '  - interval: 5m\n    input_series:\n%s\n    promql_expr_test:\n' "$(series $2)"
-  for moment in "${@:3}"; do
-    read -r times moment <<<"$moment"
+  for alerts in "${@:3}"; do
+    read -r times alerts <<<"$alerts"
     for time in ${times//,/ }; do
-      printf '      - expr: count without (alertstate) (last_over_time(ALERTS{alertstate="firing"}[%s])) # %s\n' \
-        "$([[ $time = '<'* ]] && echo 1000h || echo 5m)" "$1"
-      printf '        eval_time: %s\n        exp_samples:\n' "${time#<}"
-      for alert in $moment; do
+      [ "${time#<}" = "$time" ] && range=5m || range=1000h
+      printf '      - eval_time: %s\n        expr: count without (alertstate) (last_over_time(ALERTS{alertstate="firing"}[%s])) # %s\n        exp_samples:\n' \
+        "${time#<}" $range "$1"
+      for alert in $alerts; do
         printf "          - {value: 1, labels: '%s'}\n" "$(labels "$alert")"
       done
     done
@@ -105,7 +104,7 @@ fates() {
     '24=A1,B2 24=A1,B2,C3 24=A2,B1,C3 1=A2,C3 24=A2,B1,C3 1=A2,?1,C3 200=A2,B1,C3' '<298h'
   fate 'a host without drives' '300=' '<300h'
   fate 'a host that was down, and whose next report misses a drive' \
-    '24=A1,B2 2825m- 15m/ 1=A1 24=A1,B2' '<96h'
+    '24=A1,B2 565/12- 1/4x 1=A1 24=A1,B2' '<96h'
   fate 'a failing drive cannot be read' '24=A1,B2 4=A1!,B2 200=?1,B2' 23h45m \
     '24h,28h DriveFailing:A' '30h,52h DriveFailing:A DriveGone:A DriveNotRead' \
     '54h DriveGone:A DriveNotRead' '200h DriveNotRead'
@@ -124,7 +123,7 @@ fates() {
     '24=A1,A2,_3!,_4%,_5- 24=A1,A2!,_3!,_4 24=A1,A2!' \
     '23h DriveFailing:_3 DriveAttributePreFailure:_4 DriveAttributeWorn:_5' \
     '60h DriveFailing:A DriveFailing:_3 DriveGone:_3 DriveGone:_4 DriveGone:_5'
-  fate 'the file is gone' '24=A1 760/' 47h '49h45m,743h DriveReportStale' 746h
+  fate 'the file is gone' '24=A1 760x' 47h '49h45m,743h DriveReportStale' 746h
   file=smartprobe.prom # of exporters before 1.3
   fate 'the file gets old' '24=A1 100~A1 24=A1' 47h '50h,123h DriveReportStale' 125h
 }
