@@ -25,7 +25,7 @@ unpack_kernel() {
   depmod -b "$unpacked" "$version"
   mkdir "$cache/modules"
   modprobe -d "$unpacked" -S "$version" -a --show-depends \
-    sd_mod sr_mod virtio_pci virtio_blk virtio_scsi ahci ata_piix >"$cache/insmod"
+    sd_mod sr_mod virtio_pci virtio_blk virtio_scsi ahci ata_piix scsi_debug >"$cache/insmod"
   awk '$1 == "insmod" && !seen[$2]++ { print $2 }' "$cache/insmod" | while read -r module; do
     cp "$module" "$cache/modules/$((number++))-$(basename "$module")"
   done
@@ -70,7 +70,6 @@ boot() {
     -blockdev "$blank,node-name=long,size=3000592982016" \
     -blockdev "$blank,node-name=plain,size=500107862016" \
     -blockdev "$blank,node-name=scsi,size=1048576" \
-    -blockdev "$blank,node-name=layer,size=1048576" \
     -blockdev "$blank,node-name=cd,size=1048576,read-only=on" \
     -blockdev "driver=file,node-name=results,filename=$work/results.tar" \
     -device "ide-hd,bus=ide.0,drive=piix,model=PIIX DISK,serial=  WD-1,ver=1.0" \
@@ -80,7 +79,6 @@ boot() {
     -device ide-hd,bus=ahci.1,drive=plain,serial=S,ver=2 \
     -device virtio-blk-pci,drive=results \
     -device virtio-scsi-pci -device 'scsi-hd,drive=scsi,product=SCSI DISK' \
-    -device 'scsi-hd,drive=layer,vendor=ATA,product=LAYER' \
     </dev/null >"$work/emulator" 2>&1 || echo "the emulator ended with status $?" >>"$work/emulator"
   mkdir "$results"
   if ! tar -xf "$work/results.tar" -C "$results" || [ ! -e "$results/complete" ]; then
@@ -143,8 +141,8 @@ failure() {
   echo "GetSMARTFailed:/dev/r${!1}:0"
 }
 
-# ata FUNCTION: what it prints for the drive that is no AHCI one. Beside it stands the disk
-# that the kernel tells as ATA too, but whose layer passes no commands on.
+# ata FUNCTION: what it prints for the drive that is no AHCI one. Beside it stands the disk of
+# the kernel's scsi_debug, which has an ATA Information page but takes no commands.
 ata() {
   [[ $piix > $layer ]] || "$1" piix
   [ "$1" = five_commands ] || failure layer
@@ -173,7 +171,7 @@ judge() {
   piix=$(awk '/PIIX/ { print $1 }' "$results/devices")
   long=$(awk '/LONG/ { print $1 }' "$results/devices")
   plain=$(awk '/QEMU/ { print $1 }' "$results/devices")
-  layer=$(awk '/LAYER/ { print $1 }' "$results/devices")
+  layer=$(awk '/scsi_debug/ { print $1 }' "$results/devices")
   expect_status switch_off 0
   [ "$(cat "$results/read_before.status")" != 0 ] || fail 'S.M.A.R.T. was not off at first'
   each drive | expect live
