@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench/machines.h"
-#include "platform/process_end.h"
+#include "platform/ledger.h"
 #include "probe/start_up.h"
 
 namespace {

@@ -10,7 +10,6 @@
 #include "machines/recorded/recording_error.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
-#include "platform/process_end.h"
 #include "probe/start_up.h"
 
 namespace {

@@ -1,6 +1,6 @@
-// The ledger counts the references that the layer has handed to the probe and has
-// not been given back. What each refers to is with its source: objects.cpp,
-// registry_handles.cpp, smart_user_client.cpp and toolbox.cpp.
+// What the layer keeps account of: the references that it has handed to the probe and has
+// not been given back, and the end of a program that breaks the rules. What each reference
+// refers to is with its source: objects.cpp, registry.cpp, smart_user_client.cpp, toolbox.cpp.
 #pragma once
 
 #include <array>
@@ -39,9 +39,20 @@ class Ledger {
 };
 
 // The references that are out now.
-inline Ledger& OpenReferences() {
-  static Ledger ledger;
-  return ledger;
-}
+Ledger& OpenReferences();
+
+// Takes back every reference that is out, as the platform does when a process ends,
+// and the ledger is empty. For programs that run one pass after another.
+void EndProcess();
+
+// The parts of EndProcess: each drops the references that its source keeps.
+void DropObjects();
+void DropRegistryHandles();
+void DropUserClients();
+void DropMemoryBlocks();
+
+// Where the platform would go on with damaged state, this layer stops: prints "CALL: FAULT"
+// on standard error and aborts.
+[[noreturn]] void Misuse(const char* call, const char* fault);
 
 }  // namespace platform

@@ -1,6 +1,14 @@
 #include "platform/objects.h"
 
-#include "platform/process_end.h"
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <map>
+
+using platform::DataObject;
+using platform::Deref;
+using platform::DictionaryObject;
+using platform::StringObject;
 
 namespace platform {
 namespace {
@@ -66,4 +74,62 @@ void CFRelease(CFTypeRef object) { platform::TakeBack(object, "CFRelease"); }
 
 CFTypeID CFGetTypeID(CFTypeRef object) {
   return static_cast<CFTypeID>(platform::Deref(object, "CFGetTypeID").type());
+}
+
+CFTypeID CFDataGetTypeID() { return static_cast<CFTypeID>(DataObject::kType); }
+
+CFIndex CFDataGetLength(CFDataRef data) {
+  return static_cast<CFIndex>(Deref<DataObject>(data, "CFDataGetLength").bytes.size());
+}
+
+void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer) {
+  const platform::Data& bytes = Deref<DataObject>(data, "CFDataGetBytes").bytes;
+  const auto size = static_cast<CFIndex>(bytes.size());
+  if (range.location < 0 || range.length < 0 || range.length > size ||
+      range.location > size - range.length) {
+    platform::Misuse("CFDataGetBytes", "the range is outside the data");
+  }
+  std::copy_n(bytes.begin() + range.location, range.length, buffer);
+}
+
+CFTypeID CFDictionaryGetTypeID() { return static_cast<CFTypeID>(DictionaryObject::kType); }
+
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
+  const auto& text = Deref<StringObject>(key, "CFDictionaryGetValue").text;
+  return platform::Ref(Deref<DictionaryObject>(dictionary, "CFDictionaryGetValue").Get(text));
+}
+
+Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void* key,
+                                      const void** value) {
+  const void* found = CFDictionaryGetValue(dictionary, key);
+  if (found == nullptr) return false;
+  *value = found;
+  return true;
+}
+
+namespace {
+
+using Bytes = std::array<UInt8, 16>;
+
+struct UUIDObject : platform::Object {
+  static constexpr platform::ObjectType kType = platform::ObjectType::kUUID;
+  explicit UUIDObject(const Bytes& b) : Object(kType), bytes(b) {}
+  Bytes bytes;
+};
+
+}  // namespace
+
+CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef /*allocator*/, UInt8 byte0, UInt8 byte1,
+                                         UInt8 byte2, UInt8 byte3, UInt8 byte4, UInt8 byte5,
+                                         UInt8 byte6, UInt8 byte7, UInt8 byte8, UInt8 byte9,
+                                         UInt8 byte10, UInt8 byte11, UInt8 byte12, UInt8 byte13,
+                                         UInt8 byte14, UInt8 byte15) {
+  static auto& constants = *new std::map<Bytes, UUIDObject>;
+  const Bytes bytes = {byte0, byte1, byte2,  byte3,  byte4,  byte5,  byte6,  byte7,
+                       byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15};
+  return static_cast<CFUUIDRef>(platform::Ref(&constants.try_emplace(bytes, bytes).first->second));
+}
+
+CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid) {
+  return std::bit_cast<CFUUIDBytes>(platform::Deref<UUIDObject>(uuid, "CFUUIDGetUUIDBytes").bytes);
 }

@@ -1,5 +1,5 @@
 // Property objects, which the Ref types point to, and the references to them that the
-// probe owns. The framework's calls on them are in one source a type.
+// probe owns. The framework's calls on strings and numbers have a source of their own.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -13,7 +13,6 @@
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
-#include "platform/misuse.h"
 
 namespace platform {
 

@@ -11,9 +11,7 @@
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
-#include "platform/misuse.h"
-#include "platform/process_end.h"
-#include "platform/registry_handles.h"
+#include "platform/registry.h"
 
 namespace {
 

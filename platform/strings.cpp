@@ -1,4 +1,5 @@
-// The framework's strings: constants, and conversions to and from 8-bit text.
+// The framework's strings: constants, conversions to and from 8-bit text, and those of the
+// main bundle.
 #include <Carbon/Carbon.h>
 #include <utf8.h>
 
@@ -44,6 +45,11 @@ void LeavePartialText(std::string_view prefix, char* buffer, std::size_t size) {
   prefix.copy(buffer, size);
 }
 
+struct BundleObject : platform::Object {
+  static constexpr platform::ObjectType kType = platform::ObjectType::kBundle;
+  BundleObject() : Object(kType) {}
+};
+
 }  // namespace
 
 CFStringRef PlatformConstantString(const char* text) {
@@ -81,6 +87,23 @@ CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*
       Deref<platform::DataObject>(data, "CFStringCreateFromExternalRepresentation").bytes;
   const std::string text(bytes.begin(), bytes.end());
   if (!IsText(text, encoding)) return nullptr;
+  return static_cast<CFStringRef>(
+      platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
+}
+
+CFBundleRef CFBundleGetMainBundle() {
+  static auto& bundle = *new BundleObject;
+  return static_cast<CFBundleRef>(static_cast<void*>(static_cast<platform::Object*>(&bundle)));
+}
+
+CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
+                                        CFStringRef /*tableName*/) {
+  static constexpr const char* kCall = "CFBundleCopyLocalizedString";
+  Deref<BundleObject>(bundle, kCall);
+  const auto& strings = platform::ThisMachine().mainBundleStrings;
+  const auto translation = strings.find(Deref<StringObject>(key, kCall).text);
+  const std::string& text =
+      translation != strings.end() ? translation->second : Deref<StringObject>(value, kCall).text;
   return static_cast<CFStringRef>(
       platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
 }

@@ -8,8 +8,6 @@
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
-#include "platform/misuse.h"
-#include "platform/process_end.h"
 
 namespace {
 

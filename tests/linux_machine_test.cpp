@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "machines/linux/sense_data.h"
+#include "machines/linux/ata_commands.h"
 #include "machines/linux/sysfs_machine.h"
 #include "tests/support.h"
 

@@ -7,7 +7,7 @@
 #include "machines/recorded/record_drive.h"
 #include "machines/recorded/recorded_machine.h"
 #include "machines/recorded/write_property_list.h"
-#include "platform/process_end.h"
+#include "platform/ledger.h"
 #include "tests/support.h"
 
 using platform::Data;

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/process_end.h"
+#include "platform/ledger.h"
 #include "probe/start_up.h"
 
 namespace test {

@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "base/descriptor.h"
+#include "machines/linux/ata_commands.h"
 #include "machines/linux/exceeded_condition.h"
 #include "machines/linux/identify_data.h"
-#include "machines/linux/pass_through.h"
 
 namespace machines {
 namespace {

@@ -1,5 +1,4 @@
 // The handles of registry objects that the probe holds: services and iterators.
-// What is asked of the registry through them is in registry.cpp.
 #pragma once
 
 #include <IOKit/IOKitLib.h>
