@@ -4,9 +4,8 @@
 #include <string>
 
 #include "bench/machines.h"
-#include "machines/recorded/listing.h"
-#include "machines/recorded/record_drive.h"
-#include "machines/recorded/write_property_list.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/recording.h"
 
 platform::Machine& platform::ThisMachine() { std::abort(); }  // nothing is asked of it
 

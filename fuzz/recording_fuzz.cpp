@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/recording_error.h"
+#include "machines/recorded/recording_format.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "probe/start_up.h"

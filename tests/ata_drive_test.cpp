@@ -13,10 +13,9 @@
 #include <vector>
 
 #include "machines/linux/sysfs_files.h"
-#include "machines/recorded/listing.h"
-#include "machines/recorded/record_drive.h"
+#include "machines/recorded/property_list.h"
 #include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/write_property_list.h"
+#include "machines/recorded/recording.h"
 #include "tests/support.h"
 
 namespace {

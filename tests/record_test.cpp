@@ -2,13 +2,12 @@
 // without serial numbers where that is asked for.
 #include <numeric>
 
-#include "machines/recorded/listing.h"
-#include "machines/recorded/mask_serials.h"
-#include "machines/recorded/record_drive.h"
+#include "machines/recorded/property_list.h"
 #include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/write_property_list.h"
+#include "machines/recorded/recording.h"
 #include "platform/ledger.h"
 #include "tests/support.h"
+#include "tools/mask_serials.h"
 
 using platform::Data;
 using platform::Dictionary;
@@ -61,7 +60,7 @@ TEST(Recording, GivesTheSameReportAgain) {
 
 Data MaskedIdentify(const Data& identify) {
   Property listing = test::Dict({{"RecordedDrive", test::Dict({{"Identify", {identify}}})}});
-  machines::MaskSerials(listing);
+  tools::MaskSerials(listing);
   const auto& drive = std::get<Dictionary>(std::get<Dictionary>(listing.value)[0].value.value);
   return std::get<Data>(drive[0].value.value);
 }
@@ -94,7 +93,7 @@ TEST(Masking, LeavesNothingThatTellsADrive) {
          {"Serial ATA", test::Text("kept")}});
   };
   Property property = listing(" a\xC3\xA9 9", 'a');
-  machines::MaskSerials(property);
+  tools::MaskSerials(property);
   EXPECT_EQ(property, listing(" XX X", 'X'));
 }
 

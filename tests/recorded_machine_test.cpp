@@ -12,7 +12,7 @@
 #include <optional>
 #include <string>
 
-#include "machines/recorded/recording_error.h"
+#include "machines/recorded/recording_format.h"
 
 namespace {
 
@@ -71,14 +71,16 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Root("\n<key>a</key>\n"), "line 3: a <key> without a value"},
       {Root("<true/>"), "<true> where a <key> is due"},
       {Value("<array><key>a</key></array>"), "<key> outside <dict>"},
-      {Root("\n<key>a</key><true/>\n<key>&#97;</key><true/>"), "line 3: a <key> that is in"},
+      {Root("\n<key>a</key><true/>\n<key>&#97;</key><true/>"),
+       "line 3: a <dict> ends that has the <key> \"a\""},
       {Value("<string>a\n<true/></string>"), "line 2: <true> inside <string>"},
       {"<plist>\n<string>a", "line 2: the file ends inside <string>"},
       {Nested(257), "more than 256 levels"},
       {Value("<array>" + Repeated(1000000, "<true/>") + "</array>"), "more than 1000000 elements"},
+      {List("<array>" + Repeated(1000, "<dict a=''/>") + "</array>"), "more than 1000 attributes"},
       // What XML does not allow, or expat by itself would
-      {"<!DOCTYPE plist [\n<!ENTITY e 'x'>]>" + Text("a"), "line 2: a document type that"},
-      {"<!DOCTYPE plist [<!ATTLIST dict k CDATA 'x'>]>" + Root(""), "declares an attribute list"},
+      {"\n<!DOCTYPE plist [<!ELEMENT e EMPTY> ]>" + Text("a"), "line 2: a document type with"},
+      {"<!DOCTYPE plist SYSTEM 'p.dtd'><plist a='&foo;'/>", "a reference in an attribute"},
       {"<!DOCTYPE plist SYSTEM 'p.dtd'>\n" + Text("AT&foo;T"),
        "line 2: an unknown reference, &foo;"},
       {Text("\n\x1B"), "line 2: a control character, which XML does not allow; tr -d"},
@@ -133,7 +135,7 @@ TEST(RecordedMachine, ValuesKeepTheirMeaning) {
       {Text(" a\r\nb<!-- </string> --><![CDATA[</string>&amp;\r]]>c<?x ?>&lt;&#x20AC;"),
        {" a\nb</string>&amp;\nc<\u20AC"s}},
       {"\xEF\xBB\xBF \n<?xml version='1.0' encoding='ISO-8859-1'?>" + Text("\u00E9"), {"\u00E9"s}},
-      {"<!DOCTYPE plist [<!ELEMENT e EMPTY> ]><plist><dict a=\"/>\" ><key>k</key\n><string/></dict>"
+      {"<!DOCTYPE plist SYSTEM 'p.dtd'><plist><dict a=\"/>\" ><key>k</key\n><string/></dict>"
        "</plist>\n<!-- end -->",
        {""s}},
   };

@@ -7,10 +7,9 @@
 
 #include "base/standard_streams.h"
 #include "machines/linux/sysfs_machine.h"
-#include "machines/recorded/listing.h"
-#include "machines/recorded/mask_serials.h"
-#include "machines/recorded/record_drive.h"
-#include "machines/recorded/write_property_list.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/recording.h"
+#include "tools/mask_serials.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
 
@@ -48,7 +47,7 @@ platform::Dictionary Record(const platform::Entry& device) {
 int RecordHost(const tools::Arguments& arguments) {
   tools::OutputFile output(*arguments.file);  // before any drive is woken for nothing
   platform::Property listing = machines::ListingOf(machines::ReadLinuxMachine(), Record);
-  if (arguments.Has("no-serials")) machines::MaskSerials(listing);
+  if (arguments.Has("no-serials")) tools::MaskSerials(listing);
   output.Finish(machines::WritePropertyList(listing));
   return 0;
 }

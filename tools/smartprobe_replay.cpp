@@ -5,7 +5,7 @@
 #include "base/files.h"
 #include "base/standard_streams.h"
 #include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/recording_error.h"
+#include "machines/recorded/recording_format.h"
 #include "platform/machine.h"
 #include "probe/start_up.h"
 #include "tools/program.h"

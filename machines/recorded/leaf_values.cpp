@@ -21,7 +21,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kWhiteSpace) + 1);
 }
 
-bool TakePrefix(std::string_view& text, std::string_view prefix) {
+bool RemovePrefix(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
   text.remove_prefix(prefix.size());
   return true;
@@ -29,7 +29,7 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
 
 // The number that the whole of `text` is. `format` is from_chars' base or chars_format.
 template <typename Value, typename Format>
-std::optional<Value> Parsed(std::string_view text, Format format) {
+std::optional<Value> ParseNumber(std::string_view text, Format format) {
   Value value{};
   const char* end = text.data() + text.size();
   const auto [parsed, error] = std::from_chars(text.data(), end, value, format);
@@ -43,144 +43,101 @@ bool HasForm(std::string_view text, std::string_view form) {
   });
 }
 
-// What a byte of base64 stands for: six bits, or one of the others.
-constexpr std::uint8_t kSpace = 64, kPadding = 65, kNoMeaning = 66;
-
+// The six bits that a character of base64 stands for, or one of the others.
+constexpr std::uint8_t kNoDigit = 64, kSpace = 65;
 constexpr std::array<std::uint8_t, 256> kBase64 = [] {
   constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::array<std::uint8_t, 256> meanings{};
-  meanings.fill(kNoMeaning);
-  for (std::size_t i = 0; i < kDigits.size(); i++) {
-    meanings[static_cast<unsigned char>(kDigits[i])] = static_cast<std::uint8_t>(i);
-  }
-  for (const char space : kWhiteSpace) meanings[static_cast<unsigned char>(space)] = kSpace;
-  meanings['='] = kPadding;
-  return meanings;
+  std::array<std::uint8_t, 256> bits{};
+  bits.fill(kNoDigit);
+  std::uint8_t value = 0;
+  for (const char digit : kDigits) bits[static_cast<unsigned char>(digit)] = value++;
+  for (const char space : kWhiteSpace) bits[static_cast<unsigned char>(space)] = kSpace;
+  return bits;
 }();
 
-std::uint32_t Meaning(char c) { return kBase64[static_cast<unsigned char>(c)]; }
+std::uint32_t Bits(char c) { return kBase64[static_cast<unsigned char>(c)]; }
 
-// Most of a text is digits in groups of four, which need no look at each digit.
-class Base64Decoder {
- public:
-  explicit Base64Decoder(std::size_t length) : bytes_(length / 4 * 3), next_(bytes_.data()) {}
-
-  // Takes the groups of four digits at the start of `text`, at the border of a group.
-  void TakeGroups(std::string_view& text) {
-    if (digits_ % 4 != 0 || padding_ > 0) return;
-    std::size_t taken = 0;
-    std::uint8_t* next = next_;
-    for (; taken + 4 <= text.size(); taken += 4) {
-      const std::uint32_t a = Meaning(text[taken]);
-      const std::uint32_t b = Meaning(text[taken + 1]);
-      const std::uint32_t c = Meaning(text[taken + 2]);
-      const std::uint32_t d = Meaning(text[taken + 3]);
-      if ((a | b | c | d) >= kSpace) break;
-      next = Put(a << 18 | b << 12 | c << 6 | d, next);
-    }
-    next_ = next;
-    text.remove_prefix(taken);
+// The bytes of base64 that has white space only between its groups of four, and none around.
+std::optional<Property> ParseGroups(std::string text) {
+  const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+  std::fill_n(text.rbegin(), padding, 'A');
+  platform::Data bytes(text.size() / 4 * 3);
+  std::uint8_t* next = bytes.data();
+  std::size_t parsed = 0;
+  while (parsed + 4 <= text.size()) {
+    const char* group = text.data() + parsed;
+    const std::uint32_t a = Bits(group[0]);
+    const std::uint32_t b = Bits(group[1]);
+    const std::uint32_t c = Bits(group[2]);
+    const std::uint32_t d = Bits(group[3]);
+    parsed += a == kSpace ? 1 : 4;
+    if (a == kSpace) continue;
+    if ((a | b | c | d) >= kNoDigit) return std::nullopt;
+    *next++ = static_cast<std::uint8_t>(a << 2 | b >> 4);
+    *next++ = static_cast<std::uint8_t>(b << 4 | c >> 2);
+    *next++ = static_cast<std::uint8_t>(c << 6 | d);
   }
+  if (parsed != text.size()) return std::nullopt;
+  bytes.resize(static_cast<std::size_t>(next - bytes.data()) - padding);
+  return Property{std::move(bytes)};
+}
 
-  // Takes a character. False: it may not stand there.
-  bool Take(char c) {
-    const std::uint32_t meaning = Meaning(c);
-    if (meaning == kSpace) return true;
-    if (meaning == kNoMeaning || (padding_ > 0 && meaning != kPadding)) return false;
-    if (meaning == kPadding) padding_++;
-    group_ = group_ << 6 | (meaning == kPadding ? 0 : meaning);
-    if (++digits_ % 4 == 0) next_ = Put(group_, next_);
-    return true;
-  }
-
-  std::optional<platform::Data> Finish() {
-    if (padding_ > 2 || digits_ % 4 != 0) return std::nullopt;
-    bytes_.resize(static_cast<std::size_t>(next_ - bytes_.data()) - padding_);
-    return std::move(bytes_);
-  }
-
- private:
-  static std::uint8_t* Put(std::uint32_t group, std::uint8_t* next) {
-    next[0] = static_cast<std::uint8_t>(group >> 16);
-    next[1] = static_cast<std::uint8_t>(group >> 8);
-    next[2] = static_cast<std::uint8_t>(group);
-    return next + 3;
-  }
-
-  platform::Data bytes_;
-  std::uint8_t* next_;       // in bytes_
-  std::uint32_t group_ = 0;  // of the digits that TakeGroups did not take
-  std::size_t digits_ = 0;   // that it did not take, padding too
-  std::size_t padding_ = 0;
-};
-
-}  // namespace
-
-std::optional<Property> TextValue(const std::string& text) { return Property{text}; }
-
-std::optional<Property> IntegerValue(const std::string& text) {
+std::optional<Property> ParseInteger(std::string_view text) {
   std::string_view figures = Trimmed(text);
-  const bool isNegative = TakePrefix(figures, "-");
-  if (!isNegative) TakePrefix(figures, "+");
-  const bool isHexadecimal = TakePrefix(figures, "0x") || TakePrefix(figures, "0X");
-  const auto magnitude = Parsed<std::uint64_t>(figures, isHexadecimal ? 16 : 10);
+  const bool isNegative = RemovePrefix(figures, "-");
+  if (!isNegative) RemovePrefix(figures, "+");
+  const bool isHexadecimal = RemovePrefix(figures, "0x") || RemovePrefix(figures, "0X");
+  const auto magnitude = ParseNumber<std::uint64_t>(figures, isHexadecimal ? 16 : 10);
   if (!magnitude || (isNegative && *magnitude > std::uint64_t{1} << 63)) return std::nullopt;
   const std::uint64_t value = isNegative ? 0 - *magnitude : *magnitude;
   return Property{platform::IntegerNumber(static_cast<std::int64_t>(value))};
 }
 
-std::optional<Property> RealValue(const std::string& text) {
+std::optional<Property> ParseReal(std::string_view text) {
   std::string_view figures = Trimmed(text);
-  if (TakePrefix(figures, "+") && figures.starts_with('-')) return std::nullopt;
-  const auto value = Parsed<double>(figures, std::chars_format::general);
+  if (RemovePrefix(figures, "+") && figures.starts_with('-')) return std::nullopt;
+  const auto value = ParseNumber<double>(figures, std::chars_format::general);
   if (!value) return std::nullopt;
   return Property{platform::Float64Number(*value)};
 }
 
-std::optional<Property> DateValue(const std::string& text) {
+std::optional<Property> ParseDate(std::string_view text) {
   using namespace std::chrono;
   const std::string_view date = Trimmed(text);
   if (!HasForm(date, "0000-00-00T00:00:00Z")) return std::nullopt;
-  const auto figures = [date](std::size_t first, std::size_t count) {
-    return *Parsed<int>(date.substr(first, count), 10);
+  const auto figures = [date](std::size_t first, std::size_t count = 2) {
+    return *ParseNumber<int>(date.substr(first, count), 10);
   };
-  const auto unsignedFigures = [&](std::size_t first) {
-    return static_cast<unsigned>(figures(first, 2));
-  };
-  const year_month_day calendarDay(year(figures(0, 4)), month(unsignedFigures(5)),
-                                   day(unsignedFigures(8)));
-  const hours hour(figures(11, 2));
-  const minutes minute(figures(14, 2));
-  const seconds second(figures(17, 2));
-  if (!calendarDay.ok() || hour >= days(1) || minute >= hours(1) || second >= minutes(1)) {
-    return std::nullopt;
-  }
+  const year_month_day day = year(figures(0, 4)) / figures(5) / figures(8);
+  const hours hour(figures(11));
+  const minutes minute(figures(14));
+  const seconds second(figures(17));
+  const bool isTime = hour < days(1) && minute < hours(1) && second < minutes(1);
+  if (!day.ok() || !isTime) return std::nullopt;
   constexpr sys_days kEpoch = year(2001) / January / 1;
-  const seconds since = sys_days(calendarDay) - kEpoch + hour + minute + second;
+  const seconds since = sys_days(day) - kEpoch + hour + minute + second;
   return Property{platform::Date{since.count()}};
 }
 
-std::optional<Property> DataValue(const std::string& text) {
-  Base64Decoder decoder(text.size());
-  for (std::string_view rest = text; !rest.empty(); rest.remove_prefix(1)) {
-    decoder.TakeGroups(rest);
-    if (rest.empty()) break;
-    if (!decoder.Take(rest.front())) return std::nullopt;
-  }
-  std::optional<platform::Data> bytes = decoder.Finish();
-  if (!bytes) return std::nullopt;
-  return Property{std::move(*bytes)};
+std::optional<Property> ParseData(const std::string& text) {
+  if (auto data = ParseGroups(std::string(Trimmed(text)))) return data;
+  std::string digits = text;
+  std::erase_if(digits, [](char c) { return Bits(c) == kSpace; });
+  return ParseGroups(std::move(digits));
 }
 
-std::optional<Property> TrueValue(const std::string& text) {
-  if (!text.empty()) return std::nullopt;
-  return Property{true};
-}
+}  // namespace
 
-std::optional<Property> FalseValue(const std::string& text) {
-  if (!text.empty()) return std::nullopt;
-  return Property{false};
+std::optional<Property> ParseLeaf(std::string_view name, const std::string& text) {
+  if (name == "string") return Property{text};
+  if (name == "integer") return ParseInteger(text);
+  if (name == "data") return ParseData(text);
+  if (name == "real") return ParseReal(text);
+  if (name == "date") return ParseDate(text);
+  if (name == "true" && text.empty()) return Property{true};
+  if (name == "false" && text.empty()) return Property{false};
+  return std::nullopt;
 }
 
 }  // namespace machines

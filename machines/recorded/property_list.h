@@ -1,7 +1,8 @@
-// XML property lists as the platform's values. What the keys of a recorded machine mean
-// is told in keys.h and recorded_machine.h.
+// XML property lists as the platform's values, and back. What the keys of a recorded
+// machine mean is told in recording_format.h and recorded_machine.h.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "platform/machine.h"
@@ -9,9 +10,17 @@
 namespace machines {
 
 // The value of the property list `file`, which is not trusted. The caller bounds its size,
-// this function its nesting, its elements and the parser's memory. In the value texts are
-// UTF-8 without NUL, dictionaries hold no key twice. Throws RecordingError, with the line
-// of the fault where it has one, for what is not well-formed or is no property list.
+// this function its nesting, its elements, its attributes and the parser's memory. It is
+// read as UTF-8 whatever encoding it declares; comments, instructions and attributes are
+// skipped. In the value texts are UTF-8 without NUL, dictionaries hold no key twice. Throws
+// RecordingError, with the line of the fault where it has one, for what is not well-formed
+// or is no property list, declares anything in its document type, or has a reference that
+// cannot be resolved.
 platform::Property ReadPropertyList(std::string_view file);
+
+// An XML property list of `property`. Throws RecordingError for what it cannot hold: a text
+// that is not UTF-8 or has a character that XML does not allow (a control character, U+FFFE,
+// U+FFFF), a number of a type that no machine source makes, a date outside 1933 to 2068.
+std::string WritePropertyList(const platform::Property& property);
 
 }  // namespace machines

@@ -1,5 +1,5 @@
 // A machine from a property list in the shape of a registry listing, with what its
-// drives answer beside their entries. The file itself is read by property_list.cpp.
+// drives answer beside their entries. The file's text is read by property_list.h.
 #pragma once
 
 #include <cstddef>

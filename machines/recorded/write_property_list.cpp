@@ -1,40 +1,36 @@
 // The one file that includes libplist's header.
-#include "machines/recorded/write_property_list.h"
-
 #include <plist/plist.h>
+#include <utf8.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <memory>
+#include <utility>
 
-#include "machines/recorded/recording_error.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/recording_format.h"
 
 namespace machines {
 namespace {
 
 using platform::Property;
 
-struct FreeNode {
-  void operator()(plist_t node) const { plist_free(node); }
-};
-using OwnedNode = std::unique_ptr<void, FreeNode>;
+using OwnedNode = std::unique_ptr<void, decltype([](plist_t node) { plist_free(node); })>;
 
 // libplist's own call for this has another name from release to release.
-struct FreeText {
-  void operator()(char* text) const { std::free(text); }
-};
+using OwnedText = std::unique_ptr<char, decltype([](char* text) { std::free(text); })>;
 
 const std::string& Checked(const std::string& text) {
   const auto isControl = [](char c) {
     return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
   };
-  if (std::ranges::any_of(text, isControl)) {
-    throw RecordingError("a text with a control character cannot be recorded: " + Shortened(text));
+  if (utf8::is_valid(text.begin(), text.end()) && std::ranges::none_of(text, isControl) &&
+      text.find("\uFFFE") == std::string::npos && text.find("\uFFFF") == std::string::npos) {
+    return text;
   }
-  return text;
+  throw RecordingError("a text that XML does not allow cannot be recorded: " + Shortened(text));
 }
 
 OwnedNode MakeNode(const Property& property);
@@ -46,8 +42,7 @@ struct NodeMaker {
   }
   OwnedNode operator()(bool value) const { return OwnedNode(plist_new_bool(value)); }
   OwnedNode operator()(const platform::Date& date) const {
-    using Limits = std::numeric_limits<std::int32_t>;
-    if (date.seconds < Limits::min() || date.seconds > Limits::max()) {
+    if (!std::in_range<std::int32_t>(date.seconds)) {
       throw RecordingError("a date outside 1933 to 2068 cannot be recorded");
     }
     return OwnedNode(plist_new_date(static_cast<std::int32_t>(date.seconds), 0));
@@ -56,15 +51,13 @@ struct NodeMaker {
     return OwnedNode(plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
   }
   OwnedNode operator()(const platform::Number& number) const {
-    switch (number.type) {
-      case kCFNumberSInt32Type:
-      case kCFNumberSInt64Type:
-        return OwnedNode(plist_new_uint(number.bits));
-      case kCFNumberFloat64Type:
-        return OwnedNode(plist_new_real(std::bit_cast<double>(number.bits)));
-      default:
-        throw RecordingError("a number of this type cannot be recorded");
+    if (number.type == kCFNumberFloat64Type) {
+      return OwnedNode(plist_new_real(std::bit_cast<double>(number.bits)));
     }
+    if (number.type == kCFNumberSInt32Type || number.type == kCFNumberSInt64Type) {
+      return OwnedNode(plist_new_uint(number.bits));
+    }
+    throw RecordingError("a number of this type cannot be recorded");
   }
   OwnedNode operator()(const platform::Array& array) const {
     OwnedNode node(plist_new_array());
@@ -92,7 +85,7 @@ std::string WritePropertyList(const Property& property) {
   std::uint32_t length = 0;
   plist_to_xml(root.get(), &xml, &length);
   if (xml == nullptr) throw RecordingError("libplist cannot write it");
-  const std::unique_ptr<char, FreeText> owner(xml);
+  const OwnedText owner(xml);
   return {xml, length};
 }
 

@@ -4,7 +4,7 @@
 
 #include "platform/machine.h"
 
-namespace machines {
+namespace tools {
 
 // Puts an X in the place of each character of every serial number in `listing`, at any
 // depth: in properties, and in the IDENTIFY data of recorded drives. Blanks and NULs stay.
@@ -12,4 +12,4 @@ namespace machines {
 // checksum that was right is made right again.
 void MaskSerials(platform::Property& listing);
 
-}  // namespace machines
+}  // namespace tools

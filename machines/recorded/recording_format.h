@@ -1,7 +1,12 @@
-// The keys that have a meaning of their own in a recorded machine.
+// What the reader and the writer of a recording share: the keys that have a meaning of
+// their own, and the one error.
 #pragma once
 
+#include <stdexcept>
+#include <string>
 #include <string_view>
+
+#include "base/printable_text.h"
 
 namespace machines {
 
@@ -19,5 +24,18 @@ inline constexpr std::string_view kIdentifyKey = "Identify";
 inline constexpr std::string_view kExceededKey = "ThresholdExceeded";
 inline constexpr std::string_view kEnableFailsKey = "EnableFails";
 inline constexpr std::string_view kQueryFailsKey = "QueryFails";
+
+// What is wrong with a recording, and where. what() is one line of printable UTF-8,
+// whatever the file put into it.
+class RecordingError : public std::runtime_error {
+ public:
+  explicit RecordingError(std::string_view message) : std::runtime_error(base::OneLine(message)) {}
+};
+
+// `text` of the file as it stands in a message: cut after 80 bytes.
+inline std::string Shortened(std::string_view text) {
+  constexpr std::size_t kMaxLength = 80;
+  return std::string(text.substr(0, kMaxLength)) + (text.size() > kMaxLength ? "..." : "");
+}
 
 }  // namespace machines

@@ -1,4 +1,4 @@
-#include "machines/recorded/mask_serials.h"
+#include "tools/mask_serials.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,9 @@
 #include <numeric>
 #include <string>
 
-#include "machines/recorded/keys.h"
+#include "machines/recorded/recording_format.h"
 
-namespace machines {
+namespace tools {
 namespace {
 
 using platform::Array;
@@ -16,7 +16,7 @@ using platform::Data;
 using platform::Dictionary;
 using platform::Property;
 
-constexpr std::size_t kIdentifySize = 512;
+constexpr std::size_t kIdentifySize = platform::Drive::kBlockSize;
 constexpr std::uint8_t kChecksumSignature = 0xA5;
 
 // Words of IDENTIFY DEVICE data, both ends included.
@@ -83,7 +83,7 @@ void MaskSerialNumber(Property& property) {
 
 void MaskDrive(Dictionary& recorded) {
   for (auto& [key, property] : recorded) {
-    if (key == kIdentifyKey) MaskIdentify(std::get<Data>(property.value));
+    if (key == machines::kIdentifyKey) MaskIdentify(std::get<Data>(property.value));
   }
 }
 
@@ -96,7 +96,7 @@ void MaskSerials(Property& listing) {
   auto* dictionary = std::get_if<Dictionary>(&listing.value);
   if (dictionary == nullptr) return;
   for (auto& [key, property] : *dictionary) {
-    if (key == kDriveKey) {
+    if (key == machines::kDriveKey) {
       MaskDrive(std::get<Dictionary>(property.value));
     } else if (NamesSerialNumber(key)) {
       MaskSerialNumber(property);
@@ -106,4 +106,4 @@ void MaskSerials(Property& listing) {
   }
 }
 
-}  // namespace machines
+}  // namespace tools

@@ -1,0 +1,134 @@
+#include "machines/recorded/element_stack.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "machines/recorded/leaf_values.h"
+#include "machines/recorded/recording_format.h"
+
+namespace machines {
+namespace {
+
+using platform::Array;
+using platform::Dictionary;
+using platform::KeyedProperty;
+using platform::Property;
+
+// Whatever walks the finished values, such as their destruction, calls itself for each
+// level.
+constexpr std::size_t kMaxNesting = 256;
+
+// The smallest element, seven bytes of a file, takes some hundred bytes of memory.
+constexpr std::size_t kMaxElements = 1'000'000;
+
+constexpr auto kElements =
+    std::to_array<std::string_view>({"key", "string", "integer", "dict", "true", "false", "data",
+                                     "array", "real", "date", "plist"});
+
+std::string Tag(std::string_view name) { return "<" + Shortened(name) + ">"; }
+
+// Sorting finds a key that is there twice; unlike hashing, it has no bad case.
+void CheckKeys(const Dictionary& dictionary) {
+  std::vector<std::string_view> keys(dictionary.size());
+  std::ranges::transform(dictionary, keys.begin(), &KeyedProperty::key);
+  std::ranges::sort(keys);
+  const auto twice = std::ranges::adjacent_find(keys);
+  if (twice == keys.end()) return;
+  throw RecordingError("a <dict> ends that has the <key> \"" + Shortened(*twice) + "\" twice");
+}
+
+}  // namespace
+
+void ElementStack::Start(std::string_view name) {
+  if (!leaf_.empty()) throw RecordingError(Tag(name) + " inside " + Tag(leaf_));
+  const auto* element = std::ranges::find(kElements, name);
+  if (element == kElements.end()) {
+    throw RecordingError(Tag(name) + " is no element of a property list");
+  }
+  CheckPlace(name);
+  if (++count_ > kMaxElements) {
+    throw RecordingError("more than " + std::to_string(kMaxElements) + " elements");
+  }
+  const bool isDictionary = name == "dict";
+  if (!isDictionary && name != "array" && name != "plist") {
+    leaf_ = *element;
+    text_.clear();
+    return;
+  }
+  if (open_.size() > kMaxNesting) {  // <plist> is no level
+    throw RecordingError("more than " + std::to_string(kMaxNesting) + " levels of nesting");
+  }
+  open_.push_back({*element, {Array()}});
+  if (isDictionary) open_.back().value = {Dictionary()};
+}
+
+void ElementStack::CheckPlace(std::string_view name) const {
+  const bool isRoot = name == "plist";
+  if (open_.empty() && !isRoot) throw RecordingError(Tag(name) + " before <plist>");
+  if (open_.empty()) return;
+  if (isRoot) throw RecordingError("<plist> inside <plist>");
+  const Container& parent = open_.back();
+  if (open_.size() == 1 && !std::get<Array>(parent.value.value).empty()) {
+    throw RecordingError("a second value in <plist>");
+  }
+  const bool isKey = name == "key";
+  const bool inDictionary = std::holds_alternative<Dictionary>(parent.value.value);
+  if (isKey && !inDictionary) throw RecordingError("<key> outside <dict>");
+  if (isKey && parent.keyPending) throw RecordingError("a second <key> where a value is due");
+  if (!isKey && inDictionary && !parent.keyPending) {
+    throw RecordingError(Tag(name) + " where a <key> is due");
+  }
+}
+
+void ElementStack::Text(std::string_view piece) {
+  if (!leaf_.empty()) {
+    text_ += piece;
+  } else if (piece.find_first_not_of(" \t\n\r") != std::string_view::npos) {
+    throw RecordingError("text between elements");
+  }
+}
+
+void ElementStack::End() {
+  if (!leaf_.empty()) {
+    EndLeaf();
+    return;
+  }
+  Container ended = std::move(open_.back());
+  open_.pop_back();
+  if (ended.keyPending) throw RecordingError("a <key> without a value");
+  if (const auto* dictionary = std::get_if<Dictionary>(&ended.value.value)) CheckKeys(*dictionary);
+  if (!open_.empty()) {
+    Put(std::move(ended.value));
+    return;
+  }
+  auto& values = std::get<Array>(ended.value.value);
+  if (values.empty()) throw RecordingError("an empty <plist>");
+  root_ = std::move(values.front());
+}
+
+void ElementStack::EndLeaf() {
+  const std::string_view leaf = std::exchange(leaf_, {});
+  if (leaf == "key") {
+    std::get<Dictionary>(open_.back().value.value).push_back({text_, {}});
+    open_.back().keyPending = true;
+    return;
+  }
+  std::optional<Property> value = ParseLeaf(leaf, text_);
+  if (!value) throw RecordingError("\"" + Shortened(text_) + "\" is no " + Tag(leaf));
+  Put(std::move(*value));
+}
+
+// Puts a finished value into the innermost container.
+void ElementStack::Put(Property value) {
+  Container& parent = open_.back();
+  if (auto* dictionary = std::get_if<Dictionary>(&parent.value.value)) {
+    dictionary->back().value = std::move(value);
+    parent.keyPending = false;
+  } else {
+    std::get<Array>(parent.value.value).push_back(std::move(value));
+  }
+}
+
+}  // namespace machines

@@ -1,0 +1,207 @@
+// The one file that includes expat's header. As it comes, expat trusts a file's declared
+// encoding, takes memory without bound, and drops references that it cannot resolve.
+#include <expat.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "machines/recorded/element_stack.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/recording_format.h"
+
+namespace machines {
+namespace {
+
+using platform::Property;
+
+// A file of 64 MiB that is one text or one attribute needs less. A tag of millions of
+// attributes would need more, and several seconds.
+constexpr std::size_t kMaxMemory = std::size_t{256} << 20;
+
+// Property lists have one, the version. expat keeps every name that it has met, and takes
+// up to ten seconds for a file that is full of them.
+constexpr std::size_t kMaxAttributes = 1'000;
+
+// What the parser holds, in bytes. expat passes its allocator no object to keep this in.
+thread_local std::size_t memoryHeld = 0;
+
+void Free(void* memory) {
+  memoryHeld -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+// The old block and the new one may be there at the same time.
+void* Reallocate(void* memory, std::size_t size) {
+  if (size > kMaxMemory || memoryHeld > kMaxMemory - size) return nullptr;
+  const std::size_t before = malloc_usable_size(memory);
+  void* moved = std::realloc(memory, size);
+  if (moved != nullptr) memoryHeld += malloc_usable_size(moved) - before;
+  return moved;
+}
+
+void* Allocate(std::size_t size) { return Reallocate(nullptr, size); }
+
+// How much of `file` stands before its first markup. expat takes no white space before
+// an XML declaration.
+std::size_t LengthBeforeMarkup(std::string_view file) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  const std::size_t start = file.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+  return std::min(file.find_first_not_of(" \t\r\n", start), file.size());
+}
+
+// Where the parser is, in bytes of what it was given; -1: nowhere. expat 2.9 has a call of
+// its own for large files, and warns of the other.
+std::int64_t ByteIndex(XML_Parser parser) {
+#if XML_MAJOR_VERSION > 2 || XML_MINOR_VERSION >= 9
+  return XML_GetCurrentByteIndex64(parser);
+#else
+  return XML_GetCurrentByteIndex(parser);
+#endif
+}
+
+// The functions that expat calls may not throw: what is thrown there is kept until expat has
+// returned, and gets the line where expat was.
+class Reader {
+ public:
+  explicit Reader(std::string_view file) : file_(file), start_(LengthBeforeMarkup(file)) {
+    constexpr XML_Memory_Handling_Suite kMemory = {Allocate, Reallocate, Free};
+    // Whatever encoding the file declares; a byte order mark still wins.
+    parser_.reset(XML_ParserCreate_MM("UTF-8", &kMemory, nullptr));
+    if (!parser_) throw std::bad_alloc();
+    XML_SetUserData(parser_.get(), this);
+    XML_SetElementHandler(parser_.get(), OnStart, OnEnd);
+    XML_SetCharacterDataHandler(parser_.get(), OnText);
+    XML_SetStartDoctypeDeclHandler(parser_.get(), OnDocumentType);
+    XML_SetSkippedEntityHandler(parser_.get(), OnSkippedReference);
+  }
+
+  Property Read() {
+    const std::string_view markup = file_.substr(start_);
+    const auto status =
+        XML_Parse(parser_.get(), markup.data(), static_cast<int>(markup.size()), XML_TRUE);
+    if (status != XML_STATUS_OK) {
+      Guard(this, [](Reader& reader) { throw RecordingError(reader.Explanation()); });
+    }
+    if (fault_) ThrowFault();
+    return std::move(elements_.Root());
+  }
+
+ private:
+  static void OnStart(void* self, const XML_Char* name, const XML_Char** attributes) {
+    Guard(self, [=](Reader& reader) {
+      if (*attributes != nullptr) reader.CheckAttributes(attributes);
+      reader.elements_.Start(name);
+    });
+  }
+  static void OnEnd(void* self, const XML_Char* /*name*/) {
+    Guard(self, [](Reader& reader) { reader.elements_.End(); });
+  }
+  static void OnText(void* self, const XML_Char* text, int length) {
+    const std::string_view piece(text, static_cast<std::size_t>(length));
+    Guard(self, [piece](Reader& reader) { reader.elements_.Text(piece); });
+  }
+  // Declarations can give every element thousands of attributes, and hide one another.
+  static void OnDocumentType(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
+                             const XML_Char* /*publicId*/, int hasDeclarations) {
+    if (hasDeclarations == 0) return;
+    Guard(self, [](Reader&) { throw RecordingError("a document type with declarations in it"); });
+  }
+  // After an external document type, which is not read, it might declare any entity.
+  static void OnSkippedReference(void* self, const XML_Char* name, int /*isParameter*/) {
+    Guard(self, [name](Reader&) {
+      throw RecordingError("an unknown reference, &" + Shortened(name) + ";");
+    });
+  }
+
+  // Keeps what `call` throws, the first time. expat calls some more when it has been stopped.
+  template <typename Call>
+  static void Guard(void* self, Call call) noexcept {
+    auto& reader = *static_cast<Reader*>(self);
+    if (reader.fault_) return;
+    try {
+      call(reader);
+    } catch (...) {
+      reader.fault_ = std::current_exception();
+      reader.faultPosition_ = reader.Position();
+      XML_StopParser(reader.parser_.get(), XML_FALSE);
+    }
+  }
+  void ThrowFault() const;
+  void CheckAttributes(const XML_Char** attributes);
+  std::string Explanation() const;
+
+  std::size_t Position() const {
+    return start_ + static_cast<std::size_t>(std::max<std::int64_t>(ByteIndex(parser_.get()), 0));
+  }
+
+  std::string_view file_;
+  std::size_t start_;  // of what expat is given
+  ElementStack elements_;
+  std::size_t attributeCount_ = 0;
+  std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_{nullptr, XML_ParserFree};
+  std::exception_ptr fault_;  // the first
+  std::size_t faultPosition_ = 0;
+};
+
+void Reader::ThrowFault() const {
+  try {
+    std::rethrow_exception(fault_);
+  } catch (const RecordingError& error) {
+    const auto line = 1 + std::ranges::count(file_.substr(0, faultPosition_), '\n');
+    throw RecordingError("line " + std::to_string(line) + ": " + error.what());
+  }
+}
+
+// In an attribute expat drops an unknown reference without a call.
+void Reader::CheckAttributes(const XML_Char** attributes) {
+  for (; *attributes != nullptr; attributes += 2) attributeCount_++;
+  if (attributeCount_ > kMaxAttributes) {
+    throw RecordingError("more than " + std::to_string(kMaxAttributes) + " attributes");
+  }
+  const auto length = static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()));
+  if (file_.substr(Position(), length).find('&') != std::string_view::npos) {
+    throw RecordingError("a reference in an attribute");
+  }
+}
+
+// What made expat stop by itself.
+std::string Reader::Explanation() const {
+  const XML_Error code = XML_GetErrorCode(parser_.get());
+  if (code == XML_ERROR_NO_MEMORY) return "the XML here takes too much memory to read";
+  if (code == XML_ERROR_NO_ELEMENTS) {
+    const std::string innermost(elements_.Innermost());
+    return innermost.empty() ? "not an XML property list"
+                             : "the file ends inside <" + innermost + ">";
+  }
+  const bool isMarkup = code != XML_ERROR_SYNTAX && code != XML_ERROR_INVALID_TOKEN;
+  if (Position() == start_ && !isMarkup) return "this is not XML";
+  const bool isUTF16 = file_.starts_with("\xFE\xFF") || file_.starts_with("\xFF\xFE");
+  const bool isByteKnown = Position() < file_.size() && !isUTF16;
+  if (code != XML_ERROR_INVALID_TOKEN || !isByteKnown) return XML_ErrorString(code);
+  const auto byte = static_cast<unsigned char>(file_[Position()]);
+  if (byte >= 0x80) return "text that is not UTF-8, or U+FFFE or U+FFFF, which XML does not allow";
+  if (byte >= 0x20) return XML_ErrorString(code);
+  return "a control character, which XML does not allow; tr -d '\\000-\\010\\013\\014\\016-\\037' "
+         "<FILE >FILE.clean takes them out";
+}
+
+}  // namespace
+
+Property ReadPropertyList(std::string_view file) {
+  if (file.empty()) throw RecordingError("the file is empty");
+  if (file.starts_with("bplist")) {
+    throw RecordingError(
+        "a binary property list; plistutil -i FILE -o FILE.xml converts it to an XML one");
+  }
+  return Reader(file).Read();
+}
+
+}  // namespace machines
