@@ -57,15 +57,15 @@ std::size_t LengthBeforeMarkup(std::string_view file) {
   return std::min(file.find_first_not_of(" \t\r\n", start), file.size());
 }
 
-// Where the parser is, in bytes of what it was given; -1: nowhere. expat 2.9 has a call of
-// its own for large files, and warns of the other.
-std::int64_t ByteIndex(XML_Parser parser) {
+// Where the parser is, in bytes of what it was given, -1 being nowhere, and how many bytes
+// the markup there has. expat 2.9 has calls of its own for large files, and warns of these.
 #if XML_MAJOR_VERSION > 2 || XML_MINOR_VERSION >= 9
-  return XML_GetCurrentByteIndex64(parser);
+constexpr auto kByteIndex = XML_GetCurrentByteIndex64;
+constexpr auto kByteCount = XML_GetCurrentByteCount64;
 #else
-  return XML_GetCurrentByteIndex(parser);
+constexpr auto kByteIndex = XML_GetCurrentByteIndex;
+constexpr auto kByteCount = XML_GetCurrentByteCount;
 #endif
-}
 
 // The functions that expat calls may not throw: what is thrown there is kept until expat has
 // returned, and gets the line where expat was.
@@ -139,7 +139,7 @@ class Reader {
   std::string Explanation() const;
 
   std::size_t Position() const {
-    return start_ + static_cast<std::size_t>(std::max<std::int64_t>(ByteIndex(parser_.get()), 0));
+    return start_ + static_cast<std::size_t>(std::max<std::int64_t>(kByteIndex(parser_.get()), 0));
   }
 
   std::string_view file_;
@@ -166,7 +166,7 @@ void Reader::CheckAttributes(const XML_Char** attributes) {
   if (attributeCount_ > kMaxAttributes) {
     throw RecordingError("more than " + std::to_string(kMaxAttributes) + " attributes");
   }
-  const auto length = static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()));
+  const auto length = static_cast<std::size_t>(kByteCount(parser_.get()));
   if (file_.substr(Position(), length).find('&') != std::string_view::npos) {
     throw RecordingError("a reference in an attribute");
   }
