@@ -74,4 +74,15 @@ done
 cmp "$work/file" "$work/table" || fail 'a failure replaced the file'
 shell 1 "$name: --output=: No such file" '"$0" -- --output='
 
+# colors ENVIRONMENT: how many lines have them on a terminal, which script(1) gives.
+colors() {
+  env -u NO_COLOR timeout 20 script -qec "env $1 $program $report" /dev/null </dev/null |
+    grep -c $'\e'
+}
+if script -qec true /dev/null >"$work/out" 2>&1 </dev/null; then
+  [ "$(colors NO_COLOR=)/$(colors NO_COLOR=1)" = 17/0 ] || fail 'the colors on a terminal'
+else
+  echo "SKIPPED: no terminal: $(head -1 "$work/out")"
+fi
+
 [ "$failures" = 0 ]
