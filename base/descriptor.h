@@ -1,4 +1,5 @@
-// An open file that closes itself.
+// An open file that closes itself. An error of that close is lost: code that
+// writes calls Release() and close() itself, to learn whether all of it arrived.
 #pragma once
 
 #include <unistd.h>
@@ -13,6 +14,7 @@ class Descriptor {
   // Owns what open() returned; a negative number is no open file.
   explicit Descriptor(int number) : number_(number) {}
   Descriptor(Descriptor&& other) noexcept : number_(other.Release()) {}
+  // The file held so far is closed with `other`.
   Descriptor& operator=(Descriptor&& other) noexcept {
     std::swap(number_, other.number_);
     return *this;
@@ -22,7 +24,7 @@ class Descriptor {
   }
 
   bool IsOpen() const { return number_ >= 0; }
-  int number() const { return number_; }
+  int number() const { return number_; }  // stays owned here; -1 where none is open
 
   // Gives up the number, which the caller has to close from now on.
   int Release() { return std::exchange(number_, -1); }

@@ -9,11 +9,13 @@
 
 namespace base {
 
-// The error that the last system call left. what() names the file.
+// The error that the last system call left in errno, so to be called before any other.
+// what() names the file.
 std::system_error SystemError(const std::string& file);
 
 // The file, opened for reading; "-" is standard input, which stays open when the result
-// is closed. Throws SystemError.
+// is closed: it is a second descriptor of the same open file, with the same position. A folder
+// opens, and fails when it is read; a named pipe waits for its writer. Throws SystemError.
 Descriptor OpenInput(const std::string& file);
 
 // The first `limit` bytes of the file, or all of them if it is shorter. More is not read,

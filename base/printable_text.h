@@ -6,16 +6,17 @@
 
 namespace base {
 
-// `bytes` as UTF-8, with U+FFFD for each sequence that is not.
+// `bytes` as UTF-8, with U+FFFD for each sequence that is not: up to three times as many.
 std::string ValidUTF8(std::string_view bytes);
 
 // `text` as UTF-8 for one line of a terminal, with U+FFFD for each control character,
 // line separator, character that reorders the text around it and sequence that is not UTF-8.
+// A tab is a control character too. The text is not shortened.
 std::string OneLine(std::string_view text);
 
 // `text` without the padding around it (spaces, and the NULs that some drives pad
 // with) and with a question mark for every byte that is not printable ASCII. With one
-// wrong byte in it a name is still worth showing.
+// wrong byte in it a name is still worth showing. Empty if there is only padding.
 std::string PrintableASCII(std::string_view text);
 
 }  // namespace base

@@ -6,6 +6,8 @@
 
 namespace base {
 
+// The status of a program that could not do its work, but for smartprobe's own, which is
+// always 0, and for a verdict or a mistake in the arguments, which have theirs.
 inline constexpr int kFailureStatus = 1;
 
 // To be called before any file is opened. From then on a reader of the output that has
@@ -18,7 +20,8 @@ void PrepareStandardStreams();
 void PrintError(std::string_view program, std::string_view what);
 
 // To be called when the last of the output is written. Returns the status with which
-// the program ends: 0, or kFailureStatus after a message when some of it was lost.
+// the program ends: 0, or kFailureStatus after a message when some of it was lost. Flushes the
+// output and does not close it; an earlier failure counts, even if all is well by now.
 int FinishOutput(std::string_view program);
 
 }  // namespace base

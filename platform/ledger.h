@@ -23,7 +23,8 @@ enum class ReferenceKind {
   kCount  // of the kinds above; no kind itself
 };
 
-// How many references of each kind. A kind that is not named in the list has none.
+// How many references of each kind. A kind that is not named in the list has none. An AddRef on
+// a plug-in or an interface counts as one more, so a Release has to answer each of them.
 class Ledger {
  public:
   Ledger() = default;
@@ -38,11 +39,14 @@ class Ledger {
   std::array<int, static_cast<std::size_t>(ReferenceKind::kCount)> counts_{};
 };
 
-// The references that are out now.
+// The references that are out now. Only the sources that hand them out and take them back
+// change it; there is one for the process, and no lock.
 Ledger& OpenReferences();
 
 // Takes back every reference that is out, as the platform does when a process ends,
-// and the ledger is empty. For programs that run one pass after another.
+// and the ledger is empty. For programs that run one pass after another: handles and dictionaries
+// point into the machine, so this comes before the machine is replaced. Whatever the probe still
+// keeps from before it is dangling then; constant strings and UUIDs alone stay.
 void EndProcess();
 
 // The parts of EndProcess: each drops the references that its source keeps.

@@ -23,7 +23,7 @@ struct KeyedProperty;
 
 using Data = std::vector<std::uint8_t>;
 using Array = std::vector<Property>;
-using Dictionary = std::vector<KeyedProperty>;  // keys are unique
+using Dictionary = std::vector<KeyedProperty>;  // keys are unique; not checked here
 
 // A number keeps the type that it was created with. `bits` holds the value: a
 // signed integer extended to 64 bits, a 32- or 64-bit float in its own width.
@@ -38,6 +38,7 @@ struct Date {
   bool operator==(const Date&) const = default;
 };
 
+// Of booleans, arrays and dates the probe only ever sees the type.
 struct Property {
   std::variant<std::string, Number, Data, Dictionary, bool, Array, Date> value;
   bool operator==(const Property&) const;
@@ -53,11 +54,13 @@ struct KeyedProperty {
 Number IntegerNumber(std::int64_t value);
 Number Float64Number(double value);
 
-// The value under `key`, or null. Borrowed from `dictionary`.
+// The value under `key`, or null. Borrowed from `dictionary`. Looks at one key after the
+// other: the dictionaries of a registry are short.
 const Property* Find(const Dictionary& dictionary, std::string_view key);
 
 // The drive that an entry's S.M.A.R.T. user client asks. An operation that
-// fails returns false or nothing, and the probe's buffers stay as they were.
+// fails returns false or nothing, and the probe's buffers stay as they were. A source must
+// answer nothing rather than a guess: the probe takes each answer for what the drive said.
 class Drive {
  public:
   static constexpr std::size_t kBlockSize = 512;
@@ -76,14 +79,17 @@ class Drive {
   virtual std::string OpenFailure() const { return "it cannot be opened for S.M.A.R.T. commands"; }
   // SMART ENABLE OPERATIONS, or DISABLE. False: the drive refused.
   virtual bool Enable(bool enable) = 0;
-  // SMART RETURN STATUS: true when a threshold is exceeded.
+  // SMART RETURN STATUS: true when a threshold is exceeded. Nothing: the probe reports the
+  // drive as not exceeded all the same, so Open should have failed before.
   virtual std::optional<bool> ReturnStatus() = 0;
+  // Without the data the probe does not ask for the thresholds, and prints no attribute.
   virtual std::optional<Block> ReadData() = 0;
   virtual std::optional<Block> ReadThresholds() = 0;
   // IDENTIFY DEVICE: 256 words, low byte first.
   virtual std::optional<Block> Identify() = 0;
 };
 
+// The probe finds ATA devices by `name` and AHCI devices by `className`; each is compared whole.
 struct Entry {
   std::string name;
   std::string className;
@@ -94,12 +100,15 @@ struct Entry {
 
 struct Machine {
   SInt32 systemVersion = 0x1068;  // 0xMMmb, binary-coded decimal
+  // Searched in this order, an entry before its children. The report has the same order.
   std::vector<Entry> roots;
-  std::map<std::string, std::string> mainBundleStrings;  // key to translation
+  // Key to translation. A key that is missing gets the caller's own text.
+  std::map<std::string, std::string> mainBundleStrings;
 };
 
 // The machine that the platform's calls answer from. Each program defines this
-// once. It stays unchanged and alive while the probe holds anything from it.
+// once. It stays unchanged and alive while the probe holds anything from it. The first call
+// may take the time that building it takes.
 Machine& ThisMachine();
 
 }  // namespace platform

@@ -61,13 +61,14 @@ struct DataObject : Object {
 };
 
 // Refers to a dictionary of the machine. The objects of its values are made when
-// they are asked for and belong to it.
+// they are asked for and belong to it. The machine's dictionary must outlive it.
 class DictionaryObject : public Object {
  public:
   static constexpr ObjectType kType = ObjectType::kDictionary;
   explicit DictionaryObject(const Dictionary& values) : Object(kType), values_(values) {}
 
-  // The object of the value under `key`, borrowed, or null.
+  // The object of the value under `key`, borrowed, or null. The same one at every call, alive
+  // as long as this dictionary.
   const Object* Get(std::string_view key) const;
 
  private:
@@ -75,7 +76,8 @@ class DictionaryObject : public Object {
   mutable std::unordered_map<const Property*, std::unique_ptr<Object>> made_;
 };
 
-// An object of `property`; a dictionary goes on referring to it.
+// An object of `property`, never null; a dictionary goes on referring to it. Booleans, arrays
+// and dates have a type and no value.
 std::unique_ptr<Object> MakeObject(const Property& property);
 
 // Gives the probe the only reference to `object`, entered in the ledger as `kind`.
@@ -88,6 +90,7 @@ void TakeBack(CFTypeRef object, const char* call);
 
 inline CFTypeRef Ref(const Object* object) { return object; }
 
+// Null is misuse of `call`. A pointer to a freed object, or to none, is not noticed here.
 inline const Object& Deref(CFTypeRef ref, const char* call) {
   if (ref == nullptr) Misuse(call, "null is no object");
   return *static_cast<const Object*>(ref);

@@ -9,7 +9,9 @@
 // every ATA device and after them, on a little-endian processor, every AHCI device.
 // When kMaxSavedATADrives drives are counted, each further device gets its failure
 // line and is not opened. The objects of the counted drives stay open for the release
-// loop. Where the set of ATA devices cannot be had there is no AHCI pass either; an
+// loop. A drive whose S.M.A.R.T. could be enabled is reported and counted whatever fails
+// after that; one that refuses to be enabled gets no line, and its plug-in and interface
+// are left open. Where the set of ATA devices cannot be had there is no AHCI pass either; an
 // empty set is no failure.
 void FindAllSMARTConnections();
 

@@ -7,6 +7,8 @@
 #include <IOKit/IOKitLib.h>
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
+// The table is one block of fixed size, about 280 KB: no record ever moves, so that
+// gActiveATADrive may point to one. A device beyond the table gets a failure line.
 enum { kMaxSavedATADrives = 64 };
 
 // Fields of the IDENTIFY DEVICE data: two characters a word, no NUL at the end.
@@ -21,11 +23,16 @@ enum {
 // A description can be three texts of 255 characters and the words between them.
 enum { kInterfaceInfoSize = 1024 };
 
+// What IOKitUtilsGetBDSName may write.
 enum { kBSDPathSize = 1024 };
+
+// What the drive could not be asked is 0 in the record: a block that was not read has no
+// entries, and a condition that was not told is printed as not exceeded.
 
 struct SavedATADriveInfo {
   char bsdName[kBSDPathSize];
-  char capacityLabel[256];  // kept from the device before where the capacity is 0
+  char capacityLabel[256];  // kept from the device before where the capacity is 0; an
+                            // abbreviated label, since a full name may need 266 bytes
   Str255 productNameP;      // productName with its length in front; nothing prints it
   char productName[256];
   char interfaceInfo[kInterfaceInfoSize];  // how it is attached, a length-prefixed string;
@@ -46,5 +53,6 @@ struct SavedATADriveInfo {
 extern SavedATADriveInfo *gSavedATADriveInfoArray;
 extern SInt16 gSMARTDriveCount;
 
-// The record being worked on.
+// The record being worked on: null before the first drive, and after the pass the last
+// counted one, whose objects are released by then.
 extern SavedATADriveInfo *gActiveATADrive;

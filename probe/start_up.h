@@ -4,17 +4,20 @@
 
 #include <Carbon/Carbon.h>
 
-extern SInt32 gMySysVersion;  // binary-coded decimal, 0xMMmb; 0 until it is read
-extern Boolean bLittleEndianCPU;
-extern ICInstance gICInstance;
+extern SInt32 gMySysVersion;      // binary-coded decimal, 0xMMmb; 0 until it is read
+extern Boolean bLittleEndianCPU;  // set by RunProbe; false before
+extern ICInstance gICInstance;    // started for form's sake; nothing uses it
 
 // The whole run. It reads no arguments and prints the report on standard output,
-// without flushing it; there is no failure that a caller could be told of.
+// without flushing it; there is no failure that a caller could be told of. On a system before
+// 10.2, or without memory for the table, it prints nothing at all. Each call allocates a
+// table of its own and forgets the one before.
 void RunProbe();
 
 // Runs one pass. Despite its name it reads no preferences.
 void GetApplicationPrefs();
 
 // One pass: finds, reads and reports every drive, then releases the objects of the
-// counted ones. Neither argument is read.
+// counted ones. Neither argument is read: they are those of a timer's callback. The records keep
+// the released pointers, which the next pass clears.
 void SMARTPollingRoutine(void *unusedTimer, void *unusedData);

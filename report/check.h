@@ -8,6 +8,7 @@
 
 namespace report {
 
+// The numbers are the statuses that monitoring plug-ins end with.
 enum class Verdict { kOk = 0, kWarning = 1, kCritical = 2, kUnknown = 3 };
 
 struct Judgement {
@@ -17,7 +18,10 @@ struct Judgement {
 };
 
 // `problems` are what else keeps a good verdict from being trusted, as the report's damage
-// does. A drive that fails is worse than one that nothing is known about.
+// does. A drive that fails is worse than one that nothing is known about, and that is worse than
+// a worn one: the condition of an unknown drive may be any. A report without drives is unknown,
+// since a probe that finds nothing would else look well for ever. The summary names every
+// device that it tells of, whatever its length.
 Judgement Check(const Report& report, const std::vector<std::string>& problems);
 
 }  // namespace report

@@ -18,11 +18,12 @@ struct Column {
 };
 
 struct Row {
-  std::vector<std::string> cells;  // one a column, each for one line
+  std::vector<std::string> cells;  // exactly one a column, each UTF-8 for one line
   Health health;
 };
 
-// `line` in the colour of the health, if it has one.
+// `line` in the colour of the health, if it has one: good health has none. The escape sequences
+// stand around it, so its width has to be settled before.
 std::string Colored(std::string_view line, Health health, bool hasColors);
 
 // Appends the headings and the rows. A cell too wide for any column moves the rest of its row

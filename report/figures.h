@@ -10,17 +10,18 @@ namespace report {
 
 struct Figure {
   std::uint8_t number = 0;
-  bool valid = true;
+  bool valid = true;  // false: the report calls the number invalid
 };
 
 // A decimal number of at most `max` without sign or leading zeros. Nothing: it is none.
 std::optional<unsigned> ParseDecimal(std::string_view text, unsigned max);
 
-// Nothing: `text` is neither a number up to 255 nor a text that stands for one.
+// Nothing: `text` is neither a number up to 255 nor a text that stands for one. "No Data" is 100
+// and valid: the probe prints that for a value of 100.
 std::optional<Figure> ParseValue(std::string_view text);
 std::optional<Figure> ParseThreshold(std::string_view text);
 
-// The report's text for the number.
+// The report's text for the number. The parser of the same kind gives the number back.
 std::string ValueText(std::uint8_t value);
 std::string ThresholdText(std::uint8_t threshold);
 

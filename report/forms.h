@@ -11,16 +11,20 @@
 namespace report {
 
 // For people: a heading a drive, its attributes in columns, and at the end the devices that
-// could not be read.
+// could not be read. Empty for a report of nothing, as the brief form is.
 std::string TableText(const Report& report, bool hasColors);
 
 // For people with many drives: one line a drive, and the devices that could not be read.
 std::string BriefText(const Report& report, bool hasColors);
 
-// One JSON document, a drive a line, with the report's characters as they are.
+// One JSON document, a drive a line, with the report's characters as they are. "flags" is the
+// report's number, "flags_ata" the same with its bytes exchanged, as the standard numbers its
+// bits. Throws where a text is not UTF-8, which ParseReport never gives.
 std::string JsonText(const Report& report);
 
-// The text format of Prometheus.
+// The text format of Prometheus. No series is there twice: devices of one path are numbered
+// in the label "drive", and of the attributes of one identifier one counts. A label has at most
+// 64 characters, since it is kept with every series of the drive.
 std::string PrometheusText(const Report& report);
 
 }  // namespace report

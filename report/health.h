@@ -15,10 +15,12 @@ enum class Health {
   kFailing,       // a pre-failure threshold is reached, or the drive reports the condition
 };
 
+// As the report's status has it; value and threshold are not compared again. The drive's is
+// the worst of its attributes', or kFailing when it reports the condition itself.
 Health HealthOf(const Attribute& attribute);
 Health HealthOf(const Drive& drive);
 
-// What every form for people calls it.
+// What every form for people calls it: one or two words, static.
 std::string_view HealthWord(Health health);
 
 // The attribute whose value is the least above its threshold, or the most below it; the first

@@ -19,7 +19,7 @@ enum class LineKind { kStart, kAttribute, kEnd, kFailure };
 
 struct Line {
   LineKind kind;
-  std::string_view fields;  // the part of the line after the tag
+  std::string_view fields;  // the part of the line after the tag, borrowed from it
 };
 
 struct EndLine {
@@ -28,7 +28,7 @@ struct EndLine {
 };
 
 // Each takes a line without its line feed, or the fields of one of its kind, and throws
-// BadLine.
+// BadLine. Texts are copied, and empty ones allowed.
 
 Line ParseTag(std::string_view line);
 
@@ -36,8 +36,12 @@ Line ParseTag(std::string_view line);
 // serial number are the last three fields, and what is between is the product name.
 Drive ParseStart(std::string_view fields);
 
+// The identifier is 1 to 255, the status one of the four texts. The name is what is between the
+// identifier and the last four fields.
 Attribute ParseAttribute(std::string_view fields);
 
+// The device is all before the last separator. Whether it is that of the drive that started is
+// for the caller to see.
 EndLine ParseEnd(std::string_view fields);
 
 // The failed device.

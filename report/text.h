@@ -10,16 +10,18 @@
 namespace report {
 
 // `bytes` as UTF-8: the byte 0xCA is a no-break space, what is no text becomes U+FFFD, and
-// everything else stays as it is.
+// everything else stays as it is. The probe has no UTF-8 of its own, so the byte is taken so
+// wherever it stands.
 std::string ToText(std::string_view bytes);
 
-// In code points; `text` is UTF-8.
+// In code points; `text` is UTF-8. Characters of two columns, or of none, count as one.
 std::size_t Width(std::string_view text);
 
-// `text` without the blanks that pad it.
+// `text` without the blanks that pad it, borrowed from it. No other white space counts.
 std::string_view Trim(std::string_view text);
 
-// `text`, or of one wider than `width`, which is not 0, the start and an ellipsis.
+// `text`, or of one wider than `width`, which is not 0, the start and an ellipsis,
+// `width` code points together.
 std::string Shortened(const std::string& text, std::size_t width);
 
 // A device's path for one line, or words for an empty one.

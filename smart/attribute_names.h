@@ -4,6 +4,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+// Room for every name of the table; the longest takes 33 bytes with its NUL.
 enum { kAttribNameSize = 35 };
 
 // Writes the name of attribute `attribId` and its NUL, at most 33 bytes. Any
@@ -12,5 +13,6 @@ enum { kAttribNameSize = 35 };
 // some, a byte 0xCA (a no-break space) stands between the words.
 void GetSmartAttribName(UInt8 attribId, Boolean isMaxtor, char *name);
 
-// 1 when the product name of gActiveATADrive holds "MAXTOR" or "Maxtor", else 0.
+// 1 when the product name of gActiveATADrive holds "MAXTOR" or "Maxtor", else 0. No other
+// spelling counts. There has to be an active drive.
 Boolean IsMaxtorDrive();

@@ -14,7 +14,7 @@ enum { kAttributeId = 0, kAttributeFlags = 1, kAttributeCurrentValue = 3 };
 enum { kThresholdId = 0, kThresholdValue = 1 };
 
 // Entry `index`, 0 to 29, of a block: 12 bytes within it, borrowed. An entry with
-// identifier 0 is empty.
+// identifier 0 is empty. Another index is not noticed.
 UInt8 *AttributeEntry(ATASMARTData *data, int index);
 const UInt8 *ThresholdEntry(const ATASMARTDataThresholds *thresholds, int index);
 
@@ -23,5 +23,6 @@ const UInt8 *ThresholdEntry(const ATASMARTDataThresholds *thresholds, int index)
 // revision and two words after the entries. A second call undoes the first.
 void SwapSMARTDataBytes(ATASMARTData *data);
 
-// The flags word of an attribute entry, in the processor's byte order.
+// The flags word of an attribute entry, read in the processor's byte order, wherever in memory
+// the entry lies. SwapSMARTDataBytes decides which byte that makes the high one.
 UInt16 AttributeFlags(const UInt8 *entry);

@@ -31,7 +31,9 @@ enum {
 
 // Fills the rows from the blocks of gActiveATADrive and prints a line for each
 // threshold whose attribute has a value. It exchanges bytes of the data block in
-// place, so it is called once for a drive, after both blocks are read.
+// place, so it is called once for a drive, after both blocks are read. A threshold whose
+// attribute is missing or has no value has a row and no line. Checksums of the blocks are not
+// looked at.
 void SyncThresholdData();
 
 // Writes the text of column `item` of row `rowIndex` (0 to 29), at most 77 bytes

@@ -9,7 +9,8 @@
 namespace tools {
 
 // A new file beside `file`, which takes its place when it is whole: a reader finds the old
-// file or the new one. It is removed again unless Finish succeeds.
+// file or the new one. It is removed again unless Finish succeeds; a process
+// that is killed leaves it: `file`, a dot and six characters.
 class OutputFile {
  public:
   // Throws std::runtime_error, whose what() names the file, when it cannot be made, or when
@@ -21,7 +22,9 @@ class OutputFile {
   ~OutputFile();
 
   // Writes all of the file and gives it its name. The mode is 0666 without the bits of the
-  // umask. To be called once. Throws as the constructor does; the old file is left then.
+  // umask, which is changed for a moment: not for a program with threads. To be called once, even
+  // after a failure. Waits until the disk has the bytes. Throws as the constructor does; the old
+  // file is left then.
   void Finish(std::string_view bytes);
 
  private:

@@ -18,15 +18,17 @@ struct Option {
 
 struct CommandLine {
   const char* program;
-  const char* purpose;  // a sentence
-  std::vector<Option> options;
+  const char* purpose;          // a sentence
+  std::vector<Option> options;  // in the order of the help, which adds --help and --version
   const char* fileHelp;
-  bool needsFile;
+  bool needsFile;  // if not, `run` says what stands for a file that is not named
 };
 
 struct Arguments {
-  std::map<std::string, std::string> options;  // those that were given, with their values
-  std::optional<std::string> file;
+  // Those that were given, with their values. A value is never empty, but for an option that
+  // takes none. If an option is given twice, the last value counts.
+  std::map<std::string, std::string> options;
+  std::optional<std::string> file;  // not empty when `run` is called
 
   bool Has(const std::string& option) const { return options.contains(option); }
 };
@@ -40,7 +42,8 @@ struct UsageError : std::runtime_error {
 // --help and --version, and else returns what `run` returns. Options may stand before and
 // after the file; "--" ends them. After a mistake in the arguments, which `run` may throw as
 // UsageError too, the help is printed on standard error and `usageStatus` returned; after any
-// other exception it is 1, when its message was printed as one line.
+// other exception it is 1, when its message was printed as one line. To be called once: getopt
+// keeps its place in the arguments, whose order it changes.
 int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
                int usageStatus = 2);
 

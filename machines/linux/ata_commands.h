@@ -26,11 +26,13 @@ struct ReturnedRegisters {
 
 struct CommandResult {
   CommandEnd end = CommandEnd::kFailed;
-  std::optional<ReturnedRegisters> registers = std::nullopt;  // none: they did not come
+  // None: they did not come. They may come with a failure too, and tell nothing of health then.
+  std::optional<ReturnedRegisters> registers = std::nullopt;
 };
 
 // `sense` is in descriptor format, or in the fixed format that SAS adapters and some kernels
-// send. What is cut short inside the registers, or is of an earlier command, has failed.
+// send, of any length; what its header does not count is not read. What is cut short inside the
+// registers, or is of an earlier command, has failed.
 CommandResult ReadSense(std::span<const std::uint8_t> sense);
 
 enum class StatusAnswer {
@@ -40,7 +42,8 @@ enum class StatusAnswer {
   kExceeded,  // the drive exceeded a threshold
 };
 
-// `result` is that of SMART RETURN STATUS.
+// `result` is that of SMART RETURN STATUS, sent with its registers wanted. Only the two pairs of
+// values that the standard names are answers: another pair is not taken for a good one.
 StatusAnswer ReadReturnStatus(const CommandResult& result);
 
 // The registers that the commands in use need; all others are sent as 0.
@@ -52,7 +55,8 @@ struct AtaRegisters {
 };
 
 // Each sends one command to the open `node`, once, and waits for its end, at most 20
-// seconds and what the kernel then needs to free the drive.
+// seconds and what the kernel then needs to free the drive. `node` stays the caller's, and open.
+// Two variables by which the SCSI library can be changed are removed from the environment.
 
 // A command without data. A layer that returns registers reports even a success as an
 // error, so they are asked for only where they are wanted.
@@ -62,10 +66,11 @@ CommandResult SendCommand(int node, const AtaRegisters& registers,
 
 struct BlockResult {
   CommandEnd end = CommandEnd::kFailed;
-  std::optional<platform::Drive::Block> block = std::nullopt;  // of a success
+  std::optional<platform::Drive::Block> block = std::nullopt;  // of a success, and only of one
 };
 
-// A command that reads one block. One that comes short has failed.
+// A command that reads one block. One that comes short has failed. The bytes are the drive's own:
+// zeros or a wrong checksum are not noticed here.
 BlockResult ReadBlock(int node, const AtaRegisters& registers);
 
 }  // namespace machines

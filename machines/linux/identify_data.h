@@ -11,21 +11,24 @@
 namespace machines {
 
 // The IDENTIFY DEVICE data in an ATA Information page (89h of the vital product data).
-// Nothing: the page is too short or another, the data are zeros, or they are those of a
-// packet device such as an optical drive.
+// `page` is whole, from its header on. Nothing: the page is too short or another, the data are
+// zeros, or they are those of a packet device such as an optical drive.
 std::optional<platform::Drive::Block> FindIdentifyData(std::string_view page);
 
-// The model number, in reading order and printable.
+// The model number, in reading order and printable: at most 40 characters of ASCII without the
+// padding, or none.
 std::string ModelNumber(const platform::Drive::Block& identify);
 
-// Whether the drive says that it has no S.M.A.R.T.: old drives say neither.
+// Whether the drive says that it has no S.M.A.R.T.: old drives say neither. False is no promise
+// that it has.
 bool LacksSMART(const platform::Drive::Block& identify);
 
 // Puts a question mark in the place of each byte of serial number and revision that is
-// neither printable ASCII nor NUL: a line feed there would break a report.
+// neither printable ASCII nor NUL: a line feed there would break a report. NULs stay, as the
+// padding of some drives. All else of the block stays as well, so its checksum may be wrong now.
 void MakePrintable(platform::Drive::Block& identify);
 
-// Whether the drive itself has a serial interface.
+// Whether the drive itself has a serial interface; a bridge before it may have another.
 bool IsSerialATA(const platform::Drive::Block& identify);
 
 }  // namespace machines
