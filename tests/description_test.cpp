@@ -1,89 +1,41 @@
 // What the registry tells of a drive: lookups around an entry, product name, BSD
 // name, capacity, and how the drive is attached.
-#include <cstring>
 #include <functional>
 
-#include "platform/ledger.h"
 #include "registry/device_description.h"
 #include "registry/interconnect.h"
 #include "registry/property_lookups.h"
 #include "tests/support.h"
 
-using platform::Data;
-using platform::Dictionary;
-using platform::Entry;
-using platform::KeyedProperty;
-using platform::Ledger;
-using platform::Property;
-using test::Bytes;
-using test::Dict;
-using test::Integer;
-using test::Text;
-
-namespace {
+namespace test {
 
 // Root > Bus > Drive > (Driver > Partition, Other), with properties for each.
 struct Tree {
   Dictionary root = {}, bus = {}, drive = {}, driver = {}, partition = {}, other = {};
 };
 
-// The drive of that tree. When the probe is through, nothing but its service is open.
-struct DriveIn {
-  explicit DriveIn(const Tree& t) {
-    Entry driver{"Driver", "", t.driver, {{"Partition", "", t.partition, {}, {}}}, {}};
-    Entry drive{"Drive", "", t.drive, {driver, {"Other", "", t.other, {}, {}}}, {}};
-    test::Install({{"Root", "", t.root, {{"Bus", "", t.bus, {drive}, {}}}, {}}});
-    service = test::ServiceNamed("Drive");
-  }
-  ~DriveIn() {
-    EXPECT_EQ(platform::OpenReferences(), (Ledger{{platform::ReferenceKind::kService, 1}}));
-  }
-  io_service_t service;
-};
-
-// What `write` writes into `size` bytes, which hold other text before.
-std::string Written(std::size_t size, const std::function<void(char*)>& write) {
-  const auto text = std::make_unique<char[]>(size);
-  std::memset(text.get(), 'x', size - 1);
-  write(text.get());
-  return text.get();
-}
-
-std::string ProductName(const Property& name) {
-  const DriveIn drive({.bus = {{"Device Characteristics", Dict({{"Product Name", name}})}}});
-  const auto pascal = std::make_unique<unsigned char[]>(256);
-  IOKitUtilsGetDeviceProductNamePStr(drive.service, pascal.get());
-  std::string text =
-      Written(256, [&](char* out) { IOKitUtilsGetDeviceProductNameCStr(drive.service, out); });
-  EXPECT_EQ(std::string(pascal.get() + 1, pascal.get() + 1 + pascal[0]), text);
+// What `write` writes of the drive of that tree into `size` bytes, which hold other text
+// before. Nothing but the drive's service is open then.
+std::vector<char> Written(const Tree& t, std::size_t size,
+                          const std::function<void(io_service_t, char*)>& write) {
+  Entry driver{"Driver", "", t.driver, {{"Partition", "", t.partition, {}, {}}}, {}};
+  Entry drive{"Drive", "", t.drive, {driver, {"Other", "", t.other, {}, {}}}, {}};
+  Install({{"Root", "", t.root, {{"Bus", "", t.bus, {drive}, {}}}, {}}});
+  std::vector<char> text(size, 'x');
+  write(ServiceNamed("Drive"), text.data());
+  EXPECT_EQ(OpenReferences(), (Ledger{{kService, 1}}));
   return text;
 }
 
-std::string BSDName(const Tree& tree) {
-  return Written(1024, [&](char* text) { IOKitUtilsGetBDSName(DriveIn(tree).service, text); });
+std::string PascalText(const std::vector<char>& text) {
+  return {text.data() + 1, static_cast<unsigned char>(text[0])};
 }
-
-// All of `around` stands beside the protocol characteristics and in them too.
-std::string Interconnect(Property interconnect, Dictionary around, const Dictionary& below) {
-  const auto info = std::make_unique<char[]>(777);  // the most that is written
-  info[0] = 'x';
-  Dictionary protocol = around;
-  protocol.push_back({"Physical Interconnect", std::move(interconnect)});
-  around.push_back({"Protocol Characteristics", Dict(std::move(protocol))});
-  IOKitUtilsGetDeviceInterfaceInfo(DriveIn({.bus = around, .driver = below}).service, info.get());
-  return {info.get() + 1, static_cast<unsigned char>(info[0])};
-}
-
-}  // namespace
 
 TEST(Description, LookupsTakeTheNearestAncestorThenTheFirstDescendant) {
   const auto k = [](Property value) { return Dictionary{{"K", std::move(value)}}; };
   const Dictionary near = k(Text("near"));
   const Dictionary far = k(Text("far"));
-  const struct {
-    Tree tree;
-    std::string text;
-  } cases[] = {
+  const std::pair<Tree, std::string> cases[] = {
       {{.bus = far, .drive = near, .driver = far}, "near"},
       {{.root = near, .driver = far}, "near"},
       {{.partition = near, .other = far}, "near"},
@@ -91,38 +43,51 @@ TEST(Description, LookupsTakeTheNearestAncestorThenTheFirstDescendant) {
       {{.bus = k(Text(std::string(255, 'a')))}, std::string(255, 'a')},
       {{.bus = k(Text(std::string(256, 'a')))}, ""},
   };
-  for (const auto& [tree, text] : cases) {
-    const DriveIn drive(tree);
-    const auto lookUp = [&](char* out) { IOKitGetThisKeyCStr(drive.service, CFSTR("K"), out); };
-    EXPECT_EQ(Written(256, lookUp), text);
-  }
+  const auto lookUp = [](io_service_t drive, char* out) {
+    IOKitGetThisKeyCStr(drive, CFSTR("K"), out);
+  };
+  for (const auto& [tree, text] : cases) EXPECT_EQ(Written(tree, 256, lookUp).data(), text);
 }
 
 TEST(Description, ProductNameIsTrimmedAsciiOrNothing) {
-  EXPECT_EQ(ProductName(Text("  EXAMPLE \t250 \t  ")), "EXAMPLE \t250 \t");
-  EXPECT_EQ(ProductName(Text("    ")), "");
-  EXPECT_EQ(ProductName(Text(std::string(255, 'n'))), std::string(255, 'n'));
-  EXPECT_EQ(ProductName(Text(std::string(256, 'n'))), "");
+  const std::string longest(255, 'n');
+  const std::pair<std::string, std::string> kNames[] = {
+      {"  EXAMPLE \t250 \t  ", "EXAMPLE \t250 \t"},
+      {"    ", ""},
+      {longest, longest},
+      {longest + "n", ""}};
+  for (const auto& [name, trimmed] : kNames) {
+    const Tree tree = {.bus = {{"Device Characteristics", Dict({{"Product Name", Text(name)}})}}};
+    EXPECT_EQ(Written(tree, 256, IOKitUtilsGetDeviceProductNameCStr).data(), trimmed);
+    const auto pascal = Written(tree, 256, [](io_service_t drive, char* out) {
+      IOKitUtilsGetDeviceProductNamePStr(drive, reinterpret_cast<unsigned char*>(out));
+    });
+    EXPECT_EQ(PascalText(pascal), trimmed);
+  }
 }
 
 TEST(Description, BSDNameIsTheEntrysOrADescendants) {
-  const auto named = [](Property name) { return Dictionary{{"BSD Name", std::move(name)}}; };
-  const Dictionary disk1 = named(Text("disk1"));
-  const Dictionary disk2 = named(Text("disk2"));
+  const auto named = [](const std::string& name) { return Dictionary{{"BSD Name", Text(name)}}; };
   const std::string longest(1017, 'd');
-  EXPECT_EQ(BSDName({.drive = disk1, .driver = disk2}), "/dev/rdisk1");
-  EXPECT_EQ(BSDName({.bus = disk1, .partition = disk2, .other = disk1}), "/dev/rdisk2");
-  EXPECT_EQ(BSDName({.bus = disk1}), "");
-  EXPECT_EQ(BSDName({.drive = named(Integer(1)), .driver = disk2}), "");
-  EXPECT_EQ(BSDName({.drive = named(Text(longest))}), "/dev/r" + longest);
-  EXPECT_EQ(BSDName({.drive = named(Text(longest + "d"))}), "/dev/r");
+  const std::pair<Tree, std::string> kNames[] = {
+      {{.drive = named("disk1"), .driver = named("disk2")}, "/dev/rdisk1"},
+      {{.bus = named("disk1"), .partition = named("disk2"), .other = named("disk1")},
+       "/dev/rdisk2"},
+      {{.bus = named("disk1")}, ""},
+      {{.drive = {{"BSD Name", Integer(1)}}, .driver = named("disk2")}, ""},
+      {{.drive = named(longest)}, "/dev/r" + longest},
+      {{.drive = named(longest + "d")}, "/dev/r"},
+  };
+  for (const auto& [tree, name] : kNames) {
+    EXPECT_EQ(Written(tree, 1024, IOKitUtilsGetBDSName).data(), name);
+  }
 }
 
 TEST(Description, CapacityKeepsTheWidthOfItsNumber) {
   for (const auto& [size, expected] : {std::pair{250059350016, 250059350016}, {-1, 0xFFFFFFFF}}) {
     SInt64 capacity = -1;
-    const DriveIn drive({.partition = {{"Size", Integer(size)}}});
-    IOKitUtilsGetDeviceSizeInBytes(drive.service, &capacity);
+    Written({.partition = {{"Size", Integer(size)}}}, 0,
+            [&](io_service_t drive, char*) { IOKitUtilsGetDeviceSizeInBytes(drive, &capacity); });
     EXPECT_EQ(capacity, expected);
   }
 }
@@ -131,10 +96,10 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
   const Property ata = Text("ATA");
   const Property scsi = Text("SCSI");
   const std::string longATA = "ATA" + std::string(252, 'i');
-  const KeyedProperty unit0 = {"unit number", Integer(0)};
-  const KeyedProperty longUnit = {"unit number", {platform::Float64Number(1e247)}};
-  const KeyedProperty bus2 = {"AAPL,bus-id", Bytes({2})};
-  const KeyedProperty gen = {"device-type", Text("Gen")};
+  const platform::KeyedProperty unit0 = {"unit number", Integer(0)};
+  const platform::KeyedProperty longUnit = {"unit number", {platform::Float64Number(1e247)}};
+  const platform::KeyedProperty bus2 = {"AAPL,bus-id", Bytes({2})};
+  const platform::KeyedProperty gen = {"device-type", Text("Gen")};
   const auto busId = [&](const Data& id) { return Dictionary{unit0, {"AAPL,bus-id", Bytes(id)}}; };
   const auto at = [&](const Data& b) {
     return Dictionary{unit0, {"io-device-location", Bytes(b)}};
@@ -181,7 +146,15 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
        "FireWire:  GUID = 7766554433221100"},
       {Text("USB"), {{"locationID", Integer(16)}}, "USB:  locationID = 16"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Interconnect(c.interconnect, c.around, c.below), c.info) << &c - cases;
+  // All of `around` stands beside the protocol characteristics and in them too.
+  for (auto [interconnect, around, info, below] : cases) {
+    Dictionary protocol = around;
+    protocol.push_back({"Physical Interconnect", interconnect});
+    around.push_back({"Protocol Characteristics", Dict(protocol)});
+    const Tree tree = {.bus = around, .driver = below};
+    // 777: the most that is written
+    EXPECT_EQ(PascalText(Written(tree, 777, IOKitUtilsGetDeviceInterfaceInfo)), info);
   }
 }
+
+}  // namespace test

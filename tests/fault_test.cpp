@@ -12,12 +12,7 @@
 #include "text/byte_count_labels.h"
 #include "text/value_to_text.h"
 
-using platform::Entry;
-using platform::OpenReferences;
-using test::DeviceLines;
-using enum platform::ReferenceKind;
-
-namespace {
+namespace test {
 
 constexpr int kAtaDevices = 3;
 constexpr int kDevices = 6;
@@ -36,26 +31,21 @@ Call now, failed;
 bool Fails(const char* name, const void* key = nullptr) {
   now.name = name;
   // A drive's interface goes first, then its plug-in, then its service.
-  if (now.name == "IODestroyPlugInInterface") {
-    EXPECT_LT(OpenReferences()[kSMARTInterface], OpenReferences()[kPlugIn]);
-  }
-  if (now.name == "IOObjectRelease") {
-    EXPECT_LT(OpenReferences()[kPlugIn], OpenReferences()[kService]);
-  }
+  Ledger open = OpenReferences();
+  EXPECT_TRUE(now.name != "IODestroyPlugInInterface" || open[kSMARTInterface] < open[kPlugIn]);
+  EXPECT_TRUE(now.name != "IOObjectRelease" || open[kPlugIn] < open[kService]);
   if (key != nullptr) now.key = platform::Deref<platform::StringObject>(key, "test").text;
   if (--callsUntilFailure == 0) failed = now;
   if (callsUntilFailure != 0) done[name]++;
   return callsUntilFailure == 0;
 }
 
-struct FaultyDrive : test::FakeDrive {
+struct FaultyDrive : FakeDrive {
   bool Fails(char call) override {
     now.key = "";
-    return ::Fails(std::string(1, call).c_str());
+    return test::Fails(std::string(1, call).c_str());
   }
 };
-
-}  // namespace
 
 // The linker sends the probe's calls here first. The key, if any, stands after the arguments.
 #define FAILING(failure, result, call, parameters, arguments, ...)                        \
@@ -111,14 +101,13 @@ io_object_t __wrap_IOIteratorNext(io_iterator_t i) {
 
 }  // extern "C"
 
-namespace {
-
 // Device 1 has its texts in the registry, devices 2 and 4 have an exceeded threshold.
 DeviceLines LinesOf(int device) {
-  DeviceLines lines{.path = "/dev/rdisk" + std::to_string(device), .capacity = "5.00 KB"};
+  DeviceLines lines{.path = "/dev/rdisk" + std::to_string(device),
+                    .capacity = "5.00 KB",
+                    .exceeded = device == 2 || device == 4};
   if (device == 1) lines.serial = "S1";
   if (device == 1) lines.revision = "R1";
-  lines.exceeded = device == 2 || device == 4;
   return lines;
 }
 
@@ -128,27 +117,25 @@ std::string Devices(int begin, int end) {
   return lines;
 }
 
-void InstallDevices() {
-  const platform::Dictionary above[kDevices] = {
-      {{"AAPL,bus-id", test::Bytes({1})}},
-      {{"Serial Number", test::Text("S1")}, {"Revision", test::Text("R1")}},
-      {{"io-device-location", test::Bytes({'1'})}},
-      {},
-      {{"device-type", test::Text("Gen")}},
-      {}};
+std::vector<Entry> Controllers() {
+  Dictionary above[kDevices] = {{{"AAPL,bus-id", Bytes({1})}},
+                                {{"Serial Number", Text("S1")}, {"Revision", Text("R1")}},
+                                {{"io-device-location", Bytes({'1'})}},
+                                {},
+                                {{"device-type", Text("Gen")}},
+                                {}};
   std::vector<Entry> controllers;
   for (int i = 0; i < kDevices; i++) {
-    const auto drive = test::HealthyDrive(std::make_shared<FaultyDrive>());
-    drive->status = LinesOf(i).exceeded;
-    const auto device = i < kAtaDevices ? test::AtaDevice : test::AhciDevice;
-    Entry controller{"", "", above[i], {device(drive, "disk" + std::to_string(i), 5120)}, {}};
-    controller.properties.push_back({"unit number", test::Integer(0)});
-    controller.children[0].properties.push_back(
-        {"Protocol Characteristics",
-         test::Dict({{"Physical Interconnect", test::Text(i == 5 ? "SCSI" : "ATA")}})});
-    controllers.push_back(std::move(controller));
+    const auto drive = HealthyDrive(std::make_shared<FaultyDrive>());
+    drive->exceeded = LinesOf(i).exceeded;
+    Entry device =
+        (i < kAtaDevices ? AtaDevice : AhciDevice)(drive, "disk" + std::to_string(i), 5120);
+    const Property protocol = Dict({{"Physical Interconnect", Text(i == 5 ? "SCSI" : "ATA")}});
+    device.properties.push_back({"Protocol Characteristics", protocol});
+    above[i].push_back({"unit number", Integer(0)});
+    controllers.push_back({"", "", above[i], {device}, {}});
   }
-  test::Install(std::move(controllers), 0x1058);
+  return controllers;
 }
 
 // The lines of the device in hand after that failure, as a regular expression: a failed
@@ -200,22 +187,21 @@ std::string ReportAfter(const Call& call) {
 TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
   int n = 0;
   do {
-    InstallDevices();
     callsUntilFailure = ++n;
     now = failed = Call();
     done.clear();
-    const std::string report = test::Report();
+    const std::string report = Report(Controllers(), 0x1058);
     SCOPED_TRACE(failed.name + " " + failed.key + ", device " + std::to_string(failed.device));
     EXPECT_TRUE(testing::internal::RE::FullMatch(report, ReportAfter(failed))) << report;
     const bool noTable = failed.device < 0 && (failed.name == "Gestalt" || failed.name == "NewPtr");
     const int clients = failed.name == "E" ? 1 : 0;
     EXPECT_EQ(OpenReferences(),
-              (platform::Ledger{{kPropertyDictionary, done["IORegistryEntryCreateCFProperties"]},
-                                {kIterator, done["IOServiceGetMatchingServices"]},
-                                {kService, now.device + 1 - gSMARTDriveCount},
-                                {kPlugIn, clients},
-                                {kSMARTInterface, clients},
-                                {kMemoryBlock, noTable ? 0 : 1}}));
+              (Ledger{{kPropertyDictionary, done["IORegistryEntryCreateCFProperties"]},
+                      {kIterator, done["IOServiceGetMatchingServices"]},
+                      {kService, now.device + 1 - gSMARTDriveCount},
+                      {kPlugIn, clients},
+                      {kSMARTInterface, clients},
+                      {kMemoryBlock, noTable ? 0 : 1}}));
   } while (callsUntilFailure <= 0);
   EXPECT_EQ(done.size(), 24U) << "a call that is wrapped is not made";
 }
@@ -232,4 +218,4 @@ TEST(Faults, LeaveATextEmptyOrAsItWas) {
   EXPECT_STREQ(text, "");
 }
 
-}  // namespace
+}  // namespace test

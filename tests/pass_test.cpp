@@ -2,24 +2,11 @@
 // what it leaves open. The reports of the examples show the verdicts.
 #include <cstring>
 
-#include "platform/ledger.h"
 #include "probe/drive_table.h"
 #include "smart/threshold_rows.h"
 #include "tests/support.h"
 
-using platform::Dictionary;
-using platform::Entry;
-using platform::Ledger;
-using platform::OpenReferences;
-using platform::Property;
-using test::AhciDevice;
-using test::AtaDevice;
-using test::HealthyDrive;
-using test::Install;
-using test::Report;
-using enum platform::ReferenceKind;
-
-namespace {
+namespace test {
 
 std::string Item(SInt16 row, SInt16 item) {
   const auto text = std::make_unique<char[]>(77);  // the most that is written
@@ -28,87 +15,79 @@ std::string Item(SInt16 row, SInt16 item) {
   return text.get();
 }
 
-}  // namespace
-
 TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
-  const struct {
-    SInt32 version;
-    const char* calls;
-    const char* capacity;
-  } cases[] = {{0x101F, "", ""},
-               {0x1020, "OESDT", "232.89 GB"},
-               {0x102F, "OESDT", "232.89 GB"},
-               {0x1030, "OESDTI", "232.89 GB"},
-               {0x105F, "OESDTI", "232.89 GB"},
-               {0x1060, "OESDTI", "250.06 GB"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.version);
+  const std::tuple<SInt32, const char*, const char*> cases[] = {{0x101F, "", ""},
+                                                                {0x1020, "OESDT", "232.89 GB"},
+                                                                {0x102F, "OESDT", "232.89 GB"},
+                                                                {0x1030, "OESDTI", "232.89 GB"},
+                                                                {0x105F, "OESDTI", "232.89 GB"},
+                                                                {0x1060, "OESDTI", "250.06 GB"}};
+  for (const auto& [version, calls, capacity] : cases) {
+    SCOPED_TRACE(version);
     auto drive = HealthyDrive();
-    Install({AtaDevice(drive, "disk0", 250059350016)}, c.version);
-    test::DeviceLines lines{.path = "/dev/rdisk0", .capacity = c.capacity};
-    if (c.version < 0x1030) lines.revision = lines.serial = "";
-    EXPECT_EQ(Report(), c.version < 0x1020 ? "" : lines.Text());
-    EXPECT_EQ(drive->calls, c.calls);
-    EXPECT_EQ(OpenReferences() == Ledger(), c.version < 0x1020);
+    DeviceLines lines{.capacity = capacity};
+    if (version < 0x1030) lines.revision = lines.serial = "";
+    EXPECT_EQ(Report({AtaDevice(drive, "disk0", 250059350016)}, version),
+              version < 0x1020 ? "" : lines.Text());
+    EXPECT_EQ(drive->calls, calls);
+    EXPECT_EQ(OpenReferences() == Ledger(), version < 0x1020);
   }
 }
 
 TEST(Pass, AtaGoesByNameAndFeaturesAndAhciByClass) {
   const auto with = [](const Property& features) {
-    return Dictionary{{"Device Characteristics", test::Dict({{"ATA Features", features}})}};
+    return Dictionary{{"Device Characteristics", Dict({{"ATA Features", features}})}};
   };
   const auto device = [](const char* name, const char* className, const Dictionary& properties) {
     return Entry{name, className, properties, {}, HealthyDrive()};
   };
   const char* const ata = "IOATABlockStorageDevice";
   const char* const ahci = "IOAHCIBlockStorageDevice";
-  const Dictionary good = with(test::Integer(0x20));
-  Install({device("Disk", ata, good), device(ahci, "Disk", good),
-           device(ata, ata, with(test::Integer(0x5F))),
-           device(ata, ata, with(test::Integer(1LL << 32 | 0x20))),
-           device(ata, ata, with({platform::Float64Number(32.5)})),
-           device(ata, ata, with(test::Text("32"))),
-           device(ata, ata, {{"Device Characteristics", test::Integer(0x20)}}),
-           Entry{"Controller", "", good, {device(ata, ata, {})}, {}}});
-  EXPECT_EQ(Report(), "");
-  Install({device(ata, "Disk", good), device("Port 0", ahci, {}),
-           device(ata, ata, with({platform::Float64Number(32)})),
-           device(ata, ata, with(test::Integer(-1)))});
-  Report();
+  const Dictionary good = with(Integer(0x20));
+  EXPECT_EQ(Report({device("Disk", ata, good), device(ahci, "Disk", good),
+                    device(ata, ata, with(Integer(0x5F))),
+                    device(ata, ata, with(Integer(1LL << 32 | 0x20))),
+                    device(ata, ata, with({platform::Float64Number(32.5)})),
+                    device(ata, ata, with(Text("32"))),
+                    device(ata, ata, {{"Device Characteristics", Integer(0x20)}}),
+                    Entry{"Controller", "", good, {device(ata, ata, {})}, {}}}),
+            "");
+  Report({device(ata, "Disk", good), device("Port 0", ahci, {}),
+          device(ata, ata, with({platform::Float64Number(32)})),
+          device(ata, ata, with(Integer(-1)))});
   EXPECT_EQ(gSMARTDriveCount, 4);
 }
 
 TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
-  const platform::KeyedProperty serial = {"Serial Number", test::Text("123456789012345678901")};
-  const platform::KeyedProperty revision = {"Revision", test::Text("1.0")};
-  const platform::KeyedProperty longRevision = {"Revision", test::Text("12345678X")};
-  Install({{"", "", {serial, revision}, {AtaDevice(HealthyDrive())}, {}},
-           {"", "", {longRevision}, {AtaDevice(HealthyDrive())}, {}}});
-  const test::DeviceLines both{
-      .path = "/dev/rdisk0", .revision = "1.0", .serial = "12345678901234567890"};
-  const test::DeviceLines one{.path = "/dev/rdisk0", .revision = "12345678"};
-  EXPECT_EQ(Report(), both.Text() + one.Text());
+  const auto below = [](const Dictionary& above) {
+    return Entry{"", "", above, {AtaDevice(HealthyDrive())}, {}};
+  };
+  const DeviceLines both{.revision = "1.0", .serial = "12345678901234567890"};
+  const DeviceLines one{.revision = "12345678"};
+  EXPECT_EQ(
+      Report({below({{"Serial Number", Text("123456789012345678901")}, {"Revision", Text("1.0")}}),
+              below({{"Revision", Text("12345678X")}})}),
+      both.Text() + one.Text());
 }
 
 TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   auto drive = HealthyDrive();
-  auto data = test::BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
+  auto data = BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
   for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
   drive->data = data;
   // 99 is the last entry of both blocks. What comes after it would be attribute 111, and
   // a threshold of 9.
-  auto thresholds = test::BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
+  auto thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
   thresholds[2 + 12 * 29] = 99;
   thresholds[2 + 12 * 30] = 9;
   drive->thresholds = thresholds;
-  Install({AtaDevice(drive)});
-  test::DeviceLines lines{.path = "/dev/rdisk0"};
+  DeviceLines lines;
   lines.attributes =
       "SMARTStatus:::9:::Power On Hours Count:::256:::7:::5:::Pre-Fail:OK\n"
       "SMARTStatus:::3:::Spin-up Time:::512:::60:::21:::Life-Span:OK\n"
       "SMARTStatus:::7:::Seek Error Rate:::256:::No Data:::6:::Pre-Fail:OK\n"
       "SMARTStatus:::99:::Unknown Attribute:::25701:::102:::Always Passing:::Life-Span:OK\n";
-  EXPECT_EQ(Report(), lines.Text());
+  EXPECT_EQ(Report({AtaDevice(drive)}), lines.Text());
 
   EXPECT_EQ(Item(1, kItemAttribId), "111");
   EXPECT_EQ(Item(1, kItemCurrentValue), "0 (Invalid)");
@@ -123,8 +102,8 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   for (std::size_t k = 0; k < 30; k++) std::swap(data[3 + 12 * k], data[4 + 12 * k]);
   EXPECT_EQ(std::memcmp(&gSavedATADriveInfoArray[0].smartData, data.data(), 512), 0);
 
-  drive->thresholds = test::BlockOf({});
-  Report();
+  drive->thresholds = BlockOf({});
+  Report({AtaDevice(drive)});
   EXPECT_EQ(gSavedThresholds[0].attribId, 0) << "the rows of the drive before are cleared";
 }
 
@@ -133,7 +112,7 @@ TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
   std::string expected;
   for (int i = 0; i < 64; i++) {
     devices.push_back(AtaDevice(HealthyDrive(), "disk" + std::to_string(i)));
-    expected += test::DeviceLines{.path = "/dev/rdisk" + std::to_string(i)}.Text();
+    expected += DeviceLines{.path = i < 63 ? "/dev/rdisk" + std::to_string(i) : ""}.Text();
   }
   const auto beyond = HealthyDrive();
   Entry noFeatures = AtaDevice(beyond, "disk65");
@@ -141,14 +120,14 @@ TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
   devices.insert(devices.end(), {AtaDevice(beyond, "disk64", 5000), noFeatures,
                                  AtaDevice(beyond, "disk66"), AhciDevice(beyond, "disk67")});
   devices[63].children.clear();
-  expected.replace(expected.rfind("/dev/rdisk63"), 12, "");
-  expected.replace(expected.rfind("/dev/rdisk63"), 12, "");
-  Install(std::move(devices));
-  EXPECT_EQ(Report(), expected +
-                          "GetSMARTFailed:/dev/rdisk64:0\nGetSMARTFailed:/dev/rdisk66:0\n"
-                          "GetSMARTFailed:/dev/rdisk67:0\n");
+  for (const char* disk : {"64", "66", "67"}) {
+    expected += "GetSMARTFailed:/dev/rdisk" + std::string(disk) + ":0\n";
+  }
+  EXPECT_EQ(Report(devices), expected);
   EXPECT_EQ(beyond->calls, "");
   EXPECT_STREQ(gSavedATADriveInfoArray[63].bsdName, "") << "the last record stays as it is";
   EXPECT_EQ(OpenReferences(),
             (Ledger{{kPropertyDictionary, 67}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));
 }
+
+}  // namespace test

@@ -5,16 +5,12 @@
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/recorded_machine.h"
 #include "machines/recorded/recording.h"
-#include "platform/ledger.h"
 #include "tests/support.h"
 #include "tools/mask_serials.h"
 
-using platform::Data;
-using platform::Dictionary;
-using platform::Machine;
-using platform::Property;
+namespace test {
 
-namespace {
+using platform::Machine;
 
 Property Recorded(const Machine& machine) {
   return machines::ListingOf(machine, [](const platform::Entry& entry) {
@@ -26,30 +22,19 @@ Machine Replayed(const Machine& machine) {
   return machines::ReadRecordedMachine(machines::WritePropertyList(Recorded(machine)));
 }
 
-std::string ReportOf(const Machine& machine) {
-  test::Install(machine.roots, machine.systemVersion);
-  std::string report = test::Report();
-  platform::EndProcess();
-  return report;
-}
-
 TEST(Recording, GivesTheSameReportAgain) {
   Machine machine;
   machine.systemVersion = 0x1058;
-  machine.roots = {{"Root", "Class", {{"t", test::Text("<&>\xC3\xA9")}}, {}, {}},
-                   test::AtaDevice(test::HealthyDrive(), "disk0", 5000),
-                   test::AhciDevice(nullptr, "disk1")};
-  machine.roots[0].properties.push_back({"n", test::Integer(-(1LL << 40))});
-  machine.roots[0].properties.push_back({"d", {platform::Date{-5}}});
-  using Drive = test::FakeDrive;
-  for (void (*change)(Drive&) :
-       {+[](Drive& drive) { drive.status = true; }, +[](Drive& drive) { drive.opens = false; },
-        +[](Drive& drive) { drive.enables = false; }, +[](Drive& drive) { drive.status.reset(); },
-        +[](Drive& drive) { drive.data.reset(); }, +[](Drive& drive) { drive.thresholds.reset(); },
-        +[](Drive& drive) { drive.identify.reset(); }}) {
-    const auto drive = test::HealthyDrive();
-    change(*drive);
-    machine.roots[0].children.push_back(test::AhciDevice(drive, "disk2", 250059350016));
+  const Dictionary properties = {
+      {"t", Text("<&>\xC3\xA9")}, {"n", Integer(-(1LL << 40))}, {"d", {platform::Date{-5}}}};
+  machine.roots = {{"Root", "Class", properties, {}, {}},
+                   AtaDevice(HealthyDrive(), "disk0", 5000),
+                   AhciDevice(nullptr, "disk1")};
+  for (const char* failing : {"", "O", "E", "S", "D", "T", "I"}) {
+    const auto drive = HealthyDrive();
+    drive->exceeded = true;
+    drive->failing = failing;
+    machine.roots[0].children.push_back(AhciDevice(drive, "disk2", 250059350016));
   }
   const Machine replayed = Replayed(machine);
   EXPECT_EQ(replayed.systemVersion, 0x1058);
@@ -58,43 +43,39 @@ TEST(Recording, GivesTheSameReportAgain) {
   EXPECT_EQ(ReportOf(Replayed(Machine())), "") << "no entry at all";
 }
 
-Data MaskedIdentify(const Data& identify) {
-  Property listing = test::Dict({{"RecordedDrive", test::Dict({{"Identify", {identify}}})}});
-  tools::MaskSerials(listing);
-  const auto& drive = std::get<Dictionary>(std::get<Dictionary>(listing.value)[0].value.value);
-  return std::get<Data>(drive[0].value.value);
-}
-
-TEST(Masking, LeavesNothingThatTellsADrive) {
+// IDENTIFY DEVICE data with a checksum; each word of the serial number has its characters
+// exchanged.
+Data Identify(std::string_view serial, std::uint8_t elsewhere) {
   Data identify(512, 0x11);
-  const std::string serial = "BA1  DC2            ";  // each word's characters exchanged
   std::copy(serial.begin(), serial.end(), identify.begin() + 20);
+  for (const auto& [first, last] : {std::pair{108, 115}, {129, 159}, {176, 205}}) {
+    std::fill(identify.begin() + 2 * first, identify.begin() + 2 * last + 2, elsewhere);
+  }
   identify[510] = 0xA5;
   identify[511] = 0;
   identify[511] = static_cast<std::uint8_t>(-std::accumulate(identify.begin(), identify.end(), 0));
-
-  const Data masked = MaskedIdentify(identify);
-  EXPECT_EQ(std::string(masked.begin() + 20, masked.begin() + 40), "XXX  XXX            ");
-  for (std::size_t i = 0; i < 510; i++) {
-    const std::size_t word = i / 2;
-    if (word >= 10 && word <= 19) continue;
-    const bool isZeroed = (word >= 108 && word <= 115) || (word >= 129 && word <= 159) ||
-                          (word >= 176 && word <= 205);
-    EXPECT_EQ(masked[i], isZeroed ? 0 : 0x11) << word;
-  }
-  EXPECT_EQ(std::accumulate(masked.begin(), masked.end(), 0) % 256, 0);
-  identify[511] ^= 1;
-  EXPECT_EQ(MaskedIdentify(identify)[511], identify[511]) << "a wrong checksum stays";
-
-  const auto listing = [](const char* text, std::uint8_t byte) {
-    return test::Dict(
-        {{"Serial Number", test::Text(text)},
-         {"k", {platform::Array{test::Dict({{"serial-number", test::Bytes({byte, 0})}})}}},
-         {"Serial ATA", test::Text("kept")}});
-  };
-  Property property = listing(" a\xC3\xA9 9", 'a');
-  tools::MaskSerials(property);
-  EXPECT_EQ(property, listing(" XX X", 'X'));
+  return identify;
 }
 
-}  // namespace
+Property Listing(const Data& identify, const char* text, std::uint8_t byte) {
+  return Dict({{"RecordedDrive", Dict({{"Identify", Bytes(identify)}})},
+               {"Serial Number", Text(text)},
+               {"k", {platform::Array{Dict({{"serial-number", Bytes({byte, 0})}})}}},
+               {"Serial ATA", Text("kept")}});
+}
+
+TEST(Masking, LeavesNothingThatTellsADrive) {
+  Data identify = Identify("BA1  DC2            ", 0x11);
+  Data masked = Identify("XXX  XXX            ", 0);
+  const auto expectMasked = [&] {
+    Property listing = Listing(identify, " a\xC3\xA9 9", 'a');
+    tools::MaskSerials(listing);
+    EXPECT_EQ(listing, Listing(masked, " XX X", 'X'));
+  };
+  expectMasked();
+  identify[511] ^= 1;
+  masked[511] = identify[511];  // a wrong checksum stays
+  expectMasked();
+}
+
+}  // namespace test

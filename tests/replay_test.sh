@@ -38,13 +38,11 @@ done
 
 cp "$machine" "$work/-dash"
 check 0 '' "$program" -- "$work/-dash"
-refused "$work/none: No such file" "$work/none"
 refused "$work: Is a directory" "$work"
 refused '.*a.*b: No such file' $'a\n\e[1m\xffb'
 printf '<plist>\n<dict>\n' >"$work/truncated"
 refused "$work/truncated: line 3: the file ends inside <dict>" "$work/truncated"
 refused '/dev/zero: the file is larger than 64 MiB' /dev/zero
-shell 1 '-: the file is larger than 64 MiB' 'yes "<!-- -->" | "$0" -'
 shell 1 'standard output: No space left' '"$0" "$1" >/dev/full'
 shell 1 'standard output: Bad file descriptor' '"$0" "$1" >&-'
 shell 1 'standard output: Broken pipe' \

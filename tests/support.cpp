@@ -9,16 +9,15 @@ namespace test {
 namespace {
 
 // A text as a drive delivers it, characters exchanged.
-void PutField(platform::Drive::Block& block, std::size_t offset, std::size_t size,
-              std::string text) {
+void PutField(Drive::Block& block, std::size_t offset, std::size_t size, std::string text) {
   text.resize(size, ' ');
   for (std::size_t i = 0; i < size; i++) block[offset + (i ^ 1)] = static_cast<UInt8>(text[i]);
 }
 
 }  // namespace
 
-platform::Drive::Block BlockOf(std::initializer_list<BlockEntry> entries) {
-  platform::Drive::Block block{0x10, 0x00};
+Drive::Block BlockOf(const std::vector<BlockEntry>& entries) {
+  Drive::Block block{0x10, 0x00};
   std::size_t at = 2;
   for (const BlockEntry& entry : entries) {
     block[at] = entry.id;
@@ -32,15 +31,14 @@ platform::Drive::Block BlockOf(std::initializer_list<BlockEntry> entries) {
 std::shared_ptr<FakeDrive> HealthyDrive(std::shared_ptr<FakeDrive> drive) {
   drive->data = BlockOf({{194, 0x22, 38}});
   drive->thresholds = BlockOf({{194, 0}});
-  drive->identify->fill('x');  // what comes after a field must never be printed
-  PutField(*drive->identify, 20, 20, "SERIAL");
-  PutField(*drive->identify, 46, 8, "REV");
+  drive->identify.fill('x');  // what comes after a field must never be printed
+  PutField(drive->identify, 20, 20, "SERIAL");
+  PutField(drive->identify, 46, 8, "REV");
   return drive;
 }
 
-platform::Entry AtaDevice(std::shared_ptr<platform::Drive> drive, std::string bsdName,
-                          std::int64_t size) {
-  platform::Entry medium{"Media", "IOMedia", {{"BSD Name", Text(std::move(bsdName))}}, {}, nullptr};
+Entry AtaDevice(std::shared_ptr<Drive> drive, std::string bsdName, SInt64 size) {
+  Entry medium{"Media", "IOMedia", {{"BSD Name", Text(std::move(bsdName))}}, {}, nullptr};
   if (size != 0) medium.properties.push_back({"Size", Integer(size)});
   const char* const name = "IOATABlockStorageDevice";
   const auto characteristics =
@@ -48,9 +46,8 @@ platform::Entry AtaDevice(std::shared_ptr<platform::Drive> drive, std::string bs
   return {name, name, {{"Device Characteristics", characteristics}}, {medium}, std::move(drive)};
 }
 
-platform::Entry AhciDevice(std::shared_ptr<platform::Drive> drive, std::string bsdName,
-                           std::int64_t size) {
-  platform::Entry device = AtaDevice(std::move(drive), std::move(bsdName), size);
+Entry AhciDevice(std::shared_ptr<Drive> drive, std::string bsdName, SInt64 size) {
+  Entry device = AtaDevice(std::move(drive), std::move(bsdName), size);
   device.name = device.className = "IOAHCIBlockStorageDevice";
   return device;
 }
@@ -61,16 +58,21 @@ std::string DeviceLines::Text() const {
          (exceeded ? ":::True\n" : ":::False\n");
 }
 
-void Install(std::vector<platform::Entry> roots, SInt32 systemVersion) {
+void Install(std::vector<Entry> roots, SInt32 systemVersion) {
   platform::EndProcess();
   platform::ThisMachine() = {systemVersion, std::move(roots), {}};
 }
 
-std::string Report() {
+std::string Report(std::vector<Entry> roots, SInt32 systemVersion) {
+  Install(std::move(roots), systemVersion);
   gMySysVersion = 0;
   testing::internal::CaptureStdout();
   RunProbe();
   return testing::internal::GetCapturedStdout();
+}
+
+std::string ReportOf(const platform::Machine& machine) {
+  return Report(machine.roots, machine.systemVersion);
 }
 
 io_service_t ServiceNamed(const char* name) {

@@ -4,45 +4,50 @@
 #include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/ledger.h"
 #include "platform/machine.h"
 
 namespace test {
 
-inline platform::Property Text(std::string text) { return {std::move(text)}; }
-inline platform::Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
-inline platform::Property Bytes(platform::Data bytes) { return {std::move(bytes)}; }
-inline platform::Property Dict(platform::Dictionary values) { return {std::move(values)}; }
+using platform::Data;
+using platform::Dictionary;
+using platform::Drive;
+using platform::Entry;
+using platform::Ledger;
+using platform::OpenReferences;
+using platform::Property;
+using enum platform::ReferenceKind;
 
-// A drive that answers what its fields hold; an empty field is a failed call.
-struct FakeDrive : platform::Drive {
-  bool opens = true;
-  bool enables = true;
-  std::optional<bool> status = false;
-  std::optional<Block> data = Block{};
-  std::optional<Block> thresholds = Block{};
-  std::optional<Block> identify = Block{};
-  std::string calls;  // a letter each: O E S D T I
+inline Property Text(std::string text) { return {std::move(text)}; }
+inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
+inline Property Bytes(Data bytes) { return {std::move(bytes)}; }
+inline Property Dict(Dictionary values) { return {std::move(values)}; }
 
-  bool Open() override { return Called('O', opens); }
-  bool Enable(bool enable) override { return Called('E', enable && enables); }
-  std::optional<bool> ReturnStatus() override { return Called('S', status); }
+// A drive that answers what its fields hold, and notes the calls: a letter each, O E S D T I.
+struct FakeDrive : Drive {
+  bool exceeded = false;
+  Block data{}, thresholds{}, identify{};
+  std::string failing, calls;
+
+  bool Open() override { return Called('O', true).has_value(); }
+  bool Enable(bool enable) override { return Called('E', true) && enable; }
+  std::optional<bool> ReturnStatus() override { return Called('S', exceeded); }
   std::optional<Block> ReadData() override { return Called('D', data); }
   std::optional<Block> ReadThresholds() override { return Called('T', thresholds); }
   std::optional<Block> Identify() override { return Called('I', identify); }
 
-  virtual bool Fails(char /*call*/) { return false; }
+  virtual bool Fails(char call) { return failing.find(call) != std::string::npos; }
 
  private:
   template <typename T>
-  T Called(char letter, T answer) {
+  std::optional<T> Called(char letter, T answer) {
     calls += letter;
-    return Fails(letter) ? T{} : answer;
+    return Fails(letter) ? std::nullopt : std::optional(answer);
   }
 };
 
@@ -51,7 +56,7 @@ struct FakeDrive : platform::Drive {
 struct BlockEntry {
   std::uint8_t id, second, value = 0;
 };
-platform::Drive::Block BlockOf(std::initializer_list<BlockEntry> entries);
+Drive::Block BlockOf(const std::vector<BlockEntry>& entries);
 
 // Gives the drive one healthy attribute, serial "SERIAL" and revision "REV".
 std::shared_ptr<FakeDrive> HealthyDrive(
@@ -59,14 +64,12 @@ std::shared_ptr<FakeDrive> HealthyDrive(
 
 // A device with its features, a product name, and below it a medium `bsdName` of
 // `size` bytes (no size: 0).
-platform::Entry AtaDevice(std::shared_ptr<platform::Drive> drive, std::string bsdName = "disk0",
-                          std::int64_t size = 0);
-platform::Entry AhciDevice(std::shared_ptr<platform::Drive> drive, std::string bsdName = "disk0",
-                           std::int64_t size = 0);
+Entry AtaDevice(std::shared_ptr<Drive> drive, std::string bsdName = "disk0", SInt64 size = 0);
+Entry AhciDevice(std::shared_ptr<Drive> drive, std::string bsdName = "disk0", SInt64 size = 0);
 
 // What the report says of such a device with a healthy drive.
 struct DeviceLines {
-  std::string path, product = "EXAMPLE 250", revision = "REV     ", capacity = {};
+  std::string path = "/dev/rdisk0", product = "EXAMPLE 250", revision = "REV     ", capacity = {};
   std::string serial = "SERIAL              ";
   std::string attributes =
       "SMARTStatus:::194:::Temperature:::8704:::38:::Always Passing:::Life-Span:OK\n";
@@ -76,10 +79,11 @@ struct DeviceLines {
 };
 
 // Starts a new process on a machine of these entries: nothing is open any more.
-void Install(std::vector<platform::Entry> roots, SInt32 systemVersion = 0x1068);
+void Install(std::vector<Entry> roots, SInt32 systemVersion = 0x1068);
 
-// Runs the whole probe on the installed machine and gives what it printed.
-std::string Report();
+// Runs the whole probe on such a machine and gives what it printed.
+std::string Report(std::vector<Entry> roots, SInt32 systemVersion = 0x1068);
+std::string ReportOf(const platform::Machine& machine);
 
 // A service handle for the first entry of that name, owned by the caller.
 io_service_t ServiceNamed(const char* name);

@@ -37,10 +37,8 @@ TEST(Labels, AllColumns) {
   platform::ThisMachine().mainBundleStrings = {{"Gigabytes", "Gigaoctets\xC3\xA9"},
                                                {"Megabytes", m255},
                                                {"Terabytes", std::string(256, 't')}};
-  const struct {
-    SInt64 count;
-    std::array<std::string, 4> labels;  // decimal, with full names, binary, with full names
-  } cases[] = {
+  // Decimal, with full names, binary, with full names.
+  const std::pair<SInt64, std::array<std::string, 4>> cases[] = {
       {0, {"0 B", "0 Bytes", "0 B", "0 Bytes"}},
       {1000, {"1.00 KB", "1 Kilobytes", "1000 B", "1000 Bytes"}},
       {1023, {"1.02 KB", "1.023 Kilobytes", "1023 B", "1023 Bytes"}},
@@ -53,21 +51,18 @@ TEST(Labels, AllColumns) {
       {-1, {"-1 B", "-1 Bytes", "-1 B", "-1 Bytes"}},
       {INT64_MIN, {"-9.22 EB", "-9.223 ExaBytes", "-8.00 EB", "-7.999 ExaBytes"}},
   };
-  for (const auto& c : cases) {
-    const std::array labels = {Label(c.count, 0x1060, false), Label(c.count, 0x1060, true),
-                               Label(c.count, 0x105F, false), Label(c.count, 0x105F, true)};
-    EXPECT_EQ(labels, c.labels) << c.count;
+  for (const auto& [count, labels] : cases) {
+    EXPECT_EQ(Label(count, 0x1060, false), labels[0]);
+    EXPECT_EQ(Label(count, 0x1060, true), labels[1]);
+    EXPECT_EQ(Label(count, 0x105F, false), labels[2]);
+    EXPECT_EQ(Label(count, 0x105F, true), labels[3]);
   }
   EXPECT_EQ(platform::OpenReferences(), platform::Ledger());
 }
 
 TEST(NumberText, EachTypeInBothModes) {
   const auto bits = [](std::int64_t value) { return static_cast<std::uint64_t>(value); };
-  const struct {
-    Number number;
-    const char* decimal;
-    const char* hexadecimal;
-  } cases[] = {
+  const std::tuple<Number, const char*, const char*> cases[] = {
       {{0, 5}, "untouched", "untouched"},
       {{kCFNumberSInt8Type, bits(-1)}, "\xFF", "FF"},
       {{kCFNumberSInt16Type, bits(-1)}, "-1", "FFFF"},
@@ -78,9 +73,9 @@ TEST(NumberText, EachTypeInBothModes) {
       {{kCFNumberCFIndexType, 7}, "", ""},
       {{15, 7}, "untouched", "untouched"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Converted(c.number, false), c.decimal);
-    EXPECT_EQ(Converted(c.number, true), c.hexadecimal);
+  for (const auto& [number, decimal, hexadecimal] : cases) {
+    EXPECT_EQ(Converted(number, false), decimal);
+    EXPECT_EQ(Converted(number, true), hexadecimal);
   }
   EXPECT_EQ(Converted(platform::Float64Number(-DBL_MAX), false).size(), kNumberTextSize - 1U);
 }

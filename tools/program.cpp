@@ -42,14 +42,14 @@ const Option& OptionOf(int code, const std::vector<Option>& options) {
 
 std::string Dashed(const Option& option) { return std::string("--") + option.name; }
 
-// `found` is what getopt returned for something that is no option.
-UsageError Mistake(int found, const char* argument, const std::vector<Option>& options) {
+// What is wrong, in words; `found` is what getopt returned.
+std::string Mistake(int found, const char* argument, const std::vector<Option>& options) {
   if (optopt >= kFirstOption) {
-    const std::string name = Dashed(OptionOf(optopt, options));
-    return UsageError(name + (found == ':' ? " needs a value" : " takes no value"));
+    return Dashed(OptionOf(optopt, options)) +
+           (found == ':' ? " needs a value" : " takes no value");
   }
-  if (optopt != 0) return UsageError(std::string("unknown option -") + static_cast<char>(optopt));
-  return UsageError(std::string("unknown option ") + argument);
+  const std::string unknown = "unknown option ";
+  return optopt != 0 ? unknown + '-' + static_cast<char>(optopt) : unknown + argument;
 }
 
 Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
@@ -61,7 +61,7 @@ Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
   for (;;) {
     const int found = getopt_long(argc, argv, ":", known.data(), nullptr);
     if (found == -1) break;
-    if (found < kFirstOption) throw Mistake(found, argv[optind - 1], options);
+    if (found < kFirstOption) throw UsageError(Mistake(found, argv[optind - 1], options));
     const Option& option = OptionOf(found, options);
     const std::string value = option.value == nullptr ? "" : optarg;
     if (option.value != nullptr && value.empty()) {
