@@ -89,7 +89,7 @@ class AtaDrive : public testing::Test {
   std::string Told() {
     sent.clear();
     report_ = ReportOf(Host());
-    const std::string commands = sent;
+    std::string commands = sent;
     const Property listing = machines::ListingOf(Host(), [this](const Entry& entry) {
       machines::DriveRecording recording = machines::RecordDrive(*entry.drive);
       failures_ = recording.failures;
