@@ -9,6 +9,7 @@
 
 #include "base/printable_text.h"
 #include "report/forms.h"
+#include "report/health.h"
 #include "report/text.h"
 
 namespace report {
@@ -113,13 +114,13 @@ std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
                  {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
 }
 
-// A series may be there only once: of the lines of one identifier the first that has
-// reached its threshold counts, or else the first.
+// A series may be there only once: of the lines of one identifier the worst counts, of
+// equal ones the first.
 std::map<std::uint8_t, const Attribute*> ByIdentifier(const Drive& drive) {
   std::map<std::uint8_t, const Attribute*> attributes;
   for (const Attribute& attribute : drive.attributes) {
     const Attribute*& kept = attributes.try_emplace(attribute.id, &attribute).first->second;
-    if (attribute.reached && !kept->reached) kept = &attribute;
+    if (HealthOf(attribute) > HealthOf(*kept)) kept = &attribute;
   }
   return attributes;
 }

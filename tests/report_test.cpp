@@ -100,7 +100,7 @@ const std::string kReplaced =
 const std::string kOdd =
     "GetSMARTFailed:d:0\nGetSMARTFailed:/dev/a\"\\" + kUnfit + ":0\nSmartDeviceStart:::d:::" +
     "\xCA\"q\\:::x :::  r\x1B[\u00E9 :::1.00 TB:::  s\0\xFF\xE2\x82\xED\xA0\x80 \n"s +
-    "SMARTStatus:::5:::First:::0:::No Data:::Always Passing:::Life-Span:OK\n" +
+    "SMARTStatus:::5:::First:::0:::No Data:::Always Failing:::" + kWornStatus + "\n" +
     "SMARTStatus:::5:::Off\xCATra\x1Bk:::13056:::21:::Always Failing:::" + kFailingStatus + R"(
 SMARTStatus:::255:::a:::b:::65535:::0 (Invalid):::253:::)" +
     kWornStatus + R"(
@@ -121,7 +121,7 @@ std::string Marked(const std::string& colored) {
 TEST(Report, AsJson) {
   EXPECT_EQ(report::JsonText(report::ParseReport(kOdd)),
             R"({"drives":[
-{"device":"d","product":" \"q\\:::x ","revision":"  r\u001b[é ","capacity":"1.00 TB","serial":"  s\u0000��� ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":0,"valid":true,"pre_failure":false,"reached":false},{"id":5,"name":"Off Tra\u001bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
+{"device":"d","product":" \"q\\:::x ","revision":"  r\u001b[é ","capacity":"1.00 TB","serial":"  s\u0000��� ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off Tra\u001bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
 {"device":"d","product":"","revision":"","capacity":"","serial":"","threshold_exceeded":false,"attributes":[]}
 ],"not_read":["d","/dev/a\"\\\u0001)" +
                 kUnfit.substr(1) + R"(",""]}
@@ -161,7 +161,7 @@ TEST(Report, AsTable) {
   const std::string colored = report::TableText(report::ParseReport(kOdd), true);
   EXPECT_EQ(Marked(colored), R"(d,  "q\:::x, revision r�[é, 1.00 TB, serial s����: <31>failing<0>
    ID  Name               Value       Threshold  Kind         Status
-    5  First            No Data  Always Passing  life-span    OK
+<33>    5  First            No Data  Always Failing  life-span    worn<0>
 <31>    5  Off Tra�k             21  Always Failing  pre-failure  failing<0>
 <33>  255  a:::b        0 (Invalid)             253  life-span    worn<0>
     5  n          254 (Invalid)   254 (Invalid)  pre-failure  OK
