@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/recorded_machine.h"

@@ -32,16 +32,15 @@ std::string PascalText(const std::vector<char>& text) {
 }
 
 TEST(Description, LookupsTakeTheNearestAncestorThenTheFirstDescendant) {
-  const auto k = [](Property value) { return Dictionary{{"K", std::move(value)}}; };
-  const Dictionary near = k(Text("near"));
-  const Dictionary far = k(Text("far"));
+  const auto k = [](const std::string& text) { return Dictionary{{"K", Text(text)}}; };
   const std::pair<Tree, std::string> cases[] = {
-      {{.bus = far, .drive = near, .driver = far}, "near"},
-      {{.root = near, .driver = far}, "near"},
-      {{.partition = near, .other = far}, "near"},
-      {{.bus = k(Integer(7)), .driver = near}, ""},  // a wrong type upwards ends the search
-      {{.bus = k(Text(std::string(255, 'a')))}, std::string(255, 'a')},
-      {{.bus = k(Text(std::string(256, 'a')))}, ""},
+      {{.bus = k("far"), .drive = k("near"), .driver = k("far")}, "near"},
+      {{.root = k("near"), .driver = k("far")}, "near"},
+      {{.partition = k("near"), .other = k("far")}, "near"},
+      // A wrong type upwards ends the search
+      {{.bus = {{"K", Integer(7)}}, .driver = k("near")}, ""},
+      {{.bus = k(std::string(255, 'a'))}, std::string(255, 'a')},
+      {{.bus = k(std::string(256, 'a'))}, ""},
   };
   const auto lookUp = [](io_service_t drive, char* out) {
     IOKitGetThisKeyCStr(drive, CFSTR("K"), out);

@@ -19,8 +19,7 @@ constexpr int kDevices = 6;
 
 // What is called, for which key of the registry, and for which device.
 struct Call {
-  std::string name;
-  std::string key;
+  std::string name, key;
   int device = -1;
 };
 

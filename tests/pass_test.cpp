@@ -72,15 +72,14 @@ TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
 
 TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   auto drive = HealthyDrive();
-  auto data = BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
+  Drive::Block& data = drive->data;
+  data = BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
   for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
-  drive->data = data;
   // 99 is the last entry of both blocks. What comes after it would be attribute 111, and
   // a threshold of 9.
-  auto thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
-  thresholds[2 + 12 * 29] = 99;
-  thresholds[2 + 12 * 30] = 9;
-  drive->thresholds = thresholds;
+  drive->thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
+  drive->thresholds[2 + 12 * 29] = 99;
+  drive->thresholds[2 + 12 * 30] = 9;
   DeviceLines lines;
   lines.attributes =
       "SMARTStatus:::9:::Power On Hours Count:::256:::7:::5:::Pre-Fail:OK\n"

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -198,7 +197,7 @@ void ReadWithinLimits(const std::string& file) {
 }
 
 TEST(RecordedMachineDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) {
-  const std::function<std::string()> kFiles[] = {
+  std::string (*const kFiles[])() = {
       [] { return Largest("<plist><string>", "text\n", "</string></plist>"); },
       [] { return Largest("<plist><string>", "&amp;", "</string></plist>"); },
       [] { return Largest("<plist><string>", "a<!---->", "</string></plist>"); },

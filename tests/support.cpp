@@ -2,20 +2,9 @@
 
 #include <utility>
 
-#include "platform/ledger.h"
 #include "probe/start_up.h"
 
 namespace test {
-namespace {
-
-// A text as a drive delivers it, characters exchanged.
-void PutField(Drive::Block& block, std::size_t offset, std::size_t size, std::string text) {
-  text.resize(size, ' ');
-  for (std::size_t i = 0; i < size; i++) block[offset + (i ^ 1)] = static_cast<UInt8>(text[i]);
-}
-
-}  // namespace
-
 Drive::Block BlockOf(const std::vector<BlockEntry>& entries) {
   Drive::Block block{0x10, 0x00};
   std::size_t at = 2;
@@ -32,8 +21,13 @@ std::shared_ptr<FakeDrive> HealthyDrive(std::shared_ptr<FakeDrive> drive) {
   drive->data = BlockOf({{194, 0x22, 38}});
   drive->thresholds = BlockOf({{194, 0}});
   drive->identify.fill('x');  // what comes after a field must never be printed
-  PutField(drive->identify, 20, 20, "SERIAL");
-  PutField(drive->identify, 46, 8, "REV");
+  // A text as a drive delivers it, characters exchanged.
+  const auto put = [&](std::size_t offset, const std::string& text) {
+    for (std::size_t i = 0; i < text.size(); i++)
+      drive->identify[offset + (i ^ 1)] = static_cast<UInt8>(text[i]);
+  };
+  put(20, "SERIAL              ");
+  put(46, "REV     ");
   return drive;
 }
 
@@ -69,10 +63,6 @@ std::string Report(std::vector<Entry> roots, SInt32 systemVersion) {
   testing::internal::CaptureStdout();
   RunProbe();
   return testing::internal::GetCapturedStdout();
-}
-
-std::string ReportOf(const platform::Machine& machine) {
-  return Report(machine.roots, machine.systemVersion);
 }
 
 io_service_t ServiceNamed(const char* name) {

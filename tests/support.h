@@ -83,7 +83,9 @@ void Install(std::vector<Entry> roots, SInt32 systemVersion = 0x1068);
 
 // Runs the whole probe on such a machine and gives what it printed.
 std::string Report(std::vector<Entry> roots, SInt32 systemVersion = 0x1068);
-std::string ReportOf(const platform::Machine& machine);
+inline std::string ReportOf(const platform::Machine& machine) {
+  return Report(machine.roots, machine.systemVersion);
+}
 
 // A service handle for the first entry of that name, owned by the caller.
 io_service_t ServiceNamed(const char* name);

@@ -1,5 +1,4 @@
 // Byte counts and numbers as text, and the tidying of texts and fields.
-#include <algorithm>
 #include <array>
 #include <cfloat>
 #include <cstring>
@@ -81,16 +80,15 @@ TEST(NumberText, EachTypeInBothModes) {
 }
 
 TEST(Fields, AreReversedInThreeSizesAndOnlyWhereItMatters) {
-  for (const UInt32 size : {2U, 3U, 4U, 8U}) {
-    std::string field = "abcdefgh";
-    std::string reversed = field;
-    if (size != 3) std::reverse(reversed.begin(), reversed.begin() + size);
-    bLittleEndianCPU = false;
-    ReverseBytesCheck(field.data(), size);
-    EXPECT_EQ(field, "abcdefgh");
-    bLittleEndianCPU = true;
-    ReverseBytesCheck(field.data(), size);
-    EXPECT_EQ(field, reversed);
+  const std::pair<UInt32, const char*> cases[] = {
+      {2, "bacdefgh"}, {3, "abcdefgh"}, {4, "dcbaefgh"}, {8, "hgfedcba"}};
+  for (const auto& [size, reversed] : cases) {
+    for (const bool isLittleEndian : {false, true}) {
+      std::string field = "abcdefgh";
+      bLittleEndianCPU = isLittleEndian;
+      ReverseBytesCheck(field.data(), size);
+      EXPECT_EQ(field, isLittleEndian ? reversed : "abcdefgh");
+    }
   }
   StripAllSpaces(nullptr);
 }
