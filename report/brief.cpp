@@ -48,7 +48,7 @@ std::string BriefText(const Report& report, bool hasColors) {
   for (const Drive& drive : report.drives) rows.push_back(RowOf(drive));
   std::string text;
   if (!rows.empty()) AppendRows(text, kColumns, rows, hasColors);
-  AppendNotRead(text, report, hasColors);
+  AppendEnd(text, report, hasColors);
   return text;
 }
 

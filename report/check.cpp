@@ -39,11 +39,10 @@ Names NotRead(const Report& report) {
   return paths;
 }
 
-Names Untrusted(const Report& report, const Names& problems) {
-  Names all;
-  if (report.damage) all.push_back(DamageText(*report.damage));
-  for (const std::string& problem : problems) all.push_back(base::OneLine(problem));
-  return all;
+Names OneLineEach(const Names& faults) {
+  Names lines;
+  for (const std::string& fault : faults) lines.push_back(base::OneLine(fault));
+  return lines;
 }
 
 // Appends `heading` and the names after it, if there are any, and returns whether there are.
@@ -65,12 +64,12 @@ std::string Count(std::size_t drives) {
 
 }  // namespace
 
-Judgement Check(const Report& report, const std::vector<std::string>& problems) {
+Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   std::string found;
   const bool isFailing = AppendGroup(found, "failing: ", PathsOf(report, Health::kFailing));
-  bool isUnknown = report.drives.empty();
+  bool isUnknown = report.drives.empty() || report.damage.has_value();
   isUnknown |= AppendGroup(found, "not read: ", NotRead(report));
-  isUnknown |= AppendGroup(found, "", Untrusted(report, problems));
+  isUnknown |= AppendGroup(found, "", OneLineEach(faults));
   bool isWarning = AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
   isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
   if (found.empty()) found = Count(report.drives.size());

@@ -17,11 +17,11 @@ struct Judgement {
   std::string summary;
 };
 
-// `problems` are what else keeps a good verdict from being trusted, as the report's damage
-// does. A drive that fails is worse than one that nothing is known about, and that is worse than
-// a worn one: the condition of an unknown drive may be any. A report without drives is unknown,
-// since a probe that finds nothing would else look well for ever. The summary names every
-// device that it tells of, whatever its length.
-Judgement Check(const Report& report, const std::vector<std::string>& problems);
+// `faults` are the words for what keeps a good verdict from being trusted, the report's damage
+// among them; a damaged report is never well, whatever they are. A drive that fails is worse than
+// one that nothing is known about, and that is worse than a worn one: the condition of an unknown
+// drive may be any. A report without drives is unknown, since a probe that finds nothing would else
+// look well for ever. The summary names every device that it tells of, whatever its length.
+Judgement Check(const Report& report, const std::vector<std::string>& faults);
 
 }  // namespace report

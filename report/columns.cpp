@@ -75,8 +75,11 @@ void AppendRows(std::string& text, std::span<const Column> columns, const std::v
   }
 }
 
-void AppendNotRead(std::string& text, const Report& report, bool hasColors) {
-  if (report.notRead.empty()) return;
+void AppendEnd(std::string& text, const Report& report, bool hasColors) {
+  if (report.notRead.empty()) {
+    if (text.empty() && !report.damage) text = "No drives.\n";
+    return;
+  }
   if (!text.empty()) text += '\n';
   text += "Could not be read:\n";
   for (const std::string& device : report.notRead) {

@@ -31,7 +31,8 @@ std::string Colored(std::string_view line, Health health, bool hasColors);
 void AppendRows(std::string& text, std::span<const Column> columns, const std::vector<Row>& rows,
                 bool hasColors);
 
-// Appends a block of them, if there are any, after an empty line where `text` has a block.
-void AppendNotRead(std::string& text, const Report& report, bool hasColors);
+// Appends the devices that could not be read, after an empty line where `text` has rows. For
+// a whole report of nothing it says that there are no drives: no output would look like success.
+void AppendEnd(std::string& text, const Report& report, bool hasColors);
 
 }  // namespace report

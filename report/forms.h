@@ -11,7 +11,7 @@
 namespace report {
 
 // For people: a heading a drive, its attributes in columns, and at the end the devices that
-// could not be read. Empty for a report of nothing, as the brief form is.
+// could not be read. Words for no drives where a whole report has none.
 std::string TableText(const Report& report, bool hasColors);
 
 // For people with many drives: one line a drive, and the devices that could not be read.

@@ -58,7 +58,7 @@ void AppendDrive(std::string& text, const Drive& drive, bool hasColors) {
 std::string TableText(const Report& report, bool hasColors) {
   std::string text;
   for (const Drive& drive : report.drives) AppendDrive(text, drive, hasColors);
-  AppendNotRead(text, report, hasColors);
+  AppendEnd(text, report, hasColors);
   return text;
 }
 

@@ -14,11 +14,12 @@ constexpr std::string_view kNoBreakSpace = "\u00A0";
 
 std::string ToText(std::string_view bytes) {
   std::string text;
-  for (const char c : bytes) {
-    if (c == kNoBreakByte) {
+  for (std::size_t i = 0; i < bytes.size(); i++) {
+    const bool beginsCharacter = i + 1 < bytes.size() && (bytes[i + 1] & 0xC0) == 0x80;
+    if (bytes[i] == kNoBreakByte && !beginsCharacter) {
       text += kNoBreakSpace;
     } else {
-      text += c;
+      text += bytes[i];
     }
   }
   return base::ValidUTF8(text);

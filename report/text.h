@@ -9,9 +9,9 @@
 
 namespace report {
 
-// `bytes` as UTF-8: the byte 0xCA is a no-break space, what is no text becomes U+FFFD, and
-// everything else stays as it is. The probe has no UTF-8 of its own, so the byte is taken so
-// wherever it stands.
+// `bytes` as UTF-8: a byte 0xCA that begins no character is a no-break space, as the probe
+// prints it in names of its own; what else is no text becomes U+FFFD, and everything else stays
+// as it is.
 std::string ToText(std::string_view bytes);
 
 // In code points; `text` is UTF-8. Characters of two columns, or of none, count as one.

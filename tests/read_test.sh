@@ -47,13 +47,13 @@ printed 'smartprobe OK: 1 drive' 3
 shell 2 "${critical//[()]/.}\$" '"$0" --check --json "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
-printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; line 31: the file ends inside a drive' 25
+printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 25
 shell 1 '' '(sed -n "1p;21p" good) | "$0" --check'
 printed 'smartprobe WARNING: attributes not known: /dev/rdisk0' 2
 shell 3 '' '"$0" --check none'
 printed 'smartprobe UNKNOWN: none: No such file or directory' 1
 shell 3 '' '"$0" --check </dev/null'
-printed 'smartprobe UNKNOWN: no drives' 1
+printed 'smartprobe UNKNOWN: no drives' 2
 
 # A file is replaced whole, and by nothing but the form of a whole report.
 shell 2 '' '"$0" --check --output file "$1"'

@@ -48,8 +48,8 @@ struct Options {
 // What came of a run.
 struct Reading {
   report::Report report;
-  std::string text;                   // for standard output
-  std::vector<std::string> problems;  // besides the report's damage
+  std::string text;                 // for standard output
+  std::vector<std::string> faults;  // the report's damage among them
 };
 
 bool HasColors(const Options& options) {
@@ -74,6 +74,9 @@ std::string TextOf(const report::Report& report, const Options& options) {
 
 void Read(const Options& options, Reading& reading) {
   reading.report = report::ParseReport(base::ReadUpTo(report::kMaxReportSize + 1, options.file));
+  if (const auto& damage = reading.report.damage) {
+    reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
+  }
   if (options.output.empty()) {
     reading.text = TextOf(reading.report, options);
   } else if (!reading.report.damage) {
@@ -86,9 +89,9 @@ Reading TryToRead(const Options& options) {
   try {
     Read(options, reading);
   } catch (const std::bad_alloc&) {
-    reading.problems.push_back(options.file + ": out of memory");
+    reading.faults.push_back(options.file + ": out of memory");
   } catch (const std::exception& error) {
-    reading.problems.emplace_back(error.what());
+    reading.faults.emplace_back(error.what());
   }
   return reading;
 }
@@ -102,22 +105,17 @@ int Print(const std::string& text) {
   return base::kFailureStatus;
 }
 
-int Show(const Reading& reading, const Options& options) {
-  bool isWhole = reading.problems.empty();
-  for (const std::string& problem : reading.problems) {
-    base::PrintError(kCommandLine.program, problem);
-  }
-  if (const auto& damage = reading.report.damage) {
-    base::PrintError(kCommandLine.program, options.file + ": " + report::DamageText(*damage));
-    isWhole = false;
+int Show(const Reading& reading) {
+  for (const std::string& fault : reading.faults) {
+    base::PrintError(kCommandLine.program, fault);
   }
   const int status = Print(reading.text);
-  return isWhole ? status : base::kFailureStatus;
+  return reading.faults.empty() ? status : base::kFailureStatus;
 }
 
 // A JSON document or metrics on standard output must not have the summary among them.
 int ShowChecked(const Reading& reading, const Options& options) {
-  const auto [verdict, summary] = report::Check(reading.report, reading.problems);
+  const auto [verdict, summary] = report::Check(reading.report, reading.faults);
   const bool isForPeople = options.form == Form::kTable || options.form == Form::kBrief;
   const bool isApart = options.output.empty() && !isForPeople;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
@@ -148,7 +146,7 @@ Options OptionsOf(const tools::Arguments& arguments) {
 int ReadReport(const tools::Arguments& arguments) {
   const Options options = OptionsOf(arguments);
   const Reading reading = TryToRead(options);
-  return options.checks ? ShowChecked(reading, options) : Show(reading, options);
+  return options.checks ? ShowChecked(reading, options) : Show(reading);
 }
 
 }  // namespace
