@@ -119,11 +119,14 @@ fates() {
   fate 'a drive cannot be read in every other report' \
     "24=A1,B2 $(printf '1=?1,B2 1=A1,B2 %.0s' {1..12}) 24=A1,B2" 25h \
     '30h,31h,32h,33h,48h DriveNotRead' 60h
+  fate 'the same, and the drive gets a new path each time' \
+    '24=A1,B2 1=?3,B2 1=A3,B2 1=?4,B2 1=A4,B2 1=?5,B2 1=A5,B2 24=A5,B2' 25h '28h,30h DriveNotRead' 54h
   fate 'drives that share a serial number, or have none' \
     '24=A1,A2,_3!,_4%,_5- 24=A1,A2!,_3!,_4 24=A1,A2!' \
     '23h DriveFailing:_3 DriveAttributePreFailure:_4 DriveAttributeWorn:_5' \
     '60h DriveFailing:A DriveFailing:_3 DriveGone:_3 DriveGone:_4 DriveGone:_5'
   fate 'the file is gone' '24=A1 760x' 47h '49h45m,743h DriveReportStale' 746h
+  fate 'the file was there for a short time' '13/12x 1/2=A1 100x' 20h '27h,90h DriveReportStale'
   file=smartprobe.prom # of exporters before 1.3
   fate 'the file gets old' '24=A1 100~A1 24=A1' 47h '50h,123h DriveReportStale' 125h
 }
