@@ -40,9 +40,14 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
                                    int /*timeout*/, void* in, void* /*out*/, int length,
                                    std::uint8_t* sense, int /*senseSize*/, std::uint8_t* /*ata*/,
                                    int /*ataSize*/, int* missing, int /*verbose*/) {
-  const std::map<std::uint8_t, char> letters = {
-      {0xEC, 'I'}, {0xD8, 'E'}, {0xDA, 'S'}, {0xD0, 'D'}, {0xD1, 'T'}};
-  const char letter = letters.at(cdb[14] == 0xB0 ? cdb[4] : cdb[14]);
+  // All but the first byte, which is the library's.
+  const std::map<std::vector<int>, char> letters = {
+      {{8, 0x0E, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0xEC, 0}, 'I'},
+      {{6, 0, 0, 0xD8, 0, 0, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'E'},
+      {{6, 0x20, 0, 0xDA, 0, 0, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'S'},
+      {{8, 0x0E, 0, 0xD0, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'D'},
+      {{8, 0x0E, 0, 0xD1, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'T'}};
+  const char letter = letters.at({cdb + 1, cdb + 16});
   sent += letter;
   const Answer& answer = answers[letter];
   std::copy(answer.sense.begin(), answer.sense.end(), sense);
@@ -113,6 +118,9 @@ TEST_F(AtaDrive, EachCommandMustSucceedButTheLast) {
   EXPECT_EQ(Told(), "False IESDT");
   EXPECT_TRUE(failures_.empty());
   const Answer kHardwareError = {kCheckCondition, {0x70, 0, 4, 0, 0, 0, 0, 10}};
+  const Answer kInvalidOperation = {kCheckCondition,
+                                    {0x70, 0, 5, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x20}};
+  const Answer kInvalidField = {kCheckCondition, {0x72, 5, 0x24, 0, 0, 0, 0, 0}};
   const Answer kBusError = {kCheckCondition, {0x72, 0x0B, 0x47, 0, 0, 0, 0, 0}};
   for (const std::string sentUntilThen : {"I", "IE", "IES", "IESD", "IESDT"}) {
     const char command = sentUntilThen.back();
@@ -128,10 +136,12 @@ TEST_F(AtaDrive, EachCommandMustSucceedButTheLast) {
       EXPECT_EQ(recordsData_, command == 'T');
     }
   }
-  AnswerWell();
-  answers['T'] = kAborted;
-  EXPECT_EQ(Told(), "False IESDT");
-  EXPECT_EQ(failures_, std::vector<std::string>{"SMART READ THRESHOLDS failed"});
+  for (const Answer& refusal : {kAborted, kInvalidOperation, kInvalidField}) {
+    AnswerWell();
+    answers['T'] = refusal;
+    EXPECT_EQ(Told(), "False IESDT");
+    EXPECT_EQ(failures_, std::vector<std::string>{"SMART READ THRESHOLDS failed"});
+  }
 }
 
 // The condition holds where the report warns of a pre-failure.

@@ -4,19 +4,12 @@
 # Usage: package_test.sh BUILD DOWNLOADS, the build's folder and one that keeps what is
 # downloaded.
 set -euo pipefail
+. "$(dirname "$0")/program_test.sh"
 build=$(realpath "$1")
 downloads=$(realpath "$2")
 source=$(realpath "$(dirname "$0")/..")
-work=$(mktemp -d)
-trap 'rm -rf --one-file-system "$work"' EXIT # debootstrap mounts, and may be interrupted
 PATH=$PATH:/usr/sbin:/sbin
 tree=$work/tree # what the package installs
-failures=0
-
-fail() {
-  echo "FAILED: $*" >&2
-  failures=$((failures + 1))
-}
 
 # silent COMMAND...: its status is 0, and it has nothing to say.
 silent() {
@@ -34,16 +27,11 @@ manual_pages() {
 SmartDeviceEnd:::/dev/rdisk0:::True' || fail 'the example of smartprobe-machine(5)'
 }
 
-debian_package() {
-  local newest
-  newest=$(dpkg-parsechangelog -l "$source/doc/changelog" -S Version)
-  [ "$newest" = "$(dpkg-deb -f "$package" Version)" ] ||
-    fail 'the changelog begins with another version'
-  lintian --allow-root --fail-on error,warning "$package" || fail lintian
-}
-
-units() {
+package_and_units() {
   local folder=$tree/usr/lib/systemd/system
+  [ "$(dpkg-parsechangelog -l "$source/doc/changelog" -S Version)" = \
+    "$(dpkg-deb -f "$package" Version)" ] || fail 'the changelog begins with another version'
+  lintian --allow-root --fail-on error,warning "$package" || fail lintian
   silent env MANPATH="$tree/usr/share/man" systemd-analyze verify "$folder"/smartprobe.*
   systemd-analyze security --offline=true --threshold=20 "$folder/smartprobe.service" \
     >"$work/security" ||
@@ -120,7 +108,6 @@ make_package() {
 
 make_package
 manual_pages
-debian_package
-units
+package_and_units
 minimal_system
 [ "$failures" = 0 ]

@@ -1,10 +1,9 @@
 # shellcheck shell=bash
 # What the tests of programs share; they read it in. It makes the folder $work and
-# removes it at the end, with whatever the function `clean_up` of the test does first.
+# removes it at the end.
 set -u
 work=$(mktemp -d)
-clean_up() { :; }
-trap 'clean_up; rm -rf "$work"' EXIT
+trap 'rm -rf --one-file-system "$work"' EXIT # debootstrap mounts, and may be interrupted
 failures=0
 
 fail() {
@@ -27,4 +26,10 @@ check() {
     [ "$(wc -l <"$work/err")" = 1 ] || fail "$*: $(wc -l <"$work/err") lines of error"
     grep -Eq -- "^$pattern" "$work/err" || fail "$*: $(head -1 "$work/err")"
   fi
+}
+
+# shell STATUS STDERR-PATTERN SCRIPT: the same for a script, with $0 as the program and $1 as
+# its $input.
+shell() {
+  check "$1" "$2" bash -c "$3" "$program" "$input"
 }

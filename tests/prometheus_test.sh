@@ -1,26 +1,22 @@
 #!/bin/bash
-# What Prometheus' own programs make of the metrics and of the alert rules.
-# Usage: prometheus_test.sh DOWNLOADS PROGRAM, the folder that keeps those programs once
-# they are fetched, and smartprobe-read.
+# What Prometheus' own promtool makes of the metrics, and what the alert rules say of drives,
+# hosts and reports of many fates, from the metrics that smartprobe-read makes of such reports.
+# Usage: prometheus_test.sh DOWNLOADS PROGRAM, the folder that keeps promtool once it is
+# fetched, and smartprobe-read.
 . "$(dirname "$0")/program_test.sh"
-downloads=$1
+prometheus=$1/prometheus
 program=$2
-examples=$(realpath "$(dirname "$0")/../examples")
-exporter=
-clean_up() {
-  [ -z "$exporter" ] || kill "$exporter"
-}
+examples=$(dirname "$0")/../examples
+file=/srv/smartprobe.prom
 
-# fetch PACKAGE: its files, in a folder of that name.
-fetch() {
-  local folder=$downloads/$1
-  [ ! -e "$folder" ] || return 0
-  rm -rf "$folder.new" && mkdir -p "$folder.new"
-  (cd "$folder.new" && apt-get download -qq -o APT::Sandbox::User=root "$1" &&
-    dpkg-deb -x ./*.deb files) && mv "$folder.new/files" "$folder" && rm -r "$folder.new"
-}
+if [ ! -e "$prometheus" ]; then
+  rm -rf "$prometheus.new" && mkdir "$prometheus.new"
+  (cd "$prometheus.new" && apt-get download -qq -o APT::Sandbox::User=root prometheus &&
+    dpkg-deb -x ./*.deb . && rm ./*.deb) && mv "$prometheus.new" "$prometheus" || exit 1
+fi
+promtool=$prometheus/usr/bin/promtool
 
-# What is awkward: a path twice, an identifier twice, an empty path, quotes, no text.
+# What is awkward: a path twice, an identifier twice, quotes, no text.
 {
   cat "$examples/server.report"
   printf 'SmartDeviceStart:::/dev/rdisk0:::\\a"b\\n:::c\xff:::r:::c:::\xca s\n'
@@ -28,43 +24,138 @@ fetch() {
   printf 'SMARTStatus:::5:::again:::0:::22:::0:::Life-Span:OK\n'
   printf 'SmartDeviceEnd:::/dev/rdisk0:::True\n'
 } >"$work/odd"
+for metrics in "$examples"/*.report "$work/odd" /dev/null; do
+  said=$("$program" --prometheus "$metrics" | "$promtool" check metrics 2>&1) && [ -z "$said" ] ||
+    fail "promtool on $metrics: $said"
+done
 
-metrics() {
-  local file said
-  for file in "$examples"/*.report "$work/odd" /dev/null; do
-    said=$("$program" --prometheus "$file" | "$promtool" check metrics 2>&1) && [ -z "$said" ] ||
-      fail "promtool on $file: $said"
+# report DRIVE...: one of "A1", the drive with the serial number A at path 1; "_1", without a
+# serial number; "?1", that cannot be read. A1! reports the condition, A1% predicts a failure
+# and A1- is worn.
+report() {
+  local drive device exceeded status
+  for drive; do
+    device=/dev/rsd${drive:1:1} exceeded=False status=Pre-Fail:OK
+    case $drive in
+      '?'*) echo "GetSMARTFailed:$device:0" && continue ;;
+      *!) exceeded=True ;;
+      *%) status='Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted' ;;
+      *-) status='Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy' ;;
+    esac
+    drive=${drive:0:1}
+    printf 'SmartDeviceStart:::%s:::DISK :::1:::1 TB:::%6s\n' "$device" "${drive/_/}"
+    printf 'SMARTStatus:::5:::R:::13056:::7:::6:::%s\nSmartDeviceEnd:::%s:::%s\n' \
+      "$status" "$device" $exceeded
   done
 }
 
-# Each series arrives, its labels in the exporter's order.
-served() {
-  local address
-  mkdir "$work/textfiles" && touch "$work/log"
-  "$program" --prometheus --output "$work/textfiles/smartprobe.prom" "$work/odd"
-  "$downloads/prometheus-node-exporter/usr/bin/prometheus-node-exporter" \
-    --web.listen-address=127.0.0.1:0 --web.disable-exporter-metrics \
-    --collector.disable-defaults --collector.textfile \
-    --collector.textfile.directory="$work/textfiles" >"$work/log" 2>&1 &
-  exporter=$!
-  for _ in {1..100}; do
-    address=$(sed -n 's/.*"Listening on" address=//p' "$work/log")
-    [ -z "$address" ] || break
-    sleep 0.1
-  done
-  exec 4<>"/dev/tcp/${address%:*}/${address##*:}"
-  printf 'GET /metrics HTTP/1.0\r\n\r\n' >&4
-  timeout 20 cat <&4 >"$work/served"
-  grep -q '^node_textfile_scrape_error 0' "$work/served" || fail "not served: $(cat "$work/log")"
-  [ "$(grep -c ^smartprobe_ "$work/served")" = "$(grep -c ^smartprobe_ "$work/textfiles/"*)" ] ||
-    fail 'some series are not served'
-  grep -qF 'smartprobe_attribute_value{device="/dev/rdisk0",drive="1",id="5",kind="pre-failure",name="On'$'\u00a0''The\"\\",product="\\a\"b\\n:::c'$'\ufffd''",serial="'$'\u00a0'' s"} 21' \
-    "$work/served" || fail "served: $(grep 'drive="1"' "$work/served")"
+# segment START KIND: the series that an exporter shows from then on, by kind: "=DRIVES" with
+# a report every hour, "~DRIVES" with one that gets old, "x" without a file, "-" of a host
+# that is down.
+segment() {
+  [ "$2" != - ] && echo 'up{} 1' || echo 'up{} 0'
+  case $2 in
+    =*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+300" ;;
+    ~*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+0" ;;
+    *) return ;;
+  esac
+  echo "node_textfile_mtime_seconds{file=\"/srv/other.prom\"} $1+300"
+  # shellcheck disable=SC2046 # words
+  report $(tr , ' ' <<<"${2:1}") >"$work/report"
+  "$program" --prometheus "$work/report" >"$work/metrics" || fail "the report $2"
+  sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' "$work/metrics"
 }
 
-fetch prometheus && fetch prometheus-node-exporter || exit 1
-promtool=$downloads/prometheus/usr/bin/promtool
-metrics
-"$(dirname "$0")/alert_test.sh" "$promtool" "$program" || fail 'the alert rules'
-served
+# series SEGMENT...: the series of a host in the language of promtool's tests, a sample every
+# 5 minutes. A segment is its hours and a kind.
+series() {
+  local segment hours time=0
+  for segment; do
+    hours=${segment%%[=~x-]*}
+    # shellcheck disable=SC2004 # 12 * 1/4 is 3
+    echo "@ $((12 * $hours - 1))"
+    segment $time "${segment#"$hours"}"
+    # shellcheck disable=SC2004
+    time=$((time + 3600 * $hours))
+  done | awk '
+    /^@/ { length_of[++segments] = $2; next }
+    { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{job=\"node\",instance=\"h\","); sub(/,\}/, "}")
+      values[$0, segments] = value; names[$0] }
+    END { for (name in names) {
+        printf "      - series: \047%s\047\n        values:", name
+        for (i = 1; i <= segments; i++)
+          if ((name, i) in values) printf " %sx%d", values[name, i], length_of[i]
+          else printf " %s _x%d", (name, i - 1) in values ? "stale" : "_", length_of[i]
+        print "" } }'
+}
+
+# labels NAME:DRIVE: the labels of that alert; of DriveNotRead and DriveReportStale no drive.
+labels() {
+  local labels="alertname=\"${1%:*}\",job=\"node\",instance=\"h\""
+  case $1 in DriveFailing* | *PreFailure*) labels+=',severity="critical"' ;; *) labels+=',severity="warning"' ;; esac
+  case $1 in *Attribute*) labels+=',id="5",name="R"' ;; esac
+  case $1 in
+    *:_?) labels+=",product=\"DISK\",device=\"/dev/rsd${1: -1}\"" ;;
+    *:?) labels+=",product=\"DISK\",serial=\"${1: -1}\"" ;;
+  esac
+  echo "{$labels}"
+}
+
+# fate WHAT 'SEGMENT...' 'TIMES ALERT...'...: all alerts that fire at each of these times, as
+# NAME:DRIVE; at "<TIME" all that have fired at any time before.
+fate() {
+  local times time alert range alerts
+  # shellcheck disable=SC2086 # words
+  printf '  - interval: 5m\n    input_series:\n%s\n    promql_expr_test:\n' "$(series $2)"
+  for alerts in "${@:3}"; do
+    read -r times alerts <<<"$alerts"
+    for time in ${times//,/ }; do
+      [ "${time#<}" = "$time" ] && range=5m || range=1000h
+      printf '      - eval_time: %s\n        expr: count without (alertstate) (last_over_time(ALERTS{alertstate="firing"}[%s])) # %s\n        exp_samples:\n' \
+        "${time#<}" $range "$1"
+      for alert in $alerts; do
+        printf "          - {value: 1, labels: '%s'}\n" "$(labels "$alert")"
+      done
+    done
+  done
+}
+
+fates() {
+  fate 'a drive is added, paths change, one report misses a drive' \
+    '24=A1,B2 24=A1,B2,C3 24=A2,B1,C3 1=A2,C3 24=A2,B1,C3 1=A2,?1,C3 200=A2,B1,C3' '<298h'
+  fate 'a host without drives' '300=' '<300h'
+  fate 'a host that was down, and whose next report misses a drive' \
+    '24=A1,B2 565/12- 1/4x 1=A1 24=A1,B2' '<96h'
+  fate 'a failing drive cannot be read' '24=A1,B2 4=A1!,B2 200=?1,B2' 23h45m \
+    '24h,28h DriveFailing:A' '30h,52h DriveFailing:A DriveGone:A DriveNotRead' \
+    '54h DriveGone:A DriveNotRead' '200h DriveNotRead'
+  fate 'a failing drive changes its path and is gone' '24=A1,B2 2=A1%,B2 2=A2%,B1 200=B1' 23h45m \
+    '24h,26h,28h DriveAttributePreFailure:A' '30h,52h DriveAttributePreFailure:A DriveGone:A' \
+    '54h DriveGone:A' 200h
+  fate 'a failing drive is replaced' '24=A1!,B2 200=C1,B2' '48h DriveFailing:A DriveGone:A' 193h
+  fate 'a worn drive' '24=A1 4=A1-' 23h45m '24h,28h DriveAttributeWorn:A'
+  fate 'drives are gone' '24=A1,B2,_3 200=A1' 25h '26h,191h45m DriveGone:B DriveGone:_3' 193h
+  fate 'all drives are gone' '24=A1,B2 200=' 25h '26h,191h45m DriveGone:A DriveGone:B' 193h
+  fate 'drives cannot be read' '24=A1,B2 30=?1,?1,B2' 25h '26h,54h DriveGone:A DriveNotRead'
+  fate 'a drive cannot be read in every other report' \
+    "24=A1,B2 $(printf '1=?1,B2 1=A1,B2 %.0s' {1..12}) 24=A1,B2" 25h \
+    '30h,31h,32h,33h,48h DriveNotRead' 60h
+  fate 'the same, and the drive gets a new path each time' \
+    '24=A1,B2 1=?3,B2 1=A3,B2 1=?4,B2 1=A4,B2 1=?5,B2 1=A5,B2 24=A5,B2' 25h '28h,30h DriveNotRead' 54h
+  fate 'drives that share a serial number, or have none' \
+    '24=A1,A2,_3!,_4%,_5- 24=A1,A2!,_3!,_4 24=A1,A2!' \
+    '23h DriveFailing:_3 DriveAttributePreFailure:_4 DriveAttributeWorn:_5' \
+    '60h DriveFailing:A DriveFailing:_3 DriveGone:_3 DriveGone:_4 DriveGone:_5'
+  fate 'the file is gone' '24=A1 760x' 47h '49h45m,743h DriveReportStale' 746h
+  fate 'the file was there for a short time' '13/12x 1/2=A1 100x' 20h '27h,90h DriveReportStale'
+  file=smartprobe.prom # of exporters before 1.3
+  fate 'the file gets old' '24=A1 100~A1 24=A1' 47h '50h,123h DriveReportStale' 125h
+}
+
+{
+  printf 'rule_files: [%s]\nevaluation_interval: 15m\ntests:\n' \
+    "$(realpath "$examples/alerts/smartprobe.rules.yml")"
+  fates
+} >"$work/test.yml"
+"$promtool" test rules "$work/test.yml" || fail 'the alerts'
 [ "$failures" = 0 ]

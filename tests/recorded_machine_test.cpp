@@ -157,13 +157,6 @@ TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   EXPECT_EQ(ReadRecordedMachine(Root("")).systemVersion, 0x1068);
 }
 
-TEST(RecordedMachine, ShortBlocksAreFilledWithZeros) {
-  const platform::Machine machine =
-      ReadRecordedMachine(DriveOf("<key>Data</key><data>AQ==</data>"));
-  const auto& drive = machine.roots[0].children[0].children[0].drive;
-  EXPECT_EQ(drive->ReadData(), std::optional(platform::Drive::Block{1}));
-}
-
 // A sanitizer needs memory and time of its own, and looks for other faults.
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::size_t kLargest = std::size_t{8} << 20;

@@ -10,7 +10,6 @@ chmod 1777 /tmp
 mount -t proc proc /proc
 mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
-mount -t tracefs tracefs /sys/kernel/tracing
 for module in /modules/*; do insmod "$module"; done
 
 disks() {
@@ -26,38 +25,21 @@ run() {
   echo $? >"/results/$name.status"
 }
 
-# traced NAME COMMAND...: as run, and keeps the commands that drives got meanwhile.
-traced() {
-  local events=/sys/kernel/tracing/events/libata/ata_qc_issue/enable
-  echo >/sys/kernel/tracing/trace
-  echo 1 >$events
-  run "$@"
-  echo 0 >$events
-  cp /sys/kernel/tracing/trace "/results/$1.trace"
-}
-
-# The drive aborts the command while S.M.A.R.T. is off.
-smart_read() {
-  sg_raw -r 512 -o /dev/null "/dev/$piix" 85 08 0e 00 d0 00 01 00 00 00 4f 00 c2 00 b0 00
-}
-
 until [ "$(disks | wc -l)" = 5 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ]; do
   sleep 1
 done
 for disk in $(disks); do
   chown 0:6 "/dev/$disk"
   chmod 660 "/dev/$disk"
-  port=$(readlink -f "/sys/block/$disk" | grep -o '/ata[0-9]*/' | tr -d a-z/)
-  echo "$disk ${port:--} $(cat "/sys/block/$disk/device/model")"
+  echo "$disk $(cat "/sys/block/$disk/device/model")"
 done >/results/devices
-piix=$(awk '/PIIX/ { print $1 }' /results/devices)
 
+# A drive aborts all commands but one while S.M.A.R.T. is off.
+piix=$(awk '/PIIX/ { print $1 }' /results/devices)
 run switch_off sg_raw "/dev/$piix" 85 06 00 00 d9 00 00 00 00 00 4f 00 c2 00 b0 00
-run read_before smart_read
-traced live smartprobe
-run read_after smart_read
+run live smartprobe
 # Busybox has a setpriv too, which its shell prefers but which knows no users.
-traced member /programs/setpriv --reuid 1000 --regid 1000 --groups 6 smartprobe
+run member /programs/setpriv --reuid 1000 --regid 1000 --groups 6 smartprobe
 
 run record smartprobe-record --no-serials /results/host.plist
 run replay smartprobe-replay /results/host.plist
