@@ -24,7 +24,7 @@ class Descriptor {
   }
 
   bool IsOpen() const { return number_ >= 0; }
-  int number() const { return number_; }  // stays owned here; -1 where none is open
+  int Number() const { return number_; }  // stays owned here; -1 where none is open
 
   // Gives up the number, which the caller has to close from now on.
   int Release() { return std::exchange(number_, -1); }

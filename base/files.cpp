@@ -14,7 +14,7 @@ namespace {
 // 0 where it is not known before the end, as that of a pipe.
 std::size_t SizeOf(const Descriptor& input) {
   struct stat status {};
-  if (fstat(input.number(), &status) != 0) return 0;
+  if (fstat(input.Number(), &status) != 0) return 0;
   return static_cast<std::size_t>(status.st_size);
 }
 
@@ -38,7 +38,7 @@ std::string ReadUpTo(std::size_t limit, const std::string& file) {
   std::array<char, 4096> buffer;
   while (bytes.size() < limit) {
     const std::size_t wanted = std::min(buffer.size(), limit - bytes.size());
-    const ssize_t count = read(input.number(), buffer.data(), wanted);
+    const ssize_t count = read(input.Number(), buffer.data(), wanted);
     if (count < 0) throw SystemError(file);
     if (count == 0) break;
     bytes.append(buffer.data(), static_cast<std::size_t>(count));

@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
   const std::string_view file(reinterpret_cast<const char*>(data), size);
   try {
-    platform::ThisMachine() = machines::ReadRecordedMachine(file);
+    platform::ThisMachine() = machines::ParseRecordedMachine(file);
   } catch (const machines::RecordingError& error) {
     if (!IsOneLine(error.what())) std::abort();
     return 0;

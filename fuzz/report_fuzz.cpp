@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "report/check.h"
 #include "report/forms.h"
+#include "report/health.h"
 #include "report/report_reader.h"
 
 namespace {

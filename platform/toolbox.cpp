@@ -14,7 +14,7 @@ namespace {
 constexpr OSType kSystemVersionSelector = 0x73797376;  // 'sysv'
 constexpr OSErr kUnknownSelector = -5551;
 constexpr int kUnclearedByte = 0xA5;
-constexpr std::size_t kLongestPascalText = 255;
+constexpr std::size_t kMaxPascalText = 255;
 
 // Never destroyed, so that what the probe does not dispose of is no leak.
 std::unordered_set<Ptr>& MemoryBlocks() {
@@ -57,7 +57,7 @@ void BlockZero(void* destination, Size byteCount) {
 }
 
 void CopyCStringToPascal(const char* source, Str255 destination) {
-  const std::size_t length = std::min(std::strlen(source), kLongestPascalText);
+  const std::size_t length = std::min(std::strlen(source), kMaxPascalText);
   // The two may be one buffer. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
   std::memmove(destination + 1, source, length);
   destination[0] = static_cast<unsigned char>(length);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "base/printable_text.h"
+#include "report/text.h"
+
 namespace report {
 namespace {
 
@@ -49,6 +52,79 @@ const Attribute* NearestToThreshold(const Drive& drive) {
     if (nearest == nullptr || Distance(attribute) < Distance(*nearest)) nearest = &attribute;
   }
   return nearest;
+}
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+std::string_view Word(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kOk:
+      return "OK";
+    case Verdict::kWarning:
+      return "WARNING";
+    case Verdict::kCritical:
+      return "CRITICAL";
+    case Verdict::kUnknown:
+      break;
+  }
+  return "UNKNOWN";
+}
+
+Names PathsOf(const Report& report, Health health) {
+  Names paths;
+  for (const Drive& drive : report.drives) {
+    if (HealthOf(drive) == health) paths.push_back(PathText(drive.device));
+  }
+  return paths;
+}
+
+Names NotRead(const Report& report) {
+  Names paths;
+  for (const std::string& device : report.notRead) paths.push_back(PathText(device));
+  return paths;
+}
+
+Names OneLineEach(const Names& faults) {
+  Names lines;
+  for (const std::string& fault : faults) lines.push_back(base::OneLine(fault));
+  return lines;
+}
+
+// Appends `heading` and the names after it, if there are any, and returns whether there are.
+bool AppendGroup(std::string& text, std::string_view heading, const Names& names) {
+  if (names.empty()) return false;
+  if (!text.empty()) text += "; ";
+  text += heading;
+  for (const std::string& name : names) {
+    if (&name != &names.front()) text += ", ";
+    text += name;
+  }
+  return true;
+}
+
+std::string Count(std::size_t drives) {
+  if (drives == 0) return "no drives";
+  return std::to_string(drives) + (drives == 1 ? " drive" : " drives");
+}
+
+}  // namespace
+
+Judgement Check(const Report& report, const std::vector<std::string>& faults) {
+  std::string found;
+  const bool isFailing = AppendGroup(found, "failing: ", PathsOf(report, Health::kFailing));
+  bool isUnknown = report.drives.empty() || report.damage.has_value();
+  isUnknown |= AppendGroup(found, "not read: ", NotRead(report));
+  isUnknown |= AppendGroup(found, "", OneLineEach(faults));
+  bool isWarning = AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
+  isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
+  if (found.empty()) found = Count(report.drives.size());
+
+  Verdict verdict = isWarning ? Verdict::kWarning : Verdict::kOk;
+  if (isUnknown) verdict = Verdict::kUnknown;
+  if (isFailing) verdict = Verdict::kCritical;
+  return {verdict, std::string("smartprobe ").append(Word(verdict)).append(": ") + found};
 }
 
 }  // namespace report

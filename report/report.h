@@ -1,4 +1,4 @@
-// What a report says, as values. report_reader.h reads it, health.h and check.h judge it,
+// What a report says, as values. report_reader.h reads it, health.h judges it,
 // forms.h writes it.
 #pragma once
 

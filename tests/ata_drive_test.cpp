@@ -100,7 +100,7 @@ class AtaDrive : public testing::Test {
     });
     EXPECT_EQ(sent, commands + commands) << "a recording sends the same";
     const std::string recording = machines::WritePropertyList(listing);
-    EXPECT_EQ(ReportOf(machines::ReadRecordedMachine(recording)), report_);
+    EXPECT_EQ(ReportOf(machines::ParseRecordedMachine(recording)), report_);
     recordsData_ = recording.find("<key>Data</key>") != std::string::npos;
     if (report_.empty()) return commands;
     if (report_.starts_with("GetSMARTFailed")) return "failure " + commands;

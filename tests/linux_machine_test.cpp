@@ -173,7 +173,7 @@ SenseBytes Fixed(Fields f = {}) {
 }
 
 StatusAnswer AnswerOf(const SenseBytes& sense) {
-  return machines::ReadReturnStatus(machines::ReadSense(sense));
+  return machines::ParseReturnStatus(machines::ParseSense(sense));
 }
 
 TEST(ReturnStatus, OnlyTheTwoDefinedAnswersOfASuccessCountInEitherFormat) {

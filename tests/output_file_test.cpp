@@ -52,7 +52,7 @@ TEST(StandardStreams, AClosedOneIsNeverAFile) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
     base::PrepareStandardStreams();
     const base::Descriptor file = base::OpenInput("/dev/null");
-    std::_Exit(file.number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
+    std::_Exit(file.Number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
   };
   EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
 }

@@ -19,7 +19,7 @@ Property Recorded(const Machine& machine) {
 }
 
 Machine Replayed(const Machine& machine) {
-  return machines::ReadRecordedMachine(machines::WritePropertyList(Recorded(machine)));
+  return machines::ParseRecordedMachine(machines::WritePropertyList(Recorded(machine)));
 }
 
 TEST(Recording, GivesTheSameReportAgain) {

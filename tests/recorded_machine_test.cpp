@@ -16,7 +16,7 @@
 namespace {
 
 using namespace std::string_literals;
-using machines::ReadRecordedMachine;
+using machines::ParseRecordedMachine;
 using platform::Property;
 
 std::string Repeated(std::size_t times, const std::string& text) {
@@ -46,7 +46,7 @@ std::string Nested(std::size_t levels) {
 
 std::string MessageFor(const std::string& file) {
   try {
-    ReadRecordedMachine(file);
+    ParseRecordedMachine(file);
   } catch (const machines::RecordingError& error) {
     return error.what();
   }
@@ -133,14 +133,14 @@ TEST(RecordedMachine, ValuesKeepTheirMeaning) {
   };
   for (const auto& [file, value] : kCases) {
     const platform::Dictionary expected = {{"k", value}};
-    EXPECT_EQ(ReadRecordedMachine(file).roots.at(0).properties, expected) << file;
+    EXPECT_EQ(ParseRecordedMachine(file).roots.at(0).properties, expected) << file;
   }
 }
 
 TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   const auto read = [](const std::string& text) {
     const std::string pair = "<key>ProductVersion</key><string>" + text + "</string>";
-    return ReadRecordedMachine(
+    return ParseRecordedMachine(
         List("<array><dict>" + pair + "</dict>" + Named("B", pair) + "</array>"));
   };
   const std::pair<const char*, SInt32> kVersions[] = {
@@ -154,7 +154,7 @@ TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   for (const char* text : {"100.1", "", "10.", ".5", "10.5.8.1", "10.5 "}) {
     EXPECT_THROW(read(text), machines::RecordingError) << text;
   }
-  EXPECT_EQ(ReadRecordedMachine(Root("")).systemVersion, 0x1068);
+  EXPECT_EQ(ParseRecordedMachine(Root("")).systemVersion, 0x1068);
 }
 
 // A sanitizer needs memory and time of its own, and looks for other faults.
@@ -206,8 +206,8 @@ TEST(RecordedMachineDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) 
   for (const auto& file : kFiles) {
     EXPECT_EXIT(ReadWithinLimits(file()), testing::ExitedWithCode(0), "") << &file - kFiles;
   }
-  EXPECT_EQ(ReadRecordedMachine(ManyKeys()).roots[0].properties.size(), 499999U);
-  EXPECT_NO_THROW(ReadRecordedMachine(Nested(256)));
+  EXPECT_EQ(ParseRecordedMachine(ManyKeys()).roots[0].properties.size(), 499999U);
+  EXPECT_NO_THROW(ParseRecordedMachine(Nested(256)));
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 #include <tuple>
 #include <utility>
 
-#include "report/check.h"
 #include "report/forms.h"
+#include "report/health.h"
 #include "report/report_reader.h"
 #include "report/text.h"
 

@@ -54,10 +54,10 @@ OutputFile::~OutputFile() {
 
 // On the disk before it has the name: a crash leaves no empty file under it.
 void OutputFile::Finish(std::string_view bytes) {
-  Write(descriptor_.number(), bytes, file_);
-  if (fchmod(descriptor_.number(), kModeBeforeMask & ~FileModeMask()) != 0)
+  Write(descriptor_.Number(), bytes, file_);
+  if (fchmod(descriptor_.Number(), kModeBeforeMask & ~FileModeMask()) != 0)
     throw base::SystemError(file_);
-  if (fsync(descriptor_.number()) != 0) throw base::SystemError(file_);
+  if (fsync(descriptor_.Number()) != 0) throw base::SystemError(file_);
   if (close(descriptor_.Release()) != 0) throw base::SystemError(file_);
   CheckReplaceable(file_);  // it may have changed meanwhile
   if (rename(path_.c_str(), file_.c_str()) != 0) throw base::SystemError(file_);

@@ -12,8 +12,8 @@
 
 #include "base/files.h"
 #include "base/standard_streams.h"
-#include "report/check.h"
 #include "report/forms.h"
+#include "report/health.h"
 #include "report/report_reader.h"
 #include "report/text.h"
 #include "tools/output_file.h"

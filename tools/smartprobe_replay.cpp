@@ -28,7 +28,7 @@ const tools::CommandLine kCommandLine = {"smartprobe-replay",
 platform::Machine ReadMachine(const std::string& file) {
   const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
   try {
-    return machines::ReadRecordedMachine(bytes);
+    return machines::ParseRecordedMachine(bytes);
   } catch (const machines::RecordingError& error) {
     throw std::runtime_error(file + ": " + error.what());
   }

@@ -103,13 +103,13 @@ CommandEnd EndOf(const Sense& sense) {
 
 }  // namespace
 
-CommandResult ReadSense(Bytes sense) {
+CommandResult ParseSense(Bytes sense) {
   const std::optional<Sense> parsed = Parse(sense);
   if (!parsed) return {};
   return {EndOf(*parsed), parsed->registers};
 }
 
-StatusAnswer ReadReturnStatus(const CommandResult& result) {
+StatusAnswer ParseReturnStatus(const CommandResult& result) {
   if (result.end != CommandEnd::kSucceeded) return StatusAnswer::kNone;
   if (!result.registers) return StatusAnswer::kUnsaid;
   const auto& [error, status, lbaMid, lbaHigh] = *result.registers;
@@ -156,7 +156,7 @@ CommandResult Send(int node, const Cdb& cdb, std::span<std::uint8_t> data, int& 
                    data.empty() ? nullptr : data.data(), nullptr, static_cast<int>(data.size()),
                    sense.data(), static_cast<int>(sense.size()), nullptr, 0, &missing, kSilent);
   if (status == kGood && sense[0] == 0) return {CommandEnd::kSucceeded};
-  if (status == kGood || status == kCheckCondition) return ReadSense(sense);
+  if (status == kGood || status == kCheckCondition) return ParseSense(sense);
   return {};
 }
 

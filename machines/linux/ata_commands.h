@@ -33,7 +33,7 @@ struct CommandResult {
 // `sense` is in descriptor format, or in the fixed format that SAS adapters and some kernels
 // send, of any length; what its header does not count is not read. What is cut short inside the
 // registers, or is of an earlier command, has failed.
-CommandResult ReadSense(std::span<const std::uint8_t> sense);
+CommandResult ParseSense(std::span<const std::uint8_t> sense);
 
 enum class StatusAnswer {
   kNone,    // the command failed, or the registers hold neither of the two answers
@@ -44,7 +44,7 @@ enum class StatusAnswer {
 
 // `result` is that of SMART RETURN STATUS, sent with its registers wanted. Only the two pairs of
 // values that the standard names are answers: another pair is not taken for a good one.
-StatusAnswer ReadReturnStatus(const CommandResult& result);
+StatusAnswer ParseReturnStatus(const CommandResult& result);
 
 // The registers that the commands in use need; all others are sent as 0.
 struct AtaRegisters {

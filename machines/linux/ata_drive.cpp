@@ -9,8 +9,7 @@
 
 #include "base/descriptor.h"
 #include "machines/linux/ata_commands.h"
-#include "machines/linux/exceeded_condition.h"
-#include "machines/linux/identify_data.h"
+#include "machines/linux/drive_blocks.h"
 
 namespace machines {
 namespace {
@@ -23,7 +22,7 @@ using Block = platform::Drive::Block;
 base::Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number) {
   base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat status {};
-  if (!opened.IsOpen() || fstat(opened.number(), &status) != 0) return {};
+  if (!opened.IsOpen() || fstat(opened.Number(), &status) != 0) return {};
   if (!S_ISBLK(status.st_mode) || status.st_rdev != number) return {};
   return opened;
 }
@@ -86,7 +85,7 @@ class Questions {
   }
 
   bool ReturnStatus() {
-    status_ = ReadReturnStatus(SendCommand(node_, kReturnStatus, Registers::kWanted));
+    status_ = ParseReturnStatus(SendCommand(node_, kReturnStatus, Registers::kWanted));
     if (status_ == StatusAnswer::kNone) return Fail("SMART RETURN STATUS gave no answer");
     if (status_ != StatusAnswer::kUnsaid) answers_.exceeded = status_ == StatusAnswer::kExceeded;
     return true;
@@ -122,7 +121,7 @@ class AtaDrive : public platform::Drive {
     answers_ = {.failure = "its device node cannot be opened"};
     if (!number_) return false;
     const base::Descriptor node = OpenBlockDevice(path_, *number_);
-    if (node.IsOpen()) answers_ = Questions(node.number()).Ask();
+    if (node.IsOpen()) answers_ = Questions(node.Number()).Ask();
     return answers_.failure.empty();
   }
   std::string OpenFailure() const override { return answers_.failure; }

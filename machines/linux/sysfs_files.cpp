@@ -34,7 +34,7 @@ std::optional<std::string> ReadAttribute(const std::filesystem::path& file) {
   std::string content(kPageSize, '\0');
   std::size_t size = 0;
   while (size < content.size()) {
-    const ssize_t count = read(input.number(), &content[size], content.size() - size);
+    const ssize_t count = read(input.Number(), &content[size], content.size() - size);
     if (count < 0) return std::nullopt;
     if (count == 0) break;
     size += static_cast<std::size_t>(count);

@@ -13,7 +13,7 @@
 
 #include "base/printable_text.h"
 #include "machines/linux/ata_drive.h"
-#include "machines/linux/identify_data.h"
+#include "machines/linux/drive_blocks.h"
 #include "machines/linux/sysfs_files.h"
 
 namespace machines {

@@ -16,7 +16,7 @@ namespace machines {
 // RecordingError, with the line of the fault where it has one, for what is not well-formed
 // or is no property list, declares anything in its document type, or has a reference that
 // cannot be resolved.
-platform::Property ReadPropertyList(std::string_view file);
+platform::Property ParsePropertyList(std::string_view file);
 
 // An XML property list of `property`. Throws RecordingError for what it cannot hold: a text
 // that is not UTF-8 or has a character that XML does not allow (a control character, U+FFFE,

@@ -210,9 +210,9 @@ void MoveVersion(platform::Machine& machine) {
 
 }  // namespace
 
-platform::Machine ReadRecordedMachine(std::string_view file) {
+platform::Machine ParseRecordedMachine(std::string_view file) {
   if (file.size() > kMaxRecordingSize) throw RecordingError("the file is larger than 64 MiB");
-  Array roots = Roots(ReadPropertyList(file));
+  Array roots = Roots(ParsePropertyList(file));
   platform::Machine machine;
   machine.roots = MakeEntries(roots);
   if (machine.roots.empty()) return machine;

@@ -1,5 +1,5 @@
-// What the IDENTIFY DEVICE data tell of a drive, and where they lie in the page in which
-// the kernel keeps them.
+// What the blocks that a drive sends tell: its IDENTIFY DEVICE data, as they come or in the page
+// in which the kernel keeps them, and the condition in its data and thresholds.
 #pragma once
 
 #include <optional>
@@ -30,5 +30,14 @@ void MakePrintable(platform::Drive::Block& identify);
 
 // Whether the drive itself has a serial interface; a bridge before it may have another.
 bool IsSerialATA(const platform::Drive::Block& identify);
+
+// The threshold-exceeded condition as the standard defines it, for drives whose own answer does
+// not come through. True: the normalized value of a pre-failure attribute is at or below its
+// threshold. Each threshold is paired with the first attribute of its identifier that has a value,
+// as in the report, so that the condition holds exactly where a pre-failure line warns. Nothing:
+// the blocks have no such pair, so that nothing is known. A value of 0 is no value. The blocks are
+// as the drive sends them: the probe's byte-order pass moves the bit that marks pre-failure.
+std::optional<bool> ExceededCondition(const platform::Drive::Block& data,
+                                      const platform::Drive::Block& thresholds);
 
 }  // namespace machines

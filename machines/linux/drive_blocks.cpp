@@ -1,4 +1,4 @@
-#include "machines/linux/identify_data.h"
+#include "machines/linux/drive_blocks.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -68,6 +68,42 @@ void MakePrintable(Block& identify) {
 bool IsSerialATA(const Block& identify) {
   const std::uint16_t capabilities = Word(identify, 76);
   return capabilities != 0x0000 && capabilities != 0xFFFF;
+}
+
+namespace {
+
+using Entry = std::span<const std::uint8_t, 12>;
+
+constexpr std::size_t kEntries = 30;
+constexpr std::size_t kFirstEntry = 2;
+
+Entry EntryOf(const Block& block, std::size_t index) {
+  return Entry(block.data() + kFirstEntry + index * Entry::extent, Entry::extent);
+}
+
+// An entry of the data: identifier, two bytes of flags, normalized value.
+std::optional<Entry> FindWithValue(const Block& data, std::uint8_t identifier) {
+  for (std::size_t i = 0; i < kEntries; i++) {
+    const Entry attribute = EntryOf(data, i);
+    if (attribute[0] == identifier && attribute[3] != 0) return attribute;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<bool> ExceededCondition(const Block& data, const Block& thresholds) {
+  constexpr std::uint8_t kPreFailure = 0x01;
+  std::optional<bool> exceeded;
+  for (std::size_t i = 0; i < kEntries; i++) {
+    const Entry threshold = EntryOf(thresholds, i);
+    if (threshold[0] == 0) continue;
+    const std::optional<Entry> attribute = FindWithValue(data, threshold[0]);
+    if (!attribute) continue;
+    const bool isReached = (*attribute)[3] <= threshold[1];
+    exceeded = exceeded.value_or(false) || (isReached && ((*attribute)[1] & kPreFailure) != 0);
+  }
+  return exceeded;
 }
 
 }  // namespace machines

@@ -195,7 +195,7 @@ std::string Reader::Explanation() const {
 
 }  // namespace
 
-Property ReadPropertyList(std::string_view file) {
+Property ParsePropertyList(std::string_view file) {
   if (file.empty()) throw RecordingError("the file is empty");
   if (file.starts_with("bplist")) {
     throw RecordingError(
