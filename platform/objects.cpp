@@ -73,7 +73,7 @@ void DropObjects() { Handouts().clear(); }
 void CFRelease(CFTypeRef object) { platform::TakeBack(object, "CFRelease"); }
 
 CFTypeID CFGetTypeID(CFTypeRef object) {
-  return static_cast<CFTypeID>(platform::Deref(object, "CFGetTypeID").type());
+  return static_cast<CFTypeID>(platform::Deref(object, "CFGetTypeID").Type());
 }
 
 CFTypeID CFDataGetTypeID() { return static_cast<CFTypeID>(DataObject::kType); }

@@ -36,7 +36,7 @@ class Object {
   Object& operator=(const Object&) = delete;
   virtual ~Object() = default;
 
-  ObjectType type() const { return type_; }
+  ObjectType Type() const { return type_; }
 
  private:
   ObjectType type_;
@@ -100,7 +100,7 @@ inline const Object& Deref(CFTypeRef ref, const char* call) {
 template <typename T>
 const T& Deref(CFTypeRef ref, const char* call) {
   const Object& object = Deref(ref, call);
-  if (object.type() != T::kType) Misuse(call, "the object is of another type");
+  if (object.Type() != T::kType) Misuse(call, "the object is of another type");
   return static_cast<const T&>(object);
 }
 

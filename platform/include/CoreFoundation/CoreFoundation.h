@@ -76,7 +76,16 @@ extern "C" {
 
 CFStringRef PlatformConstantString(const char *text);
 
+// Of all calls: objects that come in are borrowed. Those whose call is named Create or Copy are the
+// caller's to release, once; all others are borrowed too. Null, an object of another type and one
+// that is freed are misuse, at which this layer aborts. A failed call leaves its outputs as they
+// were, unless more is said of it.
+
+// Gives back the caller's reference, and frees the object with it. To release what is not the
+// caller's, a constant for one, is misuse.
 void CFRelease(CFTypeRef object);
+
+// The type of any object: one of the four that follow, or another. The numbers are this process's.
 CFTypeID CFGetTypeID(CFTypeRef object);
 
 CFTypeID CFStringGetTypeID(void);
@@ -84,31 +93,58 @@ CFTypeID CFNumberGetTypeID(void);
 CFTypeID CFDataGetTypeID(void);
 CFTypeID CFDictionaryGetTypeID(void);
 
+// Writes the text in that encoding and a NUL, at most `bufferSize` bytes. False where it does not
+// fit or a character has no form in the encoding: then all of the buffer is written, with part of
+// the text, 0xA5 in the rest, and no NUL.
 Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
                            CFStringEncoding encoding);
+
+// The encoding of 8-bit text; here it is UTF-8.
 CFStringEncoding CFStringGetSystemEncoding(void);
+
+// A string of these bytes. Null where they are no text in the encoding; UTF-8 and ASCII are known.
 CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef allocator, CFDataRef data,
                                                      CFStringEncoding encoding);
 
+// The type that the number was created with. It may be one that is not listed above.
 CFNumberType CFNumberGetType(CFNumberRef number);
+
+// Stores the number as that type, in as many bytes as the type has. False where the value does not
+// survive, as 1.5 and 2^32 do not as an SInt32: what is left of it is stored all the same. False
+// too, with nothing stored, for a type that is not listed. Here no number becomes one of floating
+// point, with nothing stored either, and a 32-bit one of those becomes no integer.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value);
 
+// In bytes.
 CFIndex CFDataGetLength(CFDataRef data);
+
+// Writes the `range.length` bytes from `range.location` on. A range that leaves the data is misuse.
 void CFDataGetBytes(CFDataRef data, CFRange range, UInt8 *buffer);
 
+// The value under the string `key`, which lives as long as the dictionary. Null where there is
+// none.
 const void *CFDictionaryGetValue(CFDictionaryRef dictionary, const void *key);
+
+// The same, stored. False where there is none.
 Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void *key,
                                       const void **value);
 
+// Never null.
 CFBundleRef CFBundleGetMainBundle(void);
+
+// The bundle's translation of `key`, or, where it has none, `value`, which is not null. Here a
+// bundle has one table, whatever it is called.
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef tableName);
 
+// A constant: the same bytes give the same object, so that two can be compared by their pointers.
 CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UInt8 byte0, UInt8 byte1,
                                          UInt8 byte2, UInt8 byte3, UInt8 byte4, UInt8 byte5,
                                          UInt8 byte6, UInt8 byte7, UInt8 byte8, UInt8 byte9,
                                          UInt8 byte10, UInt8 byte11, UInt8 byte12, UInt8 byte13,
                                          UInt8 byte14, UInt8 byte15);
+
+// The bytes in their order.
 CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
 }  // extern "C"

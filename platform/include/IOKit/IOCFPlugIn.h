@@ -12,6 +12,11 @@ typedef CFUUIDBytes REFIID;
 
 #define S_OK ((HRESULT)0)
 
+// An interface is a pointer to the pointer to its functions, whose first argument it is. The caller
+// owns one reference to an interface that it is given; AddRef makes one more, Release gives one
+// back, and both return how many there are then. With the last the interface is freed, and to use
+// it is misuse. QueryInterface stores another interface of the same object; a result other than
+// S_OK, and nothing stored, where it has none.
 typedef struct IOCFPlugInInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
@@ -26,10 +31,14 @@ typedef struct IOCFPlugInInterface {
 
 extern "C" {
 
+// Stores the plug-in of the user client of `service`, which is borrowed, and a score of 0. Fails,
+// with both as they were, where the entry has no such user client.
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore);
+
+// Gives back the caller's reference. Interfaces that the plug-in gave stay.
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface **interface);
 
 }  // extern "C"

@@ -22,15 +22,35 @@ enum { kIORegistryIterateRecursively = 1, kIORegistryIterateParents = 2 };
 
 extern "C" {
 
+// Handles that a call returns or stores are the caller's to release, and 0 is none. Here no number
+// is used again, and a handle that is dead or of the wrong kind is misuse. A result other than
+// kIOReturnSuccess is a failure, which leaves the outputs as they were.
+
+// What matches the entries of that name, or of that class, each compared whole. The caller's one
+// reference goes to IOServiceGetMatchingServices. Null where there is no memory.
 CFMutableDictionaryRef IOServiceNameMatching(const char *name);
 CFMutableDictionaryRef IOServiceMatching(const char *name);
+
+// Stores an iterator over the entries that match now, an entry before its children. That none
+// matches is no failure. Releases `matching`, also when it fails.
 kern_return_t IOServiceGetMatchingServices(mach_port_t masterPort, CFDictionaryRef matching,
                                            io_iterator_t *existing);
+
+// The next entry. 0 at the end, and then at every call.
 io_object_t IOIteratorNext(io_iterator_t iterator);
+
+// Releases an entry or an iterator.
 kern_return_t IOObjectRelease(io_object_t object);
+
+// Stores a dictionary of the entry's own properties, the caller's to release.
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef *properties,
                                                 CFAllocatorRef allocator, IOOptionBits options);
+
+// The value of the property `key`, the caller's to release; null where there is none. Looked at are
+// the entry alone; with the recursive option the entry and then what is below it, an entry before
+// its children; with that of parents too, the entry and then what is above it, up to the root. The
+// first that has the key counts, of whatever type its value is.
 CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_name_t plane,
                                           CFStringRef key, CFAllocatorRef allocator,
                                           IOOptionBits options);

@@ -4,6 +4,7 @@
 
 #include <IOKit/IOCFPlugIn.h>
 
+// The two blocks as the drive sends them. Their sums are the caller's to check.
 typedef struct ATASMARTData {
   UInt8 bytes[512];
 } ATASMARTData;
@@ -14,15 +15,19 @@ typedef struct ATASMARTDataThresholds {
 
 enum { kIOATAFeatureSMART = 0x20 };  // of a device's "ATA Features"
 
+// The first four members are those of every interface. Each of the others sends the drive a command
+// and waits for its end; a result other than kIOReturnSuccess leaves the outputs as they were.
 typedef struct IOATASMARTInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
   ULONG (*AddRef)(void *self);
   ULONG (*Release)(void *self);
   IOReturn (*SMARTEnableDisableOperations)(void *interface, Boolean enable);
+  // Stores 1 when a threshold is exceeded, else 0.
   IOReturn (*SMARTReturnStatus)(void *interface, Boolean *exceededCondition);
   IOReturn (*SMARTReadData)(void *interface, ATASMARTData *data);
   IOReturn (*SMARTReadDataThresholds)(void *interface, ATASMARTDataThresholds *data);
+  // Writes the first `inSize` of the 512 bytes, words low byte first, and stores how many.
   IOReturn (*GetATAIdentifyData)(void *interface, void *buffer, UInt32 inSize, UInt32 *outSize);
 } IOATASMARTInterface;
 
