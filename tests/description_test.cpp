@@ -1,5 +1,5 @@
-// What the registry tells of a drive: lookups around an entry, product name, BSD
-// name, capacity, and how the drive is attached.
+// What the registry tells of a drive: lookups around an entry, product name, BSD name and how
+// the drive is attached.
 #include <functional>
 
 #include "registry/device_description.h"
@@ -79,15 +79,6 @@ TEST(Description, BSDNameIsTheEntrysOrADescendants) {
   };
   for (const auto& [tree, name] : kNames) {
     EXPECT_EQ(Written(tree, 1024, IOKitUtilsGetBDSName).data(), name);
-  }
-}
-
-TEST(Description, CapacityKeepsTheWidthOfItsNumber) {
-  for (const auto& [size, expected] : {std::pair{250059350016, 250059350016}, {-1, 0xFFFFFFFF}}) {
-    SInt64 capacity = -1;
-    Written({.partition = {{"Size", Integer(size)}}}, 0,
-            [&](io_service_t drive, char*) { IOKitUtilsGetDeviceSizeInBytes(drive, &capacity); });
-    EXPECT_EQ(capacity, expected);
   }
 }
 

@@ -100,13 +100,14 @@ io_object_t __wrap_IOIteratorNext(io_iterator_t i) {
 
 }  // extern "C"
 
-// Device 1 has its texts in the registry, devices 2 and 4 have an exceeded threshold.
+// Device 1 has its texts in the registry, each longer than its field; devices 2 and 4 have an
+// exceeded threshold.
 DeviceLines LinesOf(int device) {
   DeviceLines lines{.path = "/dev/rdisk" + std::to_string(device),
                     .capacity = "5.00 KB",
                     .exceeded = device == 2 || device == 4};
-  if (device == 1) lines.serial = "S1";
-  if (device == 1) lines.revision = "R1";
+  if (device == 1) lines.serial = "12345678901234567890";
+  if (device == 1) lines.revision = "12345678";
   return lines;
 }
 
@@ -117,12 +118,13 @@ std::string Devices(int begin, int end) {
 }
 
 std::vector<Entry> Controllers() {
-  Dictionary above[kDevices] = {{{"AAPL,bus-id", Bytes({1})}},
-                                {{"Serial Number", Text("S1")}, {"Revision", Text("R1")}},
-                                {{"io-device-location", Bytes({'1'})}},
-                                {},
-                                {{"device-type", Text("Gen")}},
-                                {}};
+  Dictionary above[kDevices] = {
+      {{"AAPL,bus-id", Bytes({1})}},
+      {{"Serial Number", Text("123456789012345678901")}, {"Revision", Text("12345678X")}},
+      {{"io-device-location", Bytes({'1'})}},
+      {},
+      {{"device-type", Text("Gen")}},
+      {}};
   std::vector<Entry> controllers;
   for (int i = 0; i < kDevices; i++) {
     const auto drive = HealthyDrive(std::make_shared<FaultyDrive>());

@@ -1,8 +1,7 @@
 #!/bin/bash
 # The Debian package and what comes with it: manual pages, systemd units, and its life in
 # a fresh minimal system, which takes root's rights.
-# Usage: package_test.sh BUILD DOWNLOADS, the build's folder and one that keeps what is
-# downloaded.
+# Usage: package_test.sh BUILD DOWNLOADS, the folders of the build and of what is kept.
 set -euo pipefail
 . "$(dirname "$0")/program_test.sh"
 build=$(realpath "$1")
@@ -60,7 +59,7 @@ minimal_system() {
   local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe steps
   root=$work/root
   get_root
-  mkdir -p "$root$folder"
+  mkdir -p "$root$folder" "$root/run/smartprobe"
   cp "$package" "$root/smartprobe.deb"
   list_root >"$work/before"
   apt_in_root install ./smartprobe.deb || fail 'the installation'
@@ -68,9 +67,7 @@ minimal_system() {
     fail 'the report of an installed example'
   in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
   steps=$(sed -n 's/^ExecStart=//p' "$tree/usr/lib/systemd/system/smartprobe.service")
-  mkdir "$root/run/smartprobe"
-  in_root sh -ec "$steps" || fail "the service's steps"
-  rm -r "$root/run/smartprobe"
+  in_root sh -ec "$steps; rm /run/smartprobe/*" || fail "the service's steps"
   apt_in_root install --reinstall ./smartprobe.deb || fail 'the upgrade'
   [ -s "$root$folder/smartprobe.prom" ] || fail 'an upgrade removes the metrics'
   in_root systemctl --quiet is-enabled smartprobe.timer || fail 'an upgrade disables the timer'

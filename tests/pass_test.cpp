@@ -48,26 +48,12 @@ TEST(Pass, AtaGoesByNameAndFeaturesAndAhciByClass) {
                     device(ata, ata, with(Integer(0x5F))),
                     device(ata, ata, with(Integer(1LL << 32 | 0x20))),
                     device(ata, ata, with({platform::Float64Number(32.5)})),
-                    device(ata, ata, with(Text("32"))),
-                    device(ata, ata, {{"Device Characteristics", Integer(0x20)}}),
                     Entry{"Controller", "", good, {device(ata, ata, {})}, {}}}),
             "");
   Report({device(ata, "Disk", good), device("Port 0", ahci, {}),
           device(ata, ata, with({platform::Float64Number(32)})),
           device(ata, ata, with(Integer(-1)))});
   EXPECT_EQ(gSMARTDriveCount, 4);
-}
-
-TEST(Pass, TextsOfTheRegistryReplaceTheDrivesOwn) {
-  const auto below = [](const Dictionary& above) {
-    return Entry{"", "", above, {AtaDevice(HealthyDrive())}, {}};
-  };
-  const DeviceLines both{.revision = "1.0", .serial = "12345678901234567890"};
-  const DeviceLines one{.revision = "12345678"};
-  EXPECT_EQ(
-      Report({below({{"Serial Number", Text("123456789012345678901")}, {"Revision", Text("1.0")}}),
-              below({{"Revision", Text("12345678X")}})}),
-      both.Text() + one.Text());
 }
 
 TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {

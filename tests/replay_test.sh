@@ -32,8 +32,6 @@ done
 
 refused "$work: Is a directory" "$work"
 refused '.*a.*b: No such file' $'a\n\e[1m\xffb'
-printf '<plist>\n<dict>\n' >"$work/truncated"
-refused "$work/truncated: line 3: the file ends inside <dict>" "$work/truncated"
 refused '/dev/zero: the file is larger than 64 MiB' /dev/zero
 shell 1 "$name: standard output: No space left" '"$0" "$1" >/dev/full'
 shell 1 "$name: standard output: Bad file descriptor" '"$0" "$1" >&-'

@@ -5,6 +5,14 @@
 #include "probe/start_up.h"
 
 namespace test {
+
+std::string Repeated(std::size_t times, const std::string& text) {
+  std::string repeated;
+  repeated.reserve(times * text.size());
+  for (std::size_t i = 0; i < times; i++) repeated += text;
+  return repeated;
+}
+
 Drive::Block BlockOf(const std::vector<BlockEntry>& entries) {
   Drive::Block block{0x10, 0x00};
   std::size_t at = 2;

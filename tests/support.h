@@ -1,4 +1,4 @@
-// Machines, drives and blocks made in a few lines, and a run of the probe on them.
+// Machines, drives, blocks and long texts made in a few lines, and a run of the probe.
 #pragma once
 
 #include <IOKit/IOKitLib.h>
@@ -22,6 +22,8 @@ using platform::Ledger;
 using platform::OpenReferences;
 using platform::Property;
 using enum platform::ReferenceKind;
+
+std::string Repeated(std::size_t times, const std::string& text);
 
 inline Property Text(std::string text) { return {std::move(text)}; }
 inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
