@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # What the tests of programs share; they read it in. It makes the folder $work and
 # removes it at the end.
-set -u
+set -uo pipefail
 work=$(mktemp -d)
 trap 'rm -rf --one-file-system "$work"' EXIT # debootstrap mounts, and may be interrupted
 failures=0

@@ -2,14 +2,10 @@
 // others. The program around them has a test of its own.
 #include "machines/recorded/recorded_machine.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdlib>
-#include <optional>
-#include <string>
 
 #include "machines/recorded/recording_format.h"
 #include "tests/support.h"

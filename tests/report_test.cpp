@@ -1,8 +1,5 @@
 // Reports are read whole or refused at the right line, judged, and written in each form.
-#include <gtest/gtest.h>
-
 #include <regex>
-#include <string>
 #include <tuple>
 #include <utility>
 
