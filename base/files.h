@@ -15,7 +15,7 @@ std::system_error SystemError(const std::string& file);
 
 // The file, opened for reading; "-" is standard input, which stays open when the result
 // is closed: it is a second descriptor of the same open file, with the same position. A folder
-// opens, and fails when it is read; a named pipe waits for its writer. Throws SystemError.
+// opens, and fails when it is read; a named pipe waits for its writer. Throws std::system_error.
 Descriptor OpenInput(const std::string& file);
 
 // The first `limit` bytes of the file, or all of them if it is shorter. More is not read,

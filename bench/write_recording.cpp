@@ -1,4 +1,4 @@
-// write_recording DRIVES: prints a machine that is measured, as a recording.
+// write_recording DRIVES: prints the recording of a machine with so many drives, to measure.
 #include <cstdio>
 #include <cstdlib>
 #include <string>

@@ -46,7 +46,7 @@ Ledger& OpenReferences();
 // Takes back every reference that is out, as the platform does when a process ends,
 // and the ledger is empty. For programs that run one pass after another: handles and dictionaries
 // point into the machine, so this comes before the machine is replaced. Whatever the probe still
-// keeps from before it is dangling then; constant strings and UUIDs alone stay.
+// keeps from before it is dangling then; constant strings, UUIDs and the main bundle alone stay.
 void EndProcess();
 
 // The parts of EndProcess: each drops the references that its source keeps.

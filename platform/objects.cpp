@@ -44,8 +44,8 @@ std::unique_ptr<Object> MakeObject(const Property& property) {
   return std::visit(Maker(), property.value);
 }
 
-const Object* DictionaryObject::Get(std::string_view key) const {
-  const Property* property = Find(values_, key);
+const Object* DictionaryObject::Find(std::string_view key) const {
+  const Property* property = platform::Find(values_, key);
   if (property == nullptr) return nullptr;
   std::unique_ptr<Object>& object = made_[property];
   if (!object) object = MakeObject(*property);
@@ -96,7 +96,7 @@ CFTypeID CFDictionaryGetTypeID() { return static_cast<CFTypeID>(DictionaryObject
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
   const auto& text = Deref<StringObject>(key, "CFDictionaryGetValue").text;
-  return platform::Ref(Deref<DictionaryObject>(dictionary, "CFDictionaryGetValue").Get(text));
+  return platform::Ref(Deref<DictionaryObject>(dictionary, "CFDictionaryGetValue").Find(text));
 }
 
 Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void* key,

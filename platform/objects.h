@@ -69,7 +69,7 @@ class DictionaryObject : public Object {
 
   // The object of the value under `key`, borrowed, or null. The same one at every call, alive
   // as long as this dictionary.
-  const Object* Get(std::string_view key) const;
+  const Object* Find(std::string_view key) const;
 
  private:
   const Dictionary& values_;

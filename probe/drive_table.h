@@ -31,8 +31,9 @@ enum { kBSDPathSize = 1024 };
 
 struct SavedATADriveInfo {
   char bsdName[kBSDPathSize];
-  char capacityLabel[256];  // kept from the device before where the capacity is 0; an
-                            // abbreviated label, since a full name may need 266 bytes
+  char capacityLabel[256];  // an abbreviated label: a full name may need 266 bytes. Where the
+                            // capacity is 0, that of the device before it in this record, if
+                            // that one was not counted
   Str255 productNameP;      // productName with its length in front; nothing prints it
   char productName[256];
   char interfaceInfo[kInterfaceInfoSize];  // how it is attached, a length-prefixed string;

@@ -11,7 +11,7 @@
 enum { kTextSize = 256 };
 
 // The most data whose digits and NUL fit a text.
-enum { kMostBusIdBytes = (kTextSize - 1) / 2 };
+enum { kMaxBusIdBytes = (kTextSize - 1) / 2 };
 
 static const char kUnknownBus[] = "???";
 
@@ -72,7 +72,7 @@ static void AppendLocation(CFDictionaryRef protocol, char *info) {
 
 static void BusIdToText(CFTypeRef busId, char *bus) {
   if (CFGetTypeID(busId) != CFDataGetTypeID() ||
-      CFDataGetLength((CFDataRef)busId) > kMostBusIdBytes) {
+      CFDataGetLength((CFDataRef)busId) > kMaxBusIdBytes) {
     strcpy(bus, kUnknownBus);
     return;
   }

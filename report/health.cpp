@@ -45,7 +45,7 @@ std::string_view HealthWord(Health health) {
   return "failing";
 }
 
-const Attribute* NearestToThreshold(const Drive& drive) {
+const Attribute* FindNearestToThreshold(const Drive& drive) {
   const Attribute* nearest = nullptr;
   for (const Attribute& attribute : drive.attributes) {
     if (!CanBeNear(attribute)) continue;

@@ -19,7 +19,8 @@ enum class Health {
 };
 
 // As the report's status has it; value and threshold are not compared again. The drive's is
-// the worst of its attributes', or kFailing when it reports the condition itself.
+// the worst of its attributes', kNoAttributes without any, and kFailing when it reports the
+// condition itself.
 Health HealthOf(const Attribute& attribute);
 Health HealthOf(const Drive& drive);
 
@@ -29,7 +30,7 @@ std::string_view HealthWord(Health health);
 // The attribute whose value is the least above its threshold, or the most below it; the first
 // of several. Only valid figures count, and only a threshold that can be reached and passed:
 // 1 to 253. Null: there is none. The drive owns it.
-const Attribute* NearestToThreshold(const Drive& drive);
+const Attribute* FindNearestToThreshold(const Drive& drive);
 
 // The numbers are the statuses that monitoring plug-ins end with.
 enum class Verdict { kOk = 0, kWarning = 1, kCritical = 2, kUnknown = 3 };

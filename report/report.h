@@ -19,7 +19,7 @@ struct Attribute {
   std::uint16_t flags = 0;  // the first byte that the drive delivers is the high byte
   std::uint8_t value = 0;
   std::uint8_t threshold = 0;
-  bool valid = true;  // neither value nor threshold is marked as one that cannot be
+  bool valid = true;  // false: the report calls value or threshold invalid
   // These two are what the line's status says, whatever flags, value and threshold are.
   bool preFailure = false;
   bool reached = false;

@@ -148,7 +148,7 @@ std::string ParseFailure(std::string_view fields) {
   return ToText(fields);
 }
 
-// The lines of a report one after the other, and where its end is none.
+// The lines of a report one after the other, up to its end or a cut.
 class Lines {
  public:
   explicit Lines(std::string_view bytes)

@@ -167,7 +167,7 @@ Row RowOf(const Drive& drive) {
   Row row{{PathText(drive.device), Cell(drive.product), Cell(drive.capacity), Cell(drive.serial),
            std::string(HealthWord(health))},
           health};
-  const Attribute* nearest = NearestToThreshold(drive);
+  const Attribute* nearest = FindNearestToThreshold(drive);
   if (nearest == nullptr) {
     row.cells.insert(row.cells.end(), 3, kNothing);
   } else {

@@ -82,6 +82,13 @@ TEST(Description, BSDNameIsTheEntrysOrADescendants) {
   }
 }
 
+TEST(Description, CapacityKeepsTheWidthOfItsNumber) {
+  SInt64 capacity = -1;
+  Written({.partition = {{"Size", Integer(-1)}}}, 0,
+          [&](io_service_t drive, char*) { IOKitUtilsGetDeviceSizeInBytes(drive, &capacity); });
+  EXPECT_EQ(capacity, 0xFFFFFFFF);
+}
+
 TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
   const Property ata = Text("ATA");
   const Property scsi = Text("SCSI");

@@ -107,4 +107,4 @@ make_package
 manual_pages
 package_and_units
 minimal_system
-[ "$failures" = 0 ]
+[ ! -e "$work/failed" ]

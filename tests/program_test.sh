@@ -4,11 +4,10 @@
 set -uo pipefail
 work=$(mktemp -d)
 trap 'rm -rf --one-file-system "$work"' EXIT # debootstrap mounts, and may be interrupted
-failures=0
 
 fail() {
   echo "FAILED: $*" >&2
-  failures=$((failures + 1))
+  touch "$work/failed" # a subshell counts too
 }
 
 # check STATUS STDERR-PATTERN COMMAND...: the command ends with that status and prints

@@ -67,4 +67,4 @@ else
   echo "SKIPPED: no terminal: $(head -1 "$work/out")"
 fi
 
-[ "$failures" = 0 ]
+[ ! -e "$work/failed" ]

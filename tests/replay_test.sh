@@ -38,4 +38,4 @@ shell 1 "$name: standard output: Bad file descriptor" '"$0" "$1" >&-'
 shell 1 "$name: standard output: Broken pipe" \
   '{ sleep 0.2; exec "$0" "$1"; } | true; exit "${PIPESTATUS[0]}"'
 
-[ "$failures" = 0 ]
+[ ! -e "$work/failed" ]

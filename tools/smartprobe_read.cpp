@@ -146,7 +146,14 @@ Options OptionsOf(const tools::Arguments& arguments) {
 int ReadReport(const tools::Arguments& arguments) {
   const Options options = OptionsOf(arguments);
   const Reading reading = TryToRead(options);
-  return options.checks ? ShowChecked(reading, options) : Show(reading);
+  if (!options.checks) return Show(reading);
+  try {
+    return ShowChecked(reading, options);
+  } catch (const std::bad_alloc&) {
+    // Any other status would be taken for a verdict.
+    std::fprintf(stderr, "%s: out of memory\n", kCommandLine.program);
+    return kUnknownStatus;
+  }
 }
 
 }  // namespace

@@ -15,9 +15,10 @@ namespace machines {
 // cannot be opened. The drive's Open asks for everything, each command once, in the order
 // IDENTIFY DEVICE, ENABLE OPERATIONS, RETURN STATUS, READ DATA, READ THRESHOLDS, and closes
 // the node again; after a failure nothing more is sent. It succeeds where the drive tells
-// its condition and its data. One that says that it has no S.M.A.R.T. is asked nothing
-// more, and cannot be enabled; one that refuses only READ THRESHOLDS has none. A block of zeros
-// is an adapter's that has not asked the drive: IDENTIFY DEVICE or READ DATA has failed then.
+// its condition and its data; also where it says that it has no S.M.A.R.T., but that drive is asked
+// nothing more and cannot be enabled. One that refuses only READ THRESHOLDS has no thresholds. A
+// block of zeros is an adapter's that has not asked the drive: IDENTIFY DEVICE or READ DATA has
+// failed then.
 //
 // The other operations send nothing: they give what the last Open was told, so that the
 // report waits for a drive in Open alone, for five commands at most. To disable always fails:

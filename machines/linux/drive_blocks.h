@@ -19,8 +19,8 @@ std::optional<platform::Drive::Block> FindIdentifyData(std::string_view page);
 // padding, or none.
 std::string ModelNumber(const platform::Drive::Block& identify);
 
-// Whether the drive says that it has no S.M.A.R.T.: old drives say neither. False is no promise
-// that it has.
+// Whether the drive says that it has no S.M.A.R.T. False is no promise that it has: old drives do
+// not say.
 bool LacksSMART(const platform::Drive::Block& identify);
 
 // Puts a question mark in the place of each byte of serial number and revision that is

@@ -18,7 +18,7 @@ constexpr std::size_t kPageSize = 4096;
 
 // All of `text` as a decimal number.
 template <typename T>
-std::optional<T> Decimal(std::string_view text) {
+std::optional<T> ParseDecimal(std::string_view text) {
   T value = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
@@ -28,7 +28,7 @@ std::optional<T> Decimal(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> ReadAttribute(const std::filesystem::path& file) {
+std::optional<std::string> ReadFile(const std::filesystem::path& file) {
   const base::Descriptor input(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!input.IsOpen()) return std::nullopt;
   std::string content(kPageSize, '\0');
@@ -45,22 +45,22 @@ std::optional<std::string> ReadAttribute(const std::filesystem::path& file) {
 
 std::string ReadText(const std::filesystem::path& file) {
   constexpr std::string_view kWhiteSpace = " \t\n";
-  const std::string content = ReadAttribute(file).value_or("");
+  const std::string content = ReadFile(file).value_or("");
   const std::size_t first = content.find_first_not_of(kWhiteSpace);
   if (first == std::string::npos) return "";
   return content.substr(first, content.find_last_not_of(kWhiteSpace) + 1 - first);
 }
 
 std::optional<std::uint64_t> ReadNumber(const std::filesystem::path& file) {
-  return Decimal<std::uint64_t>(ReadText(file));
+  return ParseDecimal<std::uint64_t>(ReadText(file));
 }
 
 std::optional<dev_t> ReadDeviceNumber(const std::filesystem::path& file) {
   const std::string text = ReadText(file);
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos) return std::nullopt;
-  const auto major = Decimal<unsigned int>(std::string_view(text).substr(0, colon));
-  const auto minor = Decimal<unsigned int>(std::string_view(text).substr(colon + 1));
+  const auto major = ParseDecimal<unsigned int>(std::string_view(text).substr(0, colon));
+  const auto minor = ParseDecimal<unsigned int>(std::string_view(text).substr(colon + 1));
   if (!major || !minor) return std::nullopt;
   return makedev(*major, *minor);
 }

@@ -14,7 +14,7 @@ namespace machines {
 // All bytes of the attribute, of one larger than a page (4,096 bytes) the first page: none that
 // is read here is larger, and no endless file can hold the program up. Nothing: it is not
 // there or cannot be read. Does not wait, even for a pipe in its place.
-std::optional<std::string> ReadAttribute(const std::filesystem::path& file);
+std::optional<std::string> ReadFile(const std::filesystem::path& file);
 
 // The attribute's text without the white space around it; empty where it cannot be read.
 std::string ReadText(const std::filesystem::path& file);

@@ -49,7 +49,7 @@ bool IsNumbered(std::string_view name, std::string_view prefix) {
 
 // A device's folder lies in that of what it is attached to: .../ata1/host0/target0:0:0/...
 // or .../usb2/2-1/2-1:1.0/host6/target6:0:0/...
-Attachment FindAttachment(const fs::path& sysfs, const fs::path& device) {
+Attachment AttachmentOf(const fs::path& sysfs, const fs::path& device) {
   Attachment attachment;
   fs::path folder = sysfs;
   for (const fs::path& part : device.lexically_relative(sysfs)) {
@@ -72,10 +72,10 @@ std::optional<AtaDisk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
   std::error_code error;
   fs::path folder = fs::canonical(link, error);
   if (error) return std::nullopt;
-  Attachment attachment = FindAttachment(sysfs, folder);
+  Attachment attachment = AttachmentOf(sysfs, folder);
   const fs::path device = folder / "device";
   if (attachment.host.empty() || !IsDisk(device)) return std::nullopt;
-  const auto page = ReadAttribute(device / "vpd_pg89");
+  const auto page = ReadFile(device / "vpd_pg89");
   const auto identify = page ? FindIdentifyData(*page) : std::nullopt;
   if (!identify && ReadText(device / "vendor") != "ATA") return std::nullopt;
   const std::string host = attachment.host.filename();
@@ -93,7 +93,7 @@ bool IsNamedBefore(const AtaDisk& one, const AtaDisk& other) {
 // kernel says are of the vendor "ATA", as libata and most layers do, and those whose layer
 // hands out IDENTIFY DEVICE data. In the kernel's order of naming: sda to sdz, then sdaa.
 // A disk whose folder cannot be read is left out; none is found where `sysfs` itself cannot be.
-std::vector<AtaDisk> FindAtaDisks(const fs::path& sysfs) {
+std::vector<AtaDisk> ReadAtaDisks(const fs::path& sysfs) {
   std::vector<AtaDisk> disks;
   std::error_code error;
   const fs::path root = fs::canonical(sysfs, error);
@@ -183,7 +183,7 @@ Entry MakePort(const AtaDisk& disk, const fs::path& dev) {
 
 platform::Machine ReadLinuxMachine(const fs::path& sysfs, const fs::path& dev) {
   Entry root{"Root", "IORegistryEntry", {}, {}, nullptr};
-  for (const AtaDisk& disk : FindAtaDisks(sysfs)) root.children.push_back(MakePort(disk, dev));
+  for (const AtaDisk& disk : ReadAtaDisks(sysfs)) root.children.push_back(MakePort(disk, dev));
   platform::Machine machine;
   machine.systemVersion = kSystemVersion;
   machine.roots.push_back(std::move(root));

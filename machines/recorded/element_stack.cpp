@@ -20,14 +20,14 @@ using platform::Property;
 // level.
 constexpr std::size_t kMaxNesting = 256;
 
-// The smallest element, seven bytes of a file, takes some hundred bytes of memory.
+// The smallest element, six bytes of a file, takes some hundred bytes of memory.
 constexpr std::size_t kMaxElements = 1'000'000;
 
 constexpr auto kElements =
     std::to_array<std::string_view>({"key", "string", "integer", "dict", "true", "false", "data",
                                      "array", "real", "date", "plist"});
 
-std::string Tag(std::string_view name) { return "<" + Shortened(name) + ">"; }
+std::string Tag(std::string_view name) { return "<" + Excerpt(name) + ">"; }
 
 // Sorting finds a key that is there twice; unlike hashing, it has no bad case.
 void CheckKeys(const Dictionary& dictionary) {
@@ -36,7 +36,7 @@ void CheckKeys(const Dictionary& dictionary) {
   std::ranges::sort(keys);
   const auto twice = std::ranges::adjacent_find(keys);
   if (twice == keys.end()) return;
-  throw RecordingError("a <dict> ends that has the <key> \"" + Shortened(*twice) + "\" twice");
+  throw RecordingError("a <dict> ends that has the <key> \"" + Excerpt(*twice) + "\" twice");
 }
 
 }  // namespace
@@ -116,7 +116,7 @@ void ElementStack::EndLeaf() {
     return;
   }
   std::optional<Property> value = ParseLeaf(leaf, text_);
-  if (!value) throw RecordingError("\"" + Shortened(text_) + "\" is no " + Tag(leaf));
+  if (!value) throw RecordingError("\"" + Excerpt(text_) + "\" is no " + Tag(leaf));
   Put(std::move(*value));
 }
 

@@ -15,7 +15,7 @@ namespace machines {
 // - <string>: any; <true> and <false>: none at all;
 // - <integer>: an optional sign, then decimal figures or 0x and hexadecimal ones; -2^63 to
 //   2^64-1, and from 2^63 up the two's complement of a negative number;
-// - <real>: a decimal fraction or power, inf or nan, within a 64-bit number's range;
+// - <real>: a decimal fraction or power, or C's inf or nan, within a 64-bit number's range;
 // - <date>: YYYY-MM-DDTHH:MM:SSZ, any date of the calendar;
 // - <data>: base64, padded, with white space anywhere.
 std::optional<platform::Property> ParseLeaf(std::string_view name, const std::string& text);

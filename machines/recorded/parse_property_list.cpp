@@ -28,7 +28,7 @@ constexpr std::size_t kMaxMemory = std::size_t{256} << 20;
 
 // Property lists have one, the version. expat keeps every name that it has met, and takes
 // up to ten seconds for a file that is full of them.
-constexpr std::size_t kMaxAttributes = 1'000;
+constexpr std::size_t kMaxXMLAttributes = 1'000;
 
 // What the parser holds, in bytes. expat passes its allocator no object to keep this in.
 thread_local std::size_t memoryHeld = 0;
@@ -69,9 +69,9 @@ constexpr auto kByteCount = XML_GetCurrentByteCount;
 
 // The functions that expat calls may not throw: what is thrown there is kept until expat has
 // returned, and gets the line where expat was.
-class Reader {
+class Parser {
  public:
-  explicit Reader(std::string_view file) : file_(file), start_(LengthBeforeMarkup(file)) {
+  explicit Parser(std::string_view file) : file_(file), start_(LengthBeforeMarkup(file)) {
     constexpr XML_Memory_Handling_Suite kMemory = {Allocate, Reallocate, Free};
     // Whatever encoding the file declares; a byte order mark still wins.
     parser_.reset(XML_ParserCreate_MM("UTF-8", &kMemory, nullptr));
@@ -83,12 +83,12 @@ class Reader {
     XML_SetSkippedEntityHandler(parser_.get(), OnSkippedReference);
   }
 
-  Property Read() {
+  Property Parse() {
     const std::string_view markup = file_.substr(start_);
     const auto status =
         XML_Parse(parser_.get(), markup.data(), static_cast<int>(markup.size()), XML_TRUE);
     if (status != XML_STATUS_OK) {
-      Guard(this, [](Reader& reader) { throw RecordingError(reader.Explanation()); });
+      Guard(this, [](Parser& parser) { throw RecordingError(parser.Explanation()); });
     }
     if (fault_) ThrowFault();
     return std::move(elements_.Root());
@@ -96,42 +96,42 @@ class Reader {
 
  private:
   static void OnStart(void* self, const XML_Char* name, const XML_Char** attributes) {
-    Guard(self, [=](Reader& reader) {
-      if (*attributes != nullptr) reader.CheckAttributes(attributes);
-      reader.elements_.Start(name);
+    Guard(self, [=](Parser& parser) {
+      if (*attributes != nullptr) parser.CheckAttributes(attributes);
+      parser.elements_.Start(name);
     });
   }
   static void OnEnd(void* self, const XML_Char* /*name*/) {
-    Guard(self, [](Reader& reader) { reader.elements_.End(); });
+    Guard(self, [](Parser& parser) { parser.elements_.End(); });
   }
   static void OnText(void* self, const XML_Char* text, int length) {
     const std::string_view piece(text, static_cast<std::size_t>(length));
-    Guard(self, [piece](Reader& reader) { reader.elements_.Text(piece); });
+    Guard(self, [piece](Parser& parser) { parser.elements_.Text(piece); });
   }
   // Declarations can give every element thousands of attributes, and hide one another.
   static void OnDocumentType(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                              const XML_Char* /*publicId*/, int hasDeclarations) {
     if (hasDeclarations == 0) return;
-    Guard(self, [](Reader&) { throw RecordingError("a document type with declarations in it"); });
+    Guard(self, [](Parser&) { throw RecordingError("a document type with declarations in it"); });
   }
   // After an external document type, which is not read, it might declare any entity.
   static void OnSkippedReference(void* self, const XML_Char* name, int /*isParameter*/) {
-    Guard(self, [name](Reader&) {
-      throw RecordingError("an unknown reference, &" + Shortened(name) + ";");
+    Guard(self, [name](Parser&) {
+      throw RecordingError("an unknown reference, &" + Excerpt(name) + ";");
     });
   }
 
   // Keeps what `call` throws, the first time. expat calls some more when it has been stopped.
   template <typename Call>
   static void Guard(void* self, Call call) noexcept {
-    auto& reader = *static_cast<Reader*>(self);
-    if (reader.fault_) return;
+    auto& parser = *static_cast<Parser*>(self);
+    if (parser.fault_) return;
     try {
-      call(reader);
+      call(parser);
     } catch (...) {
-      reader.fault_ = std::current_exception();
-      reader.faultPosition_ = reader.Position();
-      XML_StopParser(reader.parser_.get(), XML_FALSE);
+      parser.fault_ = std::current_exception();
+      parser.faultPosition_ = parser.Position();
+      XML_StopParser(parser.parser_.get(), XML_FALSE);
     }
   }
   void ThrowFault() const;
@@ -151,7 +151,7 @@ class Reader {
   std::size_t faultPosition_ = 0;
 };
 
-void Reader::ThrowFault() const {
+void Parser::ThrowFault() const {
   try {
     std::rethrow_exception(fault_);
   } catch (const RecordingError& error) {
@@ -161,10 +161,10 @@ void Reader::ThrowFault() const {
 }
 
 // In an attribute expat drops an unknown reference without a call.
-void Reader::CheckAttributes(const XML_Char** attributes) {
+void Parser::CheckAttributes(const XML_Char** attributes) {
   for (; *attributes != nullptr; attributes += 2) attributeCount_++;
-  if (attributeCount_ > kMaxAttributes) {
-    throw RecordingError("more than " + std::to_string(kMaxAttributes) + " attributes");
+  if (attributeCount_ > kMaxXMLAttributes) {
+    throw RecordingError("more than " + std::to_string(kMaxXMLAttributes) + " attributes");
   }
   const auto length = static_cast<std::size_t>(kByteCount(parser_.get()));
   if (file_.substr(Position(), length).find('&') != std::string_view::npos) {
@@ -173,7 +173,7 @@ void Reader::CheckAttributes(const XML_Char** attributes) {
 }
 
 // What made expat stop by itself.
-std::string Reader::Explanation() const {
+std::string Parser::Explanation() const {
   const XML_Error code = XML_GetErrorCode(parser_.get());
   if (code == XML_ERROR_NO_MEMORY) return "the XML here takes too much memory to read";
   if (code == XML_ERROR_NO_ELEMENTS) {
@@ -183,7 +183,8 @@ std::string Reader::Explanation() const {
   }
   const bool isMarkup = code != XML_ERROR_SYNTAX && code != XML_ERROR_INVALID_TOKEN;
   if (Position() == start_ && !isMarkup) return "this is not XML";
-  const bool isUTF16 = file_.starts_with("\xFE\xFF") || file_.starts_with("\xFF\xFE");
+  const bool isUTF16 = std::ranges::any_of(
+      file_.substr(0, 2), [](char c) { return c == '\0' || c == '\xFE' || c == '\xFF'; });
   const bool isByteKnown = Position() < file_.size() && !isUTF16;
   if (code != XML_ERROR_INVALID_TOKEN || !isByteKnown) return XML_ErrorString(code);
   const auto byte = static_cast<unsigned char>(file_[Position()]);
@@ -198,10 +199,9 @@ std::string Reader::Explanation() const {
 Property ParsePropertyList(std::string_view file) {
   if (file.empty()) throw RecordingError("the file is empty");
   if (file.starts_with("bplist")) {
-    throw RecordingError(
-        "a binary property list; plistutil -i FILE -o FILE.xml converts it to an XML one");
+    throw RecordingError("a binary property list; plistutil -i FILE -o FILE.xml converts it");
   }
-  return Reader(file).Read();
+  return Parser(file).Parse();
 }
 
 }  // namespace machines

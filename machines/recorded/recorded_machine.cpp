@@ -33,7 +33,7 @@ constexpr const char* TypeName() {
 template <typename Type>
 Type& TypedValue(KeyedProperty& keyed) {
   if (Type* value = std::get_if<Type>(&keyed.value.value)) return *value;
-  throw RecordingError(Shortened(keyed.key) + " is not " + TypeName<Type>());
+  throw RecordingError(Excerpt(keyed.key) + " is not " + TypeName<Type>());
 }
 
 // What was not recorded has no value. Data stay as short as they are in the file, which
@@ -85,7 +85,7 @@ void MoveAnswer(KeyedProperty& recorded, RecordedDrive& drive) {
   } else if (key == kQueryFailsKey) {
     drive.queryFails = TypedValue<bool>(recorded);
   } else {
-    throw RecordingError("unknown key " + Shortened(key));
+    throw RecordingError("unknown key " + Excerpt(key));
   }
 }
 
@@ -114,7 +114,7 @@ std::string PathStep(const Array& siblings, std::size_t index) {
   const std::string position = "child " + std::to_string(index + 1);
   if (name.empty()) return "/" + position;
   const bool isOnly = std::ranges::count(siblings, name, NameOf) == 1;
-  return "/" + Shortened(name) + (isOnly ? "" : " (" + position + ")");
+  return "/" + Excerpt(name) + (isOnly ? "" : " (" + position + ")");
 }
 
 // Moves the contents of `source` into `entry`, but copies the name. Returns the children.
@@ -203,7 +203,7 @@ void MoveVersion(platform::Machine& machine) {
   if (found == properties.end()) return;
   const auto& text = TypedValue<std::string>(*found);
   const auto version = ParseVersion(text);
-  if (!version) throw RecordingError("ProductVersion \"" + Shortened(text) + "\" is no version");
+  if (!version) throw RecordingError("ProductVersion \"" + Excerpt(text) + "\" is no version");
   machine.systemVersion = *version;
   properties.erase(found);
 }

@@ -33,7 +33,7 @@ class RecordingError : public std::runtime_error {
 };
 
 // `text` of the file as it stands in a message: cut after 80 bytes.
-inline std::string Shortened(std::string_view text) {
+inline std::string Excerpt(std::string_view text) {
   constexpr std::size_t kMaxLength = 80;
   return std::string(text.substr(0, kMaxLength)) + (text.size() > kMaxLength ? "..." : "");
 }

@@ -22,15 +22,16 @@ using OwnedNode = std::unique_ptr<void, decltype([](plist_t node) { plist_free(n
 // libplist's own call for this has another name from release to release.
 using OwnedText = std::unique_ptr<char, decltype([](char* text) { std::free(text); })>;
 
+// A carriage return is a control character here: XML allows it, and reads it as a line feed.
 const std::string& Checked(const std::string& text) {
   const auto isControl = [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n';
   };
   if (utf8::is_valid(text.begin(), text.end()) && std::ranges::none_of(text, isControl) &&
       text.find("\uFFFE") == std::string::npos && text.find("\uFFFF") == std::string::npos) {
     return text;
   }
-  throw RecordingError("a text that XML does not allow cannot be recorded: " + Shortened(text));
+  throw RecordingError("a text that XML cannot hold cannot be recorded: " + Excerpt(text));
 }
 
 OwnedNode MakeNode(const Property& property);

@@ -77,9 +77,9 @@ extern "C" {
 CFStringRef PlatformConstantString(const char *text);
 
 // Of all calls: objects that come in are borrowed. Those whose call is named Create or Copy are the
-// caller's to release, once; all others are borrowed too. Null, an object of another type and one
-// that is freed are misuse, at which this layer aborts. A failed call leaves its outputs as they
-// were, unless more is said of it.
+// caller's to release, once; all others are borrowed too. Null and an object of another type are
+// misuse, at which this layer aborts. One that is freed is misuse too; CFRelease alone notices it,
+// AddressSanitizer everywhere. A failed call leaves its outputs as they were, unless more is said.
 
 // Gives back the caller's reference, and frees the object with it. To release what is not the
 // caller's, a constant for one, is misuse.
@@ -95,7 +95,7 @@ CFTypeID CFDictionaryGetTypeID(void);
 
 // Writes the text in that encoding and a NUL, at most `bufferSize` bytes. False where it does not
 // fit or a character has no form in the encoding: then all of the buffer is written, with part of
-// the text, 0xA5 in the rest, and no NUL.
+// the text, 0xA5 in the rest, and no NUL after it.
 Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
                            CFStringEncoding encoding);
 
@@ -111,8 +111,9 @@ CFNumberType CFNumberGetType(CFNumberRef number);
 
 // Stores the number as that type, in as many bytes as the type has. False where the value does not
 // survive, as 1.5 and 2^32 do not as an SInt32: what is left of it is stored all the same. False
-// too, with nothing stored, for a type that is not listed. Here no number becomes one of floating
-// point, with nothing stored either, and a 32-bit one of those becomes no integer.
+// too, with nothing stored, for a type that is not listed. In this layer an integer and a 32-bit
+// number of floating point do not survive as any type of floating point but their own, for which
+// nothing is stored, nor the latter as an integer, for which some number is stored.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value);
 
 // In bytes.

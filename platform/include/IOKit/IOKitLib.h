@@ -26,8 +26,9 @@ extern "C" {
 // is used again, and a handle that is dead or of the wrong kind is misuse. A result other than
 // kIOReturnSuccess is a failure, which leaves the outputs as they were.
 
-// What matches the entries of that name, or of that class, each compared whole. The caller's one
-// reference goes to IOServiceGetMatchingServices. Null where there is no memory.
+// What matches the entries of that name, or of that class, each compared whole; an empty text
+// matches all. The caller's one reference goes to IOServiceGetMatchingServices. The platform gives
+// null where there is no memory.
 CFMutableDictionaryRef IOServiceNameMatching(const char *name);
 CFMutableDictionaryRef IOServiceMatching(const char *name);
 
@@ -50,7 +51,8 @@ kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
 // The value of the property `key`, the caller's to release; null where there is none. Looked at are
 // the entry alone; with the recursive option the entry and then what is below it, an entry before
 // its children; with that of parents too, the entry and then what is above it, up to the root. The
-// first that has the key counts, of whatever type its value is.
+// first that has the key counts, of whatever type its value is. In another plane than
+// kIOServicePlane there is none.
 CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_name_t plane,
                                           CFStringRef key, CFAllocatorRef allocator,
                                           IOOptionBits options);

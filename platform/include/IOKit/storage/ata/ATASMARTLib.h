@@ -15,8 +15,9 @@ typedef struct ATASMARTDataThresholds {
 
 enum { kIOATAFeatureSMART = 0x20 };  // of a device's "ATA Features"
 
-// The first four members are those of every interface. Each of the others sends the drive a command
-// and waits for its end; a result other than kIOReturnSuccess leaves the outputs as they were.
+// The first four members are those of every interface. Each of the others stands for a command to
+// the drive, whose end it waits for; here the machine's Drive answers. A result other than
+// kIOReturnSuccess leaves the outputs as they were.
 typedef struct IOATASMARTInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
