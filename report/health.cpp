@@ -14,48 +14,6 @@ bool CanBeNear(const Attribute& attribute) {
 
 int Distance(const Attribute& attribute) { return attribute.value - attribute.threshold; }
 
-}  // namespace
-
-Health HealthOf(const Attribute& attribute) {
-  if (!attribute.reached) return Health::kGood;
-  return attribute.preFailure ? Health::kFailing : Health::kWorn;
-}
-
-Health HealthOf(const Drive& drive) {
-  if (drive.thresholdExceeded) return Health::kFailing;
-  if (drive.attributes.empty()) return Health::kNoAttributes;
-  Health worst = Health::kGood;
-  for (const Attribute& attribute : drive.attributes) {
-    worst = std::max(worst, HealthOf(attribute));
-  }
-  return worst;
-}
-
-std::string_view HealthWord(Health health) {
-  switch (health) {
-    case Health::kGood:
-      return "OK";
-    case Health::kNoAttributes:
-      return "no attributes";
-    case Health::kWorn:
-      return "worn";
-    case Health::kFailing:
-      break;
-  }
-  return "failing";
-}
-
-const Attribute* FindNearestToThreshold(const Drive& drive) {
-  const Attribute* nearest = nullptr;
-  for (const Attribute& attribute : drive.attributes) {
-    if (!CanBeNear(attribute)) continue;
-    if (nearest == nullptr || Distance(attribute) < Distance(*nearest)) nearest = &attribute;
-  }
-  return nearest;
-}
-
-namespace {
-
 using Names = std::vector<std::string>;
 
 std::string_view Word(Verdict verdict) {
@@ -110,6 +68,44 @@ std::string Count(std::size_t drives) {
 }
 
 }  // namespace
+
+Health HealthOf(const Attribute& attribute) {
+  if (!attribute.reached) return Health::kGood;
+  return attribute.preFailure ? Health::kFailing : Health::kWorn;
+}
+
+Health HealthOf(const Drive& drive) {
+  if (drive.thresholdExceeded) return Health::kFailing;
+  if (drive.attributes.empty()) return Health::kNoAttributes;
+  Health worst = Health::kGood;
+  for (const Attribute& attribute : drive.attributes) {
+    worst = std::max(worst, HealthOf(attribute));
+  }
+  return worst;
+}
+
+std::string_view HealthWord(Health health) {
+  switch (health) {
+    case Health::kGood:
+      return "OK";
+    case Health::kNoAttributes:
+      return "no attributes";
+    case Health::kWorn:
+      return "worn";
+    case Health::kFailing:
+      break;
+  }
+  return "failing";
+}
+
+const Attribute* FindNearestToThreshold(const Drive& drive) {
+  const Attribute* nearest = nullptr;
+  for (const Attribute& attribute : drive.attributes) {
+    if (!CanBeNear(attribute)) continue;
+    if (nearest == nullptr || Distance(attribute) < Distance(*nearest)) nearest = &attribute;
+  }
+  return nearest;
+}
 
 Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   std::string found;

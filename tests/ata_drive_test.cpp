@@ -146,14 +146,12 @@ TEST_F(AtaDrive, EachCommandMustSucceedButTheLast) {
 
 // The condition holds where the report warns of a pre-failure.
 TEST_F(AtaDrive, WithoutRegistersTheBlocksTellTheCondition) {
-  const auto only = [](std::size_t index, BlockEntry entry) {
-    std::vector<BlockEntry> entries(index + 1);
-    entries[index] = entry;
-    return BlockOf(entries);
-  };
+  std::vector<BlockEntry> last(30);
+  std::vector<BlockEntry> beyond(31);
+  last[29] = beyond[30] = {5, 1, 9};
   const std::tuple<Block, Answer, std::string> kCases[] = {
-      {only(29, {5, 1, 9}), {.block = only(29, {5, 10})}, "True IESDT"},
-      {only(30, {5, 1, 9}), {.block = only(30, {5, 10})}, "failure IESDT"},
+      {BlockOf(last), {.block = BlockOf({{5, 10}})}, "True IESDT"},
+      {BlockOf(beyond), {.block = BlockOf({{5, 10}})}, "failure IESDT"},
       {BlockOf({{5, 1, 10}}), {.block = BlockOf({{5, 10}})}, "True IESDT"},
       {BlockOf({{5, 1, 11}}), {.block = BlockOf({{5, 10}})}, "False IESDT"},
       {BlockOf({{5, 2, 10}}), {.block = BlockOf({{5, 10}})}, "False IESDT"},

@@ -159,8 +159,8 @@ std::string Largest(const std::string& before, const std::string& filling,
   return before + Repeated(room / filling.size(), filling) + after;
 }
 
-// Ends a process of its own, with status 0 when the file was read and 1 when it was refused, in
-// time and within that memory.
+// Ends a process of its own, with status 0 when the file was read and 1 when it was refused, within
+// that memory and a time that is many times what the slowest takes on an idle machine.
 void ReadWithinLimits(const std::string& file) {
   const rlimit limit{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
   setrlimit(RLIMIT_AS, &limit);

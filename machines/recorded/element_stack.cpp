@@ -16,8 +16,7 @@ using platform::Dictionary;
 using platform::KeyedProperty;
 using platform::Property;
 
-// Whatever walks the finished values, such as their destruction, calls itself for each
-// level.
+// What walks the finished values, such as their destruction, calls itself for each level.
 constexpr std::size_t kMaxNesting = 256;
 
 // The smallest element, six bytes of a file, takes some hundred bytes of memory.
