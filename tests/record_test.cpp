@@ -41,6 +41,7 @@ TEST(Recording, GivesTheSameReportAgain) {
   EXPECT_EQ(Recorded(replayed), Recorded(machine));
   EXPECT_EQ(ReportOf(replayed), ReportOf(machine));
   EXPECT_EQ(ReportOf(Replayed(Machine())), "") << "no entry at all";
+  EXPECT_THROW(machines::WritePropertyList(Text("a\rb")), std::runtime_error);
 }
 
 // IDENTIFY DEVICE data with a checksum; each word of the serial number has its characters

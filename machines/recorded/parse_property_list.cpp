@@ -73,7 +73,7 @@ class Parser {
  public:
   explicit Parser(std::string_view file) : file_(file), start_(LengthBeforeMarkup(file)) {
     constexpr XML_Memory_Handling_Suite kMemory = {Allocate, Reallocate, Free};
-    // Whatever encoding the file declares; a byte order mark still wins.
+    // Whatever encoding the file declares; expat still knows UTF-16 by its first bytes.
     parser_.reset(XML_ParserCreate_MM("UTF-8", &kMemory, nullptr));
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_.get(), this);

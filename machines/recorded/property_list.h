@@ -11,8 +11,8 @@ namespace machines {
 
 // The value of the property list `file`, which is not trusted. The caller bounds its size,
 // this function its nesting, its elements, its attributes and the parser's memory. It is
-// read as UTF-8 whatever encoding it declares, but for one with a byte order mark of UTF-16;
-// comments, instructions and attributes are skipped. In the value texts are UTF-8 without NUL,
+// read as UTF-8, or UTF-16 where it is that, whatever encoding it declares; comments,
+// instructions and attributes are skipped. In the value texts are UTF-8 without NUL,
 // dictionaries hold no key twice. Throws RecordingError, with the line of the fault where it has
 // one, for what is not well-formed or is no property list, declares anything in its document type,
 // or has a reference that cannot be resolved.

@@ -111,9 +111,9 @@ CFNumberType CFNumberGetType(CFNumberRef number);
 
 // Stores the number as that type, in as many bytes as the type has. False where the value does not
 // survive, as 1.5 and 2^32 do not as an SInt32: what is left of it is stored all the same. False
-// too, with nothing stored, for a type that is not listed. In this layer an integer and a 32-bit
-// number of floating point do not survive as any type of floating point but their own, for which
-// nothing is stored, nor the latter as an integer, for which some number is stored.
+// too, with nothing stored, for a type that is not listed, and in this layer for one of floating
+// point unless the number has that width. Here no 32-bit number of floating point becomes an
+// integer either: what is stored then means nothing.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value);
 
 // In bytes.
