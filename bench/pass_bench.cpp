@@ -10,7 +10,7 @@
 
 #include "bench/machines.h"
 #include "platform/ledger.h"
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
 
 namespace {
 

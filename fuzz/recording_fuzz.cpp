@@ -10,7 +10,7 @@
 #include "machines/recorded/recording_format.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
 
 namespace {
 

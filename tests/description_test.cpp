@@ -2,9 +2,9 @@
 // the drive is attached.
 #include <functional>
 
-#include "registry/device_description.h"
-#include "registry/interconnect.h"
-#include "registry/property_lookups.h"
+#include "probe/registry/device_description.h"
+#include "probe/registry/interconnect.h"
+#include "probe/registry/property_lookups.h"
 #include "tests/support.h"
 
 namespace test {

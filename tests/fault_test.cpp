@@ -7,10 +7,10 @@
 #include <map>
 
 #include "platform/objects.h"
-#include "probe/drive_table.h"
+#include "probe/state/drive_table.h"
+#include "probe/text/byte_count_labels.h"
+#include "probe/text/value_to_text.h"
 #include "tests/support.h"
-#include "text/byte_count_labels.h"
-#include "text/value_to_text.h"
 
 namespace test {
 

@@ -2,8 +2,8 @@
 // what it leaves open. The reports of the examples show the verdicts.
 #include <cstring>
 
-#include "probe/drive_table.h"
-#include "smart/threshold_rows.h"
+#include "probe/smart/threshold_rows.h"
+#include "probe/state/drive_table.h"
 #include "tests/support.h"
 
 namespace test {

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
+#include "probe/state/process_state.h"
 
 namespace test {
 

@@ -4,10 +4,10 @@
 #include <cstring>
 
 #include "platform/objects.h"
-#include "probe/start_up.h"
+#include "probe/state/process_state.h"
+#include "probe/text/byte_count_labels.h"
+#include "probe/text/value_to_text.h"
 #include "tests/support.h"
-#include "text/byte_count_labels.h"
-#include "text/value_to_text.h"
 
 using platform::Number;
 

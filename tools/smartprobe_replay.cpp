@@ -7,7 +7,7 @@
 #include "machines/recorded/recorded_machine.h"
 #include "machines/recorded/recording_format.h"
 #include "platform/machine.h"
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
 #include "tools/program.h"
 
 // Never destroyed: the process is about to end, and a large machine takes its time.

@@ -1,12 +1,10 @@
-// Start-up and the probe pass: the version gate, the process-wide state, one pass
-// and the release of what it kept open. Nothing here looks for drives or prints.
+// Start-up and the probe pass: the version gate, the setting of the process-wide state, one
+// pass and the release of what it kept open. Nothing here looks for drives or prints.
 #pragma once
 
 #include <Carbon/Carbon.h>
 
-extern SInt32 gMySysVersion;      // binary-coded decimal, 0xMMmb; 0 until it is read
-extern Boolean bLittleEndianCPU;  // set by RunProbe; false before
-extern ICInstance gICInstance;    // started for form's sake; nothing uses it
+extern ICInstance gICInstance;  // started for form's sake; nothing uses it
 
 // The whole run. It reads no arguments and prints the report on standard output,
 // without flushing it; there is no failure that a caller could be told of. On a system before

@@ -1,4 +1,4 @@
-#include "probe/drive_table.h"
+#include "probe/state/drive_table.h"
 
 SavedATADriveInfo *gSavedATADriveInfoArray;
 SInt16 gSMARTDriveCount;

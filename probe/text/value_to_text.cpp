@@ -1,11 +1,11 @@
-#include "text/value_to_text.h"
+#include "probe/text/value_to_text.h"
 
 #include <Carbon/Carbon.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "probe/start_up.h"
+#include "probe/state/process_state.h"
 
 // Each fetches the number and prints it; one that cannot be fetched leaves the text
 // alone.

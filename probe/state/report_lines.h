@@ -2,7 +2,7 @@
 // Nothing here decides which line is printed, or makes a field's text.
 #pragma once
 
-#include "probe/drive_table.h"
+#include "probe/state/drive_table.h"
 
 // Each prints one line on standard output. A field is printed as it stands, and a
 // failed write is not noticed: the stream keeps the error for whoever owns the output.

@@ -1,7 +1,8 @@
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
 
-#include "probe/discovery.h"
-#include "probe/drive_table.h"
+#include "probe/pass/discovery.h"
+#include "probe/state/drive_table.h"
+#include "probe/state/process_state.h"
 
 enum {
   kSystemVersionSelector = 0x73797376,  // 'sysv'
@@ -9,8 +10,6 @@ enum {
   kOldestSystemVersion = 0x1020
 };
 
-SInt32 gMySysVersion;
-Boolean bLittleEndianCPU;
 ICInstance gICInstance;
 
 void RunProbe() {

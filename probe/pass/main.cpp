@@ -1,5 +1,5 @@
 // The program's entry point, and nothing else.
-#include "probe/start_up.h"
+#include "probe/pass/start_up.h"
 
 int main(int /*argc*/, char ** /*argv*/, char ** /*envp*/) {
   RunProbe();

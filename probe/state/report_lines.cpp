@@ -1,4 +1,4 @@
-#include "probe/report_lines.h"
+#include "probe/state/report_lines.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,8 +1,8 @@
-#include "smart/attribute_names.h"
+#include "probe/smart/attribute_names.h"
 
 #include <cstring>
 
-#include "probe/drive_table.h"
+#include "probe/state/drive_table.h"
 
 // The no-break space of the system's 8-bit character set. It is pasted between
 // literals, so that no letter after it is read as part of the escape.

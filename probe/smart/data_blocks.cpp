@@ -1,4 +1,4 @@
-#include "smart/data_blocks.h"
+#include "probe/smart/data_blocks.h"
 
 #include <cstring>
 

@@ -1,12 +1,12 @@
-#include "registry/interconnect.h"
+#include "probe/registry/interconnect.h"
 
 #include <Carbon/Carbon.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "registry/property_lookups.h"
-#include "text/value_to_text.h"
+#include "probe/registry/property_lookups.h"
+#include "probe/text/value_to_text.h"
 
 enum { kTextSize = 256 };
 

@@ -1,16 +1,16 @@
-#include "probe/discovery.h"
+#include "probe/pass/discovery.h"
 
 #include <cstring>
 
-#include "probe/drive_table.h"
-#include "probe/report_lines.h"
-#include "probe/start_up.h"
-#include "registry/device_description.h"
-#include "registry/interconnect.h"
-#include "registry/property_lookups.h"
-#include "smart/threshold_rows.h"
-#include "text/byte_count_labels.h"
-#include "text/value_to_text.h"
+#include "probe/registry/device_description.h"
+#include "probe/registry/interconnect.h"
+#include "probe/registry/property_lookups.h"
+#include "probe/smart/threshold_rows.h"
+#include "probe/state/drive_table.h"
+#include "probe/state/process_state.h"
+#include "probe/state/report_lines.h"
+#include "probe/text/byte_count_labels.h"
+#include "probe/text/value_to_text.h"
 
 enum { kLastVersionWithoutIdentify = 0x102F };
 

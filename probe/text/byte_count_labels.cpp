@@ -1,4 +1,4 @@
-#include "text/byte_count_labels.h"
+#include "probe/text/byte_count_labels.h"
 
 #include <Carbon/Carbon.h>
 
@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "probe/start_up.h"
+#include "probe/state/process_state.h"
 
 enum { kLastVersionWithBinaryUnits = 0x105F };
 

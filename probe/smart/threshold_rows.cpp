@@ -1,12 +1,12 @@
-#include "smart/threshold_rows.h"
+#include "probe/smart/threshold_rows.h"
 
 #include <cfloat>
 #include <cstdio>
 #include <cstring>
 
-#include "probe/drive_table.h"
-#include "probe/report_lines.h"
-#include "probe/start_up.h"
+#include "probe/state/drive_table.h"
+#include "probe/state/process_state.h"
+#include "probe/state/report_lines.h"
 
 // Percentages are computed in single precision. A higher one, as 32-bit x86 has without
 // SSE, prints other decimals.

@@ -1,9 +1,9 @@
-#include "registry/device_description.h"
+#include "probe/registry/device_description.h"
 
 #include <cstring>
 
-#include "registry/property_lookups.h"
-#include "text/value_to_text.h"
+#include "probe/registry/property_lookups.h"
+#include "probe/text/value_to_text.h"
 
 enum { kBSDNameSize = 1024 };
 

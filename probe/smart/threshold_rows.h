@@ -1,12 +1,12 @@
 // Threshold rows: each threshold of the active drive beside its attribute's value,
 // and the texts of their columns. data_blocks.h knows the layout of the blocks,
-// probe/report_lines.h the form of the printed line.
+// report_lines.h the form of the printed line.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include "smart/attribute_names.h"
-#include "smart/data_blocks.h"
+#include "probe/smart/attribute_names.h"
+#include "probe/smart/data_blocks.h"
 
 struct SavedThresholdRec {
   UInt16 flags;  // 0 while no attribute entry matches, as is currentValue

@@ -1,4 +1,4 @@
-#include "registry/property_lookups.h"
+#include "probe/registry/property_lookups.h"
 
 #include <cstring>
 
