@@ -75,8 +75,8 @@ static Boolean OpenUserClient(io_service_t service, SavedATADriveInfo *drive) {
   return GetSMARTInterface(drive);
 }
 
-// False when S.M.A.R.T. cannot be enabled. A read that fails later leaves its
-// block as it was, and the drive is reported with that.
+// False when S.M.A.R.T. cannot be enabled. A read that fails later leaves none of its block, a part
+// or all of it, and the drive is reported with that.
 static Boolean ReadSMARTState(SavedATADriveInfo *drive) {
   IOATASMARTInterface **smart = drive->smartInterface;
   if ((*smart)->SMARTEnableDisableOperations(smart, true) != kIOReturnSuccess) return false;

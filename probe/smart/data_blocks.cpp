@@ -1,7 +1,5 @@
 #include "probe/smart/data_blocks.h"
 
-#include <cstring>
-
 enum {
   kRevisionWord = 0,
   kFirstEntry = 2,
@@ -33,7 +31,5 @@ void SwapSMARTDataBytes(ATASMARTData *data) {
 }
 
 UInt16 AttributeFlags(const UInt8 *entry) {
-  UInt16 flags;
-  memcpy(&flags, entry + kAttributeFlags, sizeof flags);
-  return flags;
+  return (UInt16)(entry[kAttributeFlags + 1] << 8 | entry[kAttributeFlags]);
 }

@@ -23,6 +23,6 @@ const UInt8 *ThresholdEntry(const ATASMARTDataThresholds *thresholds, int index)
 // revision and two words after the entries. A second call undoes the first.
 void SwapSMARTDataBytes(ATASMARTData *data);
 
-// The flags word of an attribute entry, read in the processor's byte order, wherever in memory
-// the entry lies. SwapSMARTDataBytes decides which byte that makes the high one.
+// The flags word of an attribute entry after SwapSMARTDataBytes: the first flags byte that the
+// drive delivered is its high byte, whatever the processor's byte order.
 UInt16 AttributeFlags(const UInt8 *entry);

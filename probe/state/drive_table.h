@@ -26,8 +26,8 @@ enum { kInterfaceInfoSize = 1024 };
 // What IOKitUtilsGetBDSName may write.
 enum { kBSDPathSize = 1024 };
 
-// What the drive could not be asked is 0 in the record: a block that was not read has no
-// entries, and a condition that was not told is printed as not exceeded.
+// What the drive was not asked is 0 in the record: such a block has no entries, and a condition
+// that was not told is printed as not exceeded. A read that failed may have left part of its block.
 
 struct SavedATADriveInfo {
   char bsdName[kBSDPathSize];

@@ -46,7 +46,9 @@ static void ConvertSInt64(CFNumberRef number, CFNumberType type, char *text, Boo
   SInt64 value = 0;
   if (!CFNumberGetValue(number, type, &value)) return;
   if (bHexadecimal) {
-    Buffer2HexCStr((const UInt8 *)&value, sizeof value, text);
+    UInt8 bytes[sizeof value];
+    for (UInt32 i = 0; i < sizeof bytes; i++) bytes[i] = (UInt8)(value >> (8 * i));
+    Buffer2HexCStr(bytes, sizeof bytes, text);
   } else {
     sprintf(text, "%lld", (long long)value);
   }

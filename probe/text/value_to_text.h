@@ -10,7 +10,7 @@ enum { kNumberTextSize = 318 };
 
 // Writes `number`, which is borrowed, in decimal or, if it is an integer and
 // `bHexadecimal` is set, in upper-case hexadecimal: of its own width without
-// leading zeros up to 32 bits, and as eight bytes in memory order at 64. An 8-bit
+// leading zeros up to 32 bits, and as eight bytes, the least significant first, at 64. An 8-bit
 // number in decimal is the character of that code. At most kNumberTextSize bytes,
 // 21 for an integer, 48 for a 32-bit float. A number of an unknown type, or one
 // that cannot be fetched, leaves `text` as it is; the CFIndex type gives "".
