@@ -1,16 +1,12 @@
 #include "bench/machines.h"
 
-#include <algorithm>
 #include <array>
-#include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 
 namespace bench {
 namespace {
 
-using platform::Drive;
 using platform::Entry;
 using platform::Property;
 
@@ -19,34 +15,24 @@ constexpr std::uint8_t kIds[kAttributes] = {1,   2,   3,   4,   5,   7,   8,   9
                                             198, 199, 200, 201, 202, 203, 220, 222, 240, 250};
 
 // Revision 16, and for each attribute its identifier and then `rest` of its 12 bytes.
-Drive::Block Attributes(const std::array<std::uint8_t, 11>& rest) {
-  Drive::Block block{0x10, 0x00};
-  auto at = block.begin() + 2;
+platform::BlockAnswer Attributes(const std::array<std::uint8_t, 11>& rest) {
+  platform::Data block = {0x10, 0x00};
   for (const std::uint8_t id : kIds) {
-    *at++ = id;
-    at = std::copy(rest.begin(), rest.end(), at);
+    block.push_back(id);
+    block.insert(block.end(), rest.begin(), rest.end());
   }
-  return block;
+  block.resize(platform::kBlockSize);
+  return {block, true};
 }
 
-Drive::Block Filled(std::uint8_t byte) {
-  Drive::Block block;
-  block.fill(byte);
-  return block;
+platform::Drive BenchDrive() {
+  platform::DriveAnswers answers;
+  answers.exceeded = false;
+  answers.data = Attributes({0x33, 0, 127, 100, 1, 2, 3, 4, 5, 6, 0});
+  answers.thresholds = Attributes({36});
+  answers.identify = {platform::Data(platform::kBlockSize, 'A'), true};
+  return [answers] { return answers; };
 }
-
-struct BenchDrive : Drive {
-  bool Open() override { return true; }
-  bool Enable(bool /*enable*/) override { return true; }
-  std::optional<bool> ReturnStatus() override { return false; }
-  std::optional<Block> ReadData() override { return data; }
-  std::optional<Block> ReadThresholds() override { return thresholds; }
-  std::optional<Block> Identify() override { return identify; }
-
-  Block data = Attributes({0x33, 0, 127, 100, 1, 2, 3, 4, 5, 6, 0});
-  Block thresholds = Attributes({36});
-  Block identify = Filled('A');
-};
 
 Property Text(std::string text) { return {std::move(text)}; }
 
@@ -56,7 +42,7 @@ Entry DriveEntry(int number) {
                {{"BSD Name", Text("disk" + std::to_string(number))},
                 {"Size", {platform::IntegerNumber(1000204886016)}}},
                {},
-               nullptr};
+               {}};
   return {
       "IOAHCIBlockStorageDevice",
       "IOAHCIBlockStorageDevice",
@@ -66,15 +52,15 @@ Entry DriveEntry(int number) {
         {platform::Dictionary{{"Physical Interconnect", Text("SATA")},
                               {"Physical Interconnect Location", Text("Internal")}}}}},
       {std::move(medium)},
-      std::make_shared<BenchDrive>()};
+      BenchDrive()};
 }
 
 }  // namespace
 
 platform::Machine MachineAmong(int entries, int drives) {
-  Entry root{"Root", "IORegistryEntry", {}, {}, nullptr};
+  Entry root{"Root", "IORegistryEntry", {}, {}, {}};
   for (int i = 0; i < entries; i++) {
-    root.children.push_back({"Entry " + std::to_string(i), "IOService", {}, {}, nullptr});
+    root.children.push_back({"Entry " + std::to_string(i), "IOService", {}, {}, {}});
   }
   for (int i = 0; i < drives; i++) root.children.push_back(DriveEntry(i));
   platform::Machine machine;

@@ -1,11 +1,12 @@
 // write_recording DRIVES: prints the recording of a machine with so many drives, to measure.
+#include "machines/recorded/write_recording.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "bench/machines.h"
 #include "machines/recorded/property_list.h"
-#include "machines/recorded/recording.h"
 
 platform::Machine& platform::ThisMachine() { std::abort(); }  // nothing is asked of it
 
@@ -13,7 +14,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const platform::Property listing = machines::ListingOf(
       bench::MachineOf(std::atoi(argv[1])),
-      [](const platform::Entry& entry) { return machines::RecordDrive(*entry.drive).answers; });
+      [](const platform::Entry& entry) { return machines::RecordDrive(entry.drive()).answers; });
   const std::string text = machines::WritePropertyList(listing);
   return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() ? 0 : 1;
 }

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_format.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
   const std::string_view file(reinterpret_cast<const char*>(data), size);
   try {
-    platform::ThisMachine() = machines::ParseRecordedMachine(file);
+    platform::ThisMachine() = machines::ReadRecording(file);
   } catch (const machines::RecordingError& error) {
     const std::string_view message = error.what();
     if (message.empty() || message.find('\n') != std::string_view::npos) std::abort();

@@ -5,8 +5,12 @@
 
 namespace platform {
 
-Ledger& OpenReferences() {
-  static Ledger ledger;
+Ledger OpenReferences() {
+  Ledger ledger;
+  CountUserClients(ledger);
+  CountRegistryHandles(ledger);
+  CountObjects(ledger);
+  CountMemoryBlocks(ledger);
   return ledger;
 }
 
@@ -15,7 +19,7 @@ void EndProcess() {
   DropRegistryHandles();
   DropObjects();
   DropMemoryBlocks();
-  OpenReferences() = {};
+  DropTexts();
 }
 
 void Misuse(const char* call, const char* fault) {

@@ -1,6 +1,6 @@
-// What the layer keeps account of: the references that it has handed to the probe and has
-// not been given back, and the end of a program that breaks the rules. What each reference
-// refers to is with its source: objects.cpp, registry.cpp, smart_user_client.cpp, toolbox.cpp.
+// The account of the references that the layer has handed to the probe and has not been given
+// back, and the end of a program that breaks the rules. The references themselves are kept by
+// their sources: objects.cpp, registry.cpp, smart_user_client.cpp, toolbox.cpp.
 #pragma once
 
 #include <array>
@@ -39,9 +39,8 @@ class Ledger {
   std::array<int, static_cast<std::size_t>(ReferenceKind::kCount)> counts_{};
 };
 
-// The references that are out now. Only the sources that hand them out and take them back
-// change it; there is one for the process, and no lock.
-Ledger& OpenReferences();
+// The references that are out now.
+Ledger OpenReferences();
 
 // Takes back every reference that is out, as the platform does when a process ends,
 // and the ledger is empty. For programs that run one pass after another: handles and dictionaries
@@ -49,11 +48,16 @@ Ledger& OpenReferences();
 // keeps from before it is dangling then; constant strings, UUIDs and the main bundle alone stay.
 void EndProcess();
 
-// The parts of EndProcess: each drops the references that its source keeps.
+// The parts of the two: each counts, or drops, the references that its source keeps.
+void CountObjects(Ledger& ledger);
+void CountRegistryHandles(Ledger& ledger);
+void CountUserClients(Ledger& ledger);
+void CountMemoryBlocks(Ledger& ledger);
 void DropObjects();
 void DropRegistryHandles();
 void DropUserClients();
 void DropMemoryBlocks();
+void DropTexts();  // what is known of the machine's texts; these are no references
 
 // Where the platform would go on with damaged state, this layer stops: prints "CALL: FAULT"
 // on standard error and aborts.

@@ -1,6 +1,5 @@
 #include "platform/machine.h"
 
-#include <algorithm>
 #include <bit>
 #include <limits>
 
@@ -19,8 +18,13 @@ Number Float64Number(double value) {
 }
 
 const Property* Find(const Dictionary& dictionary, std::string_view key) {
-  const auto found = std::ranges::find(dictionary, key, &KeyedProperty::key);
-  return found == dictionary.end() ? nullptr : &found->value;
+  const auto found = dictionary.find(key);
+  return found == dictionary.end() ? nullptr : &found->second;
+}
+
+const std::string* FindText(const Dictionary& dictionary, std::string_view key) {
+  const Property* found = Find(dictionary, key);
+  return found == nullptr ? nullptr : std::get_if<std::string>(&found->value);
 }
 
 }  // namespace platform

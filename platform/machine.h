@@ -1,6 +1,6 @@
-// A Machine is what the platform layer answers from: plain values for the
-// registry and the system, and a Drive for whatever answers S.M.A.R.T. commands.
-// A machine source builds one. No file format and no device access lives here.
+// A Machine is what the platform layer answers from: plain values for the registry, the
+// system and what its drives answer. A machine source builds one. No file format and no
+// device access lives here.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -8,8 +8,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,11 +19,10 @@
 namespace platform {
 
 struct Property;
-struct KeyedProperty;
 
 using Data = std::vector<std::uint8_t>;
 using Array = std::vector<Property>;
-using Dictionary = std::vector<KeyedProperty>;  // keys are unique; not checked here
+using Dictionary = std::map<std::string, Property, std::less<>>;
 
 // A number keeps the type that it was created with. `bits` holds the value: a
 // signed integer extended to 64 bits, a 32- or 64-bit float in its own width.
@@ -44,50 +43,44 @@ struct Property {
   bool operator==(const Property&) const;
 };
 
-struct KeyedProperty {
-  std::string key;
-  Property value;
-  bool operator==(const KeyedProperty&) const = default;
-};
-
 // The smallest of the platform's two usual types that holds `value`: signed 32-bit, else 64-bit.
 Number IntegerNumber(std::int64_t value);
 Number Float64Number(double value);
 
-// The value under `key`, or null. Borrowed from `dictionary`. Looks at one key after the
-// other: the dictionaries of a registry are short.
+// The value under `key`, or null; the text under it, or null where it is none. Both are
+// borrowed from `dictionary`.
 const Property* Find(const Dictionary& dictionary, std::string_view key);
+const std::string* FindText(const Dictionary& dictionary, std::string_view key);
 
-// The drive that an entry's S.M.A.R.T. user client asks. An operation that
-// fails returns false or nothing, and the probe's buffers stay as they were. A source must
-// answer nothing rather than a guess: the probe takes each answer for what the drive said.
-class Drive {
- public:
-  static constexpr std::size_t kBlockSize = 512;
-  using Block = std::array<std::uint8_t, kBlockSize>;
+inline constexpr std::size_t kBlockSize = 512;
+using Block = std::array<std::uint8_t, kBlockSize>;
 
-  Drive() = default;
-  Drive(const Drive&) = delete;
-  Drive& operator=(const Drive&) = delete;
-  virtual ~Drive() = default;
-
-  // Called before any other operation, for each S.M.A.R.T. interface that is asked for.
-  // False: there is none. Nothing stays open between the operations.
-  virtual bool Open() = 0;
-  // What made the last Open fail, in words for a person. What came before the failure can
-  // still be read.
-  virtual std::string OpenFailure() const { return "it cannot be opened for S.M.A.R.T. commands"; }
-  // SMART ENABLE OPERATIONS, or DISABLE. False: the drive refused.
-  virtual bool Enable(bool enable) = 0;
-  // SMART RETURN STATUS: true when a threshold is exceeded. Nothing: the probe reports the
-  // drive as not exceeded all the same, so Open should have failed before.
-  virtual std::optional<bool> ReturnStatus() = 0;
-  // Without the data the probe does not ask for the thresholds, and prints no attribute.
-  virtual std::optional<Block> ReadData() = 0;
-  virtual std::optional<Block> ReadThresholds() = 0;
-  // IDENTIFY DEVICE: 256 words, low byte first.
-  virtual std::optional<Block> Identify() = 0;
+// What the reading of a block came to.
+struct BlockAnswer {
+  // At most kBlockSize. Of a success the block, whose missing end is zeros; of a failure what
+  // it leaves in the caller's buffer: nothing, a part or all of a block.
+  Data bytes;
+  bool succeeds = false;
 };
+
+// All that a drive answers. A source must have no answer rather than a guess: the probe takes
+// each for what the drive said.
+struct DriveAnswers {
+  // Why there is no S.M.A.R.T. interface, in words for a person; empty: there is one. What came
+  // before the failure may stand in the rest.
+  std::string whyNotOpened;
+  bool enables = true;  // SMART ENABLE OPERATIONS
+  // SMART RETURN STATUS: true when a threshold is exceeded. nullopt: it failed. The probe reports
+  // the drive as not exceeded all the same, so it should not have been opened.
+  std::optional<bool> exceeded;
+  BlockAnswer data;        // SMART READ DATA. Where it fails the probe does not ask for the next
+  BlockAnswer thresholds;  // SMART READ THRESHOLDS
+  BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
+};
+
+// Asks the drive. Called for each S.M.A.R.T. user client that is opened, at its first
+// S.M.A.R.T. interface; what the interface is called for is answered from the result.
+using Drive = std::function<DriveAnswers()>;
 
 // The probe finds ATA devices by `name` and AHCI devices by `className`; each is compared whole.
 struct Entry {
@@ -95,7 +88,7 @@ struct Entry {
   std::string className;
   Dictionary properties;
   std::vector<Entry> children;
-  std::shared_ptr<Drive> drive;  // null: the entry has no S.M.A.R.T. user client
+  Drive drive;  // empty: the entry has no S.M.A.R.T. user client
 };
 
 struct Machine {
@@ -103,7 +96,7 @@ struct Machine {
   // Searched in this order, an entry before its children. The report has the same order.
   std::vector<Entry> roots;
   // Key to translation. A key that is missing gets the caller's own text.
-  std::map<std::string, std::string> mainBundleStrings;
+  std::map<std::string, std::string, std::less<>> mainBundleStrings;
 };
 
 // The machine that the platform's calls answer from. Each program defines this

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <map>
+#include <utility>
 
 using platform::DataObject;
 using platform::Deref;
@@ -55,15 +56,15 @@ const Object* DictionaryObject::Find(std::string_view key) const {
 CFTypeRef HandOut(std::unique_ptr<Object> object, ReferenceKind kind) {
   const CFTypeRef ref = Ref(object.get());
   Handouts().emplace(ref, Handout{std::move(object), kind});
-  OpenReferences()[kind] += 1;
   return ref;
 }
 
 void TakeBack(CFTypeRef object, const char* call) {
-  const auto handout = Handouts().find(object);
-  if (handout == Handouts().end()) Misuse(call, "the caller owns no reference to this object");
-  OpenReferences()[handout->second.kind] -= 1;
-  Handouts().erase(handout);
+  if (Handouts().erase(object) == 0) Misuse(call, "the caller owns no reference to this object");
+}
+
+void CountObjects(Ledger& ledger) {
+  for (const auto& [ref, handout] : Handouts()) ledger[handout.kind] += 1;
 }
 
 void DropObjects() { Handouts().clear(); }
@@ -95,7 +96,7 @@ void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer) {
 CFTypeID CFDictionaryGetTypeID() { return static_cast<CFTypeID>(DictionaryObject::kType); }
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-  const auto& text = Deref<StringObject>(key, "CFDictionaryGetValue").text;
+  const std::string_view text = Deref<StringObject>(key, "CFDictionaryGetValue").text;
   return platform::Ref(Deref<DictionaryObject>(dictionary, "CFDictionaryGetValue").Find(text));
 }
 

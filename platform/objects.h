@@ -4,12 +4,9 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
@@ -42,10 +39,12 @@ class Object {
   ObjectType type_;
 };
 
+// Text and data are not copied, as large as they may be: an object refers to the machine's
+// values, or to a literal, which have to outlive it.
 struct StringObject : Object {
   static constexpr ObjectType kType = ObjectType::kString;
   explicit StringObject(std::string_view utf8) : Object(kType), text(utf8) {}
-  std::string text;
+  std::string_view text;
 };
 
 struct NumberObject : Object {
@@ -56,8 +55,8 @@ struct NumberObject : Object {
 
 struct DataObject : Object {
   static constexpr ObjectType kType = ObjectType::kData;
-  explicit DataObject(Data data) : Object(kType), bytes(std::move(data)) {}
-  Data bytes;
+  explicit DataObject(const Data& data) : Object(kType), bytes(data) {}
+  const Data& bytes;
 };
 
 // Refers to a dictionary of the machine. The objects of its values are made when
@@ -76,8 +75,8 @@ class DictionaryObject : public Object {
   mutable std::unordered_map<const Property*, std::unique_ptr<Object>> made_;
 };
 
-// An object of `property`, never null; a dictionary goes on referring to it. Booleans, arrays
-// and dates have a type and no value.
+// An object of `property`, never null, which may go on referring to it. Booleans, arrays and
+// dates have a type and no value.
 std::unique_ptr<Object> MakeObject(const Property& property);
 
 // Gives the probe the only reference to `object`, entered in the ledger as `kind`.

@@ -1,21 +1,119 @@
 // What is asked of the registry: matching, iteration and properties; and the handles for it.
 #include "platform/registry.h"
 
-#include <IOKit/IOKitLib.h>
-
+#include <algorithm>
+#include <cstddef>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "platform/objects.h"
 
 namespace platform {
 namespace {
 
-using RegistryObject = std::variant<EntryPath, Iterator>;
+// An entry among all of the machine's, which are in document order: the descendants of an entry
+// follow it, up to `end`.
+struct Node {
+  const Entry* entry;
+  std::size_t parent;  // of a root the root itself
+  std::size_t end;
+};
+
+// What a search for one key found from each node on: null where none was made.
+struct Searches {
+  explicit Searches(std::size_t nodes) : upwards(nodes), downwards(nodes) {}
+  std::vector<const Property*> upwards, downwards;
+};
+
+const Property kNothing;  // was found
+
+// The machine's tree, made when it is first asked for. Thousands of devices may have thousands of
+// entries above or below them in common, so no search is made twice.
+class Tree {
+ public:
+  Tree() {
+    for (const Entry& root : ThisMachine().roots) Add(root, nodes_.size());
+  }
+
+  const std::vector<Node>& Nodes() const { return nodes_; }
+
+  // The value of the first of these that has the key, or null: the node and then what is above it,
+  // or the node and then what is below it.
+  const Property* FindUpwards(std::size_t node, std::string_view key) {
+    return OrNull(Upwards(node, key, SearchesFor(key).upwards));
+  }
+  const Property* FindDownwards(std::size_t node, std::string_view key) {
+    return OrNull(Downwards(node, key, SearchesFor(key).downwards));
+  }
+
+ private:
+  void Add(const Entry& entry, std::size_t parent) {
+    const std::size_t node = nodes_.size();
+    nodes_.push_back({&entry, parent, 0});
+    for (const Entry& child : entry.children) Add(child, node);
+    nodes_[node].end = nodes_.size();
+  }
+
+  Searches& SearchesFor(std::string_view key) {
+    const auto known = searches_.find(key);
+    return known != searches_.end() ? known->second
+                                    : searches_.emplace(key, nodes_.size()).first->second;
+  }
+
+  static const Property* OrNull(const Property* found) {
+    return found == &kNothing ? nullptr : found;
+  }
+
+  const Property* Upwards(std::size_t node, std::string_view key,
+                          std::vector<const Property*>& found) {
+    if (found[node] != nullptr) return found[node];
+    const Property* own = Find(nodes_[node].entry->properties, key);
+    const std::size_t parent = nodes_[node].parent;
+    if (own == nullptr) own = parent == node ? &kNothing : Upwards(parent, key, found);
+    return found[node] = own;
+  }
+
+  const Property* Downwards(std::size_t node, std::string_view key,
+                            std::vector<const Property*>& found) {
+    if (found[node] != nullptr) return found[node];
+    const Property* first = Find(nodes_[node].entry->properties, key);
+    std::size_t child = node + 1;
+    for (; first == nullptr && child < nodes_[node].end; child = nodes_[child].end) {
+      first = OrNull(Downwards(child, key, found));
+    }
+    return found[node] = first == nullptr ? &kNothing : first;
+  }
+
+  std::vector<Node> nodes_;
+  std::map<std::string, Searches, std::less<>> searches_;
+};
+
+// Never destroyed, like the handles.
+std::unique_ptr<Tree>& KnownTree() {
+  static auto& tree = *new std::unique_ptr<Tree>;
+  return tree;
+}
+
+Tree& TheTree() {
+  if (!KnownTree()) KnownTree() = std::make_unique<Tree>();
+  return *KnownTree();
+}
+
+// Both hold places among the tree's nodes.
+struct Service {
+  std::size_t node;
+};
+struct Iterator {
+  std::vector<std::size_t> matches;  // as they were found when it was made
+  std::size_t next = 0;              // the match to hand out next; matches.size() at the end
+};
+using RegistryObject = std::variant<Service, Iterator>;
 
 // Never destroyed, so that what the probe does not release is no leak.
 std::unordered_map<io_object_t, RegistryObject>& Handles() {
@@ -23,53 +121,45 @@ std::unordered_map<io_object_t, RegistryObject>& Handles() {
   return handles;
 }
 
+// No number is ever used again, so that a stale handle is never taken for another.
 io_object_t NewHandle(RegistryObject object) {
   static io_object_t last = 0;
   Handles().emplace(++last, std::move(object));
   return last;
 }
 
-RegistryObject& ObjectOf(io_object_t handle, const char* call) {
-  const auto found = Handles().find(handle);
-  if (found == Handles().end()) Misuse(call, "the handle is null or dead");
-  return found->second;
-}
-
 template <typename T>
 T& ObjectOf(io_object_t handle, const char* call) {
-  T* object = std::get_if<T>(&ObjectOf(handle, call));
+  const auto found = Handles().find(handle);
+  if (found == Handles().end()) Misuse(call, "the handle is null or dead");
+  T* object = std::get_if<T>(&found->second);
   if (object == nullptr) Misuse(call, "the handle is of another kind");
   return *object;
 }
 
 }  // namespace
 
-io_service_t NewService(EntryPath path) {
-  OpenReferences()[ReferenceKind::kService] += 1;
-  return NewHandle(std::move(path));
+const Entry& EntryOf(io_service_t service, const char* call) {
+  return *TheTree().Nodes()[ObjectOf<Service>(service, call).node].entry;
 }
 
-io_iterator_t NewIterator(std::vector<EntryPath> matches) {
-  OpenReferences()[ReferenceKind::kIterator] += 1;
-  return NewHandle(Iterator{std::move(matches)});
+void CountRegistryHandles(Ledger& ledger) {
+  for (const auto& [handle, object] : Handles()) {
+    const bool isService = std::holds_alternative<Service>(object);
+    ledger[isService ? ReferenceKind::kService : ReferenceKind::kIterator] += 1;
+  }
 }
 
-const EntryPath& ServicePath(io_service_t service, const char* call) {
-  return ObjectOf<EntryPath>(service, call);
+void DropRegistryHandles() {
+  Handles().clear();
+  KnownTree().reset();
 }
-
-Iterator& IteratorState(io_iterator_t iterator, const char* call) {
-  return ObjectOf<Iterator>(iterator, call);
-}
-
-void DropRegistryHandles() { Handles().clear(); }
 
 }  // namespace platform
 
 using platform::Deref;
 using platform::DictionaryObject;
 using platform::Entry;
-using platform::EntryPath;
 using platform::Property;
 using platform::ReferenceKind;
 
@@ -101,36 +191,13 @@ CFMutableDictionaryRef NewMatching(const char* name, const char* className) {
                            ReferenceKind::kMatchingDictionary);
 }
 
-// Appends what matches of an entry and its descendants, in document order.
-// `path` leads to the entry's parent.
-void CollectMatches(const Entry& entry, const MatchingObject& matching, EntryPath& path,
-                    std::vector<EntryPath>& matches) {
-  path.push_back(&entry);
-  if (matching.Matches(entry)) matches.push_back(path);
-  for (const Entry& child : entry.children) CollectMatches(child, matching, path, matches);
-  path.pop_back();
-}
-
-const Property* FindUpwards(const EntryPath& path, std::string_view key) {
-  for (std::size_t above = path.size(); above > 0; above--) {
-    if (const Property* found = Find(path[above - 1]->properties, key)) return found;
+const Property* Search(std::size_t node, std::string_view key, IOOptionBits options) {
+  platform::Tree& tree = platform::TheTree();
+  if ((options & kIORegistryIterateRecursively) == 0) {
+    return Find(tree.Nodes()[node].entry->properties, key);
   }
-  return nullptr;
-}
-
-const Property* FindDownwards(const Entry& entry, std::string_view key) {
-  if (const Property* found = Find(entry.properties, key)) return found;
-  for (const Entry& child : entry.children) {
-    if (const Property* found = FindDownwards(child, key)) return found;
-  }
-  return nullptr;
-}
-
-const Property* Search(const EntryPath& path, std::string_view key, IOOptionBits options) {
-  const bool recursive = (options & kIORegistryIterateRecursively) != 0;
-  const bool parents = (options & kIORegistryIterateParents) != 0;
-  if (!recursive) return Find(path.back()->properties, key);
-  return parents ? FindUpwards(path, key) : FindDownwards(*path.back(), key);
+  return (options & kIORegistryIterateParents) != 0 ? tree.FindUpwards(node, key)
+                                                    : tree.FindDownwards(node, key);
 }
 
 }  // namespace
@@ -143,28 +210,29 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDiction
                                            io_iterator_t* existing) {
   static constexpr const char* kCall = "IOServiceGetMatchingServices";
   const auto& wanted = Deref<MatchingObject>(matching, kCall);
-  EntryPath path;
-  std::vector<EntryPath> matches;
-  for (const Entry& root : platform::ThisMachine().roots) {
-    CollectMatches(root, wanted, path, matches);
+  const std::vector<platform::Node>& nodes = platform::TheTree().Nodes();
+  platform::Iterator found;
+  for (std::size_t node = 0; node < nodes.size(); node++) {
+    if (wanted.Matches(*nodes[node].entry)) found.matches.push_back(node);
   }
   platform::TakeBack(matching, kCall);
-  *existing = platform::NewIterator(std::move(matches));
+  *existing = found.matches.empty() ? 0 : platform::NewHandle(std::move(found));
   return kIOReturnSuccess;
 }
 
 io_object_t IOIteratorNext(io_iterator_t iterator) {
-  platform::Iterator& state = platform::IteratorState(iterator, "IOIteratorNext");
+  if (iterator == 0) return 0;
+  auto& state = platform::ObjectOf<platform::Iterator>(iterator, "IOIteratorNext");
   if (state.next == state.matches.size()) return 0;
-  return platform::NewService(state.matches[state.next++]);
+  return platform::NewHandle(platform::Service{state.matches[state.next++]});
 }
 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef* properties,
                                                 CFAllocatorRef /*allocator*/,
                                                 IOOptionBits /*options*/) {
-  const EntryPath& path = platform::ServicePath(entry, "IORegistryEntryCreateCFProperties");
-  *properties = HandOutDictionary(std::make_unique<DictionaryObject>(path.back()->properties),
+  const Entry& known = platform::EntryOf(entry, "IORegistryEntryCreateCFProperties");
+  *properties = HandOutDictionary(std::make_unique<DictionaryObject>(known.properties),
                                   ReferenceKind::kPropertyDictionary);
   return kIOReturnSuccess;
 }
@@ -173,18 +241,16 @@ CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_na
                                           CFStringRef key, CFAllocatorRef /*allocator*/,
                                           IOOptionBits options) {
   static constexpr const char* kCall = "IORegistryEntrySearchCFProperty";
-  const EntryPath& path = platform::ServicePath(entry, kCall);
+  const std::size_t node = platform::ObjectOf<platform::Service>(entry, kCall).node;
   if (std::string_view(plane) != kIOServicePlane) return nullptr;  // the machine has no other
-  const Property* found = Search(path, Deref<platform::StringObject>(key, kCall).text, options);
+  const Property* found = Search(node, Deref<platform::StringObject>(key, kCall).text, options);
   if (found == nullptr) return nullptr;
   return platform::HandOut(platform::MakeObject(*found), ReferenceKind::kFoundValue);
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {
-  using platform::ReferenceKind;
-  const bool isService =
-      std::holds_alternative<platform::EntryPath>(platform::ObjectOf(object, "IOObjectRelease"));
-  platform::OpenReferences()[isService ? ReferenceKind::kService : ReferenceKind::kIterator] -= 1;
-  platform::Handles().erase(object);
+  if (platform::Handles().erase(object) == 0) {
+    platform::Misuse("IOObjectRelease", "the handle is null or dead");
+  }
   return kIOReturnSuccess;
 }

@@ -1,13 +1,14 @@
-// The S.M.A.R.T. user client: its plug-in and its interface, whose functions ask the
-// machine's drive.
+// The S.M.A.R.T. user client: its plug-in and its interface, whose functions hand out what the
+// machine's drive has answered.
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <type_traits>
 #include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
@@ -15,104 +16,134 @@
 
 namespace {
 
-using platform::Drive;
+using platform::BlockAnswer;
+using platform::DriveAnswers;
+using platform::Entry;
 using platform::ReferenceKind;
 
 // The results of failed calls. The probe tells success from failure only, so they are
 // not in the framework's headers.
 constexpr auto kIOReturnError = static_cast<IOReturn>(0xE00002BC);
 constexpr auto kIOReturnNoResources = static_cast<IOReturn>(0xE00002BE);
+constexpr auto kIOReturnBadArgument = static_cast<IOReturn>(0xE00002C2);
 constexpr auto kIOReturnUnsupported = static_cast<IOReturn>(0xE00002C7);
 constexpr auto kNoInterface = static_cast<HRESULT>(0x80000004);
 
-// An interface as the probe sees it begins with a pointer to its function table.
-template <typename Table>
-struct Instance {
-  Table* table;
-  std::shared_ptr<Drive> drive;
+// Either, as the probe sees it, begins with a pointer to its function table.
+struct PlugIn {
+  IOCFPlugInInterface* table;
+  const Entry* entry;
+  ULONG references = 1;
+  std::optional<DriveAnswers> answers = {};  // once the drive is asked
+  bool isDisabled = false;
+  std::vector<void*> interfaces = {};  // that are alive, each a SMARTInterface
+};
+struct SMARTInterface {
+  IOATASMARTInterface* table;
+  PlugIn* plugIn;
   ULONG references = 1;
 };
-using PlugIn = Instance<IOCFPlugInInterface>;
-using SMARTInterface = Instance<IOATASMARTInterface>;
-
-template <typename Table>
-constexpr ReferenceKind kKind =
-    std::is_same_v<Table, IOCFPlugInInterface> ? ReferenceKind::kPlugIn
-                                               : ReferenceKind::kSMARTInterface;
 
 // Never destroyed, so that what the probe does not release is no leak.
-template <typename Table>
-std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>& Live() {
-  static auto& live = *new std::unordered_map<const void*, std::unique_ptr<Instance<Table>>>;
+template <typename Instance>
+std::unordered_map<const void*, std::unique_ptr<Instance>>& Live() {
+  static auto& live = *new std::unordered_map<const void*, std::unique_ptr<Instance>>;
   return live;
 }
 
-template <typename Table>
-Table** NewInstance(Table& table, std::shared_ptr<Drive> drive) {
-  auto made = std::unique_ptr<Instance<Table>>(new Instance<Table>{&table, std::move(drive)});
-  Instance<Table>* instance = made.get();
-  Live<Table>().emplace(instance, std::move(made));
-  platform::OpenReferences()[kKind<Table>] += 1;
-  return &instance->table;
+// The entries whose device has a client.
+std::unordered_set<const Entry*>& BusyEntries() {
+  static auto& entries = *new std::unordered_set<const Entry*>;
+  return entries;
 }
 
-template <typename Table>
-Instance<Table>& InstanceOf(const void* self, const char* call) {
-  const auto found = Live<Table>().find(self);
-  if (found == Live<Table>().end()) platform::Misuse(call, "the interface is null or dead");
+template <typename Instance>
+Instance& NewInstance(Instance contents) {
+  auto made = std::make_unique<Instance>(std::move(contents));
+  Instance& instance = *made;
+  Live<Instance>().emplace(&instance, std::move(made));
+  return instance;
+}
+
+template <typename Instance>
+Instance& InstanceOf(const void* self, const char* call) {
+  const auto found = Live<Instance>().find(self);
+  if (found == Live<Instance>().end()) platform::Misuse(call, "the interface is null or dead");
   return *found->second;
 }
 
-template <typename Table>
-ULONG AddReference(void* self) {
-  platform::OpenReferences()[kKind<Table>] += 1;
-  return ++InstanceOf<Table>(self, "AddRef").references;
+void EndInterfaces(PlugIn& plugIn) {
+  for (void* interface : plugIn.interfaces) Live<SMARTInterface>().erase(interface);
+  plugIn.interfaces.clear();
 }
 
-template <typename Table>
+void End(PlugIn& plugIn) {
+  EndInterfaces(plugIn);
+  BusyEntries().erase(plugIn.entry);
+  Live<PlugIn>().erase(&plugIn);
+}
+
+void End(SMARTInterface& interface) {
+  std::erase(interface.plugIn->interfaces, &interface);
+  Live<SMARTInterface>().erase(&interface);
+}
+
+template <typename Instance>
+ULONG AddReference(void* self) {
+  return ++InstanceOf<Instance>(self, "AddRef").references;
+}
+
+template <typename Instance>
 ULONG DropReference(void* self) {
-  Instance<Table>& instance = InstanceOf<Table>(self, "Release");
-  platform::OpenReferences()[kKind<Table>] -= 1;
+  auto& instance = InstanceOf<Instance>(self, "Release");
   const ULONG left = --instance.references;
-  if (left == 0) Live<Table>().erase(self);
+  if (left == 0) End(instance);
   return left;
 }
 
-Drive& DriveOf(void* interface, const char* call) {
-  return *InstanceOf<IOATASMARTInterface>(interface, call).drive;
+PlugIn& PlugInOf(void* interface, const char* call) {
+  return *InstanceOf<SMARTInterface>(interface, call).plugIn;
 }
 
 IOReturn EnableDisable(void* interface, Boolean enable) {
-  const bool done = DriveOf(interface, "SMARTEnableDisableOperations").Enable(enable != 0);
-  return done ? kIOReturnSuccess : kIOReturnError;
+  PlugIn& plugIn = PlugInOf(interface, "SMARTEnableDisableOperations");
+  if (!plugIn.answers->enables) return kIOReturnError;
+  plugIn.isDisabled = enable != 1;
+  return kIOReturnSuccess;
 }
 
 IOReturn ReturnStatus(void* interface, Boolean* exceededCondition) {
-  const std::optional<bool> exceeded = DriveOf(interface, "SMARTReturnStatus").ReturnStatus();
-  if (!exceeded) return kIOReturnError;
-  *exceededCondition = *exceeded;
+  const PlugIn& plugIn = PlugInOf(interface, "SMARTReturnStatus");
+  if (plugIn.isDisabled || !plugIn.answers->exceeded) return kIOReturnError;
+  *exceededCondition = *plugIn.answers->exceeded;
   return kIOReturnSuccess;
 }
 
-IOReturn CopyBlock(const std::optional<Drive::Block>& block, void* output) {
-  if (!block) return kIOReturnError;
-  std::memcpy(output, block->data(), block->size());
-  return kIOReturnSuccess;
+IOReturn CopyBlock(const PlugIn& plugIn, const BlockAnswer& block, void* output) {
+  if (plugIn.isDisabled) return kIOReturnError;
+  if (block.succeeds) std::memset(output, 0, platform::kBlockSize);
+  std::ranges::copy(block.bytes, static_cast<UInt8*>(output));
+  return block.succeeds ? kIOReturnSuccess : kIOReturnError;
 }
 
 IOReturn ReadData(void* interface, ATASMARTData* data) {
-  return CopyBlock(DriveOf(interface, "SMARTReadData").ReadData(), data);
+  const PlugIn& plugIn = PlugInOf(interface, "SMARTReadData");
+  return CopyBlock(plugIn, plugIn.answers->data, data);
 }
 
 IOReturn ReadThresholds(void* interface, ATASMARTDataThresholds* data) {
-  return CopyBlock(DriveOf(interface, "SMARTReadDataThresholds").ReadThresholds(), data);
+  const PlugIn& plugIn = PlugInOf(interface, "SMARTReadDataThresholds");
+  return CopyBlock(plugIn, plugIn.answers->thresholds, data);
 }
 
 IOReturn GetIdentifyData(void* interface, void* buffer, UInt32 inSize, UInt32* outSize) {
-  const std::optional<Drive::Block> block = DriveOf(interface, "GetATAIdentifyData").Identify();
-  if (!block) return kIOReturnError;
-  *outSize = std::min(inSize, static_cast<UInt32>(block->size()));
-  std::memcpy(buffer, block->data(), *outSize);
+  const BlockAnswer& identify = PlugInOf(interface, "GetATAIdentifyData").answers->identify;
+  if (inSize == 0 || inSize > platform::kBlockSize) return kIOReturnBadArgument;
+  if (!identify.succeeds) return kIOReturnError;
+  platform::Block block{};
+  std::ranges::copy(identify.bytes, block.begin());
+  std::memcpy(buffer, block.data(), inSize);
+  *outSize = inSize;
   return kIOReturnSuccess;
 }
 
@@ -120,55 +151,68 @@ bool IsSame(CFUUIDBytes one, CFUUIDBytes other) {
   return std::memcmp(&one, &other, sizeof one) == 0;
 }
 
-HRESULT NoFurtherInterface(void* /*self*/, REFIID /*iid*/, LPVOID* /*result*/) {
+HRESULT NoFurtherInterface(void* /*self*/, REFIID /*iid*/, LPVOID* result) {
+  *result = nullptr;
   return kNoInterface;
 }
 
 HRESULT QuerySMARTInterface(void* self, REFIID iid, LPVOID* result) {
   static IOATASMARTInterface table = {nullptr,
                                       NoFurtherInterface,
-                                      AddReference<IOATASMARTInterface>,
-                                      DropReference<IOATASMARTInterface>,
+                                      AddReference<SMARTInterface>,
+                                      DropReference<SMARTInterface>,
                                       EnableDisable,
                                       ReturnStatus,
                                       ReadData,
                                       ReadThresholds,
                                       GetIdentifyData};
-  PlugIn& plugIn = InstanceOf<IOCFPlugInInterface>(self, "QueryInterface");
-  if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID)) || !plugIn.drive->Open()) {
-    return kNoInterface;
+  auto& plugIn = InstanceOf<PlugIn>(self, "QueryInterface");
+  if (!IsSame(iid, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID))) {
+    return NoFurtherInterface(self, iid, result);
   }
-  *result = NewInstance(table, plugIn.drive);
+  if (!plugIn.answers) plugIn.answers = plugIn.entry->drive();
+  if (!plugIn.answers->whyNotOpened.empty()) return kNoInterface;
+  plugIn.interfaces.push_back(&NewInstance(SMARTInterface{&table, &plugIn}));
+  *result = plugIn.interfaces.back();
   return S_OK;
 }
 
 }  // namespace
 
+void platform::CountUserClients(Ledger& ledger) {
+  for (const auto& [self, plugIn] : Live<PlugIn>()) {
+    ledger[ReferenceKind::kPlugIn] += static_cast<int>(plugIn->references);
+  }
+  for (const auto& [self, interface] : Live<SMARTInterface>()) {
+    ledger[ReferenceKind::kSMARTInterface] += static_cast<int>(interface->references);
+  }
+}
+
 void platform::DropUserClients() {
-  Live<IOATASMARTInterface>().clear();
-  Live<IOCFPlugInInterface>().clear();
+  Live<SMARTInterface>().clear();
+  Live<PlugIn>().clear();
+  BusyEntries().clear();
 }
 
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface*** theInterface,
                                                 SInt32* theScore) {
-  static IOCFPlugInInterface table = {nullptr, QuerySMARTInterface,
-                                      AddReference<IOCFPlugInInterface>,
-                                      DropReference<IOCFPlugInInterface>};
-  const platform::Entry& entry =
-      *platform::ServicePath(service, "IOCreatePlugInInterfaceForService").back();
+  static IOCFPlugInInterface table = {nullptr, QuerySMARTInterface, AddReference<PlugIn>,
+                                      DropReference<PlugIn>};
+  const Entry& entry = platform::EntryOf(service, "IOCreatePlugInInterfaceForService");
   if (pluginType != kIOATASMARTUserClientTypeID || interfaceType != kIOCFPlugInInterfaceID) {
     return kIOReturnUnsupported;
   }
-  if (entry.drive == nullptr) return kIOReturnNoResources;
-  *theInterface = NewInstance(table, entry.drive);
+  if (!entry.drive) return kIOReturnUnsupported;
+  if (!BusyEntries().insert(&entry).second) return kIOReturnNoResources;
+  *theInterface = &NewInstance(PlugIn{&table, &entry}).table;
   *theScore = 0;
   return kIOReturnSuccess;
 }
 
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface** interface) {
-  InstanceOf<IOCFPlugInInterface>(interface, "IODestroyPlugInInterface");
-  DropReference<IOCFPlugInInterface>(interface);
+  EndInterfaces(InstanceOf<PlugIn>(interface, "IODestroyPlugInInterface"));
+  DropReference<PlugIn>(interface);
   return kIOReturnSuccess;
 }

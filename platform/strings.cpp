@@ -34,9 +34,16 @@ std::size_t ConvertiblePrefix(std::string_view text, CFStringEncoding encoding) 
   return encoding == kCFStringEncodingASCII ? AsciiPrefix(text) : 0;
 }
 
-bool IsText(std::string_view bytes, CFStringEncoding encoding) {
-  if (encoding == kEncodingUTF8) return utf8::is_valid(bytes.begin(), bytes.end());
-  return encoding == kCFStringEncodingASCII && AsciiPrefix(bytes) == bytes.size();
+// Whether data are text. They may be long, and those of every device, so it is found out once.
+std::unordered_map<const platform::Data*, bool>& KnownTexts() {
+  static auto& texts = *new std::unordered_map<const platform::Data*, bool>;
+  return texts;
+}
+
+bool IsText(const platform::Data& bytes) {
+  const auto [known, isNew] = KnownTexts().try_emplace(&bytes);
+  if (isNew) known->second = utf8::is_valid(bytes.begin(), bytes.end());
+  return known->second;
 }
 
 // What a failed conversion leaves in the buffer: part of the text, and no NUL.
@@ -66,15 +73,16 @@ CFTypeID CFStringGetTypeID() { return static_cast<CFTypeID>(StringObject::kType)
 
 Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
                            CFStringEncoding encoding) {
-  const std::string& text = Deref<StringObject>(string, "CFStringGetCString").text;
+  const std::string_view text = Deref<StringObject>(string, "CFStringGetCString").text;
   if (bufferSize <= 0) return false;
   const auto size = static_cast<std::size_t>(bufferSize);
-  const std::size_t convertible = ConvertiblePrefix(text, encoding);
-  if (convertible < text.size() || text.size() >= size) {
-    LeavePartialText(std::string_view(text).substr(0, convertible), buffer, size);
+  const std::size_t convertible = ConvertiblePrefix(text.substr(0, size), encoding);
+  if (convertible < text.size() || convertible == size) {
+    LeavePartialText(text.substr(0, convertible), buffer, size);
     return false;
   }
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  text.copy(buffer, size);
+  buffer[text.size()] = '\0';
   return true;
 }
 
@@ -85,8 +93,8 @@ CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*
                                                      CFStringEncoding encoding) {
   const platform::Data& bytes =
       Deref<platform::DataObject>(data, "CFStringCreateFromExternalRepresentation").bytes;
-  const std::string text(bytes.begin(), bytes.end());
-  if (!IsText(text, encoding)) return nullptr;
+  if (encoding != kEncodingUTF8 || !IsText(bytes)) return nullptr;
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   return static_cast<CFStringRef>(
       platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
 }
@@ -102,8 +110,11 @@ CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFS
   Deref<BundleObject>(bundle, kCall);
   const auto& strings = platform::ThisMachine().mainBundleStrings;
   const auto translation = strings.find(Deref<StringObject>(key, kCall).text);
-  const std::string& text =
-      translation != strings.end() ? translation->second : Deref<StringObject>(value, kCall).text;
+  const std::string_view text = translation != strings.end()
+                                    ? std::string_view(translation->second)
+                                    : Deref<StringObject>(value, kCall).text;
   return static_cast<CFStringRef>(
       platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
 }
+
+void platform::DropTexts() { KnownTexts().clear(); }

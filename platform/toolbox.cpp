@@ -40,7 +40,6 @@ Ptr NewPtr(Size byteCount) {
   if (block == nullptr) return nullptr;
   std::memset(block, kUnclearedByte, size);
   MemoryBlocks().insert(block);
-  platform::OpenReferences()[platform::ReferenceKind::kMemoryBlock] += 1;
   return block;
 }
 
@@ -48,7 +47,6 @@ void DisposePtr(Ptr pointer) {
   if (MemoryBlocks().erase(pointer) == 0) {
     platform::Misuse("DisposePtr", "the block is null or disposed of already");
   }
-  platform::OpenReferences()[platform::ReferenceKind::kMemoryBlock] -= 1;
   std::free(pointer);
 }
 
@@ -61,6 +59,10 @@ void CopyCStringToPascal(const char* source, Str255 destination) {
   // The two may be one buffer. NOLINTNEXTLINE(bugprone-not-null-terminated-result)
   std::memmove(destination + 1, source, length);
   destination[0] = static_cast<unsigned char>(length);
+}
+
+void platform::CountMemoryBlocks(Ledger& ledger) {
+  ledger[ReferenceKind::kMemoryBlock] = static_cast<int>(MemoryBlocks().size());
 }
 
 void platform::DropMemoryBlocks() {

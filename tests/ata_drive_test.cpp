@@ -10,20 +10,19 @@
 #include <cstring>
 #include <map>
 
+#include "machines/linux/block_device.h"
 #include "machines/recorded/property_list.h"
-#include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/recording.h"
+#include "machines/recorded/read_recording.h"
+#include "machines/recorded/write_recording.h"
 #include "tests/support.h"
 
 namespace test {
-
-using Block = Drive::Block;
 
 // An answer to a command: SCSI's status, sense data, a block, how much of it is missing.
 struct Answer {
   int status = 0;
   std::vector<std::uint8_t> sense = {};
-  Block block = {};
+  Data block = Data(platform::kBlockSize);
   int missing = 0;
 };
 
@@ -56,25 +55,27 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
   return answer.status;
 }
 
-// /dev/null stands for the disk's node.
+// /dev/null stands for the disk's node, and this for the program's own function.
 const dev_t kNodeNumber = makedev(8, 16);
-extern "C" int __real_fstat(int file, struct stat* status);
-extern "C" int __wrap_fstat(int file, struct stat* status) {
-  const int result = __real_fstat(file, status);
-  if (!S_ISCHR(status->st_mode)) return result;
-  status->st_mode = S_IFBLK;
-  status->st_rdev = kNodeNumber;
-  return result;
+}  // namespace test
+
+std::optional<dev_t> machines::BlockDeviceNumber(int descriptor) {
+  struct stat status {};
+  fstat(descriptor, &status);
+  return S_ISCHR(status.st_mode) ? std::optional(test::kNodeNumber) : std::nullopt;
 }
+
+namespace test {
 
 // In the registers: no threshold is exceeded.
 void AnswerWell() {
-  const auto drive = HealthyDrive();
-  drive->identify[167] = 0;  // nothing is said of S.M.A.R.T.
-  answers = {{'I', {.block = drive->identify}},
+  const DriveAnswers drive = HealthyAnswers();
+  Data identify = drive.identify.bytes;
+  identify[167] = 0;  // nothing is said of S.M.A.R.T.
+  answers = {{'I', {.block = identify}},
              {'S', {kCheckCondition, {0xF0, 1, 0, 0, 0x50, 0, 0, 10, 0, 0, 0x4F, 0xC2, 0, 0x1D}}},
-             {'D', {.block = drive->data}},
-             {'T', {.block = drive->thresholds}}};
+             {'D', {.block = drive.data.bytes}},
+             {'T', {.block = drive.thresholds.bytes}}};
 }
 
 class AtaDrive : public testing::Test {
@@ -94,13 +95,13 @@ class AtaDrive : public testing::Test {
     report_ = ReportOf(Host());
     std::string commands = sent;
     const Property listing = machines::ListingOf(Host(), [this](const Entry& entry) {
-      machines::DriveRecording recording = machines::RecordDrive(*entry.drive);
+      machines::DriveRecording recording = machines::RecordDrive(entry.drive());
       failures_ = recording.failures;
       return recording.answers;
     });
     EXPECT_EQ(sent, commands + commands) << "a recording sends the same";
     const std::string recording = machines::WritePropertyList(listing);
-    EXPECT_EQ(ReportOf(machines::ParseRecordedMachine(recording)), report_);
+    EXPECT_EQ(ReportOf(machines::ReadRecording(recording)), report_);
     recordsData_ = recording.find("<key>Data</key>") != std::string::npos;
     if (report_.empty()) return commands;
     if (report_.starts_with("GetSMARTFailed")) return "failure " + commands;
@@ -127,7 +128,7 @@ TEST_F(AtaDrive, EachCommandMustSucceedButTheLast) {
     std::vector<Answer> bad = {{.status = kGone}, {.status = 8}, kHardwareError, kBusError};
     if (command != 'T') bad.push_back(kAborted);
     if (command == 'I' || command == 'D') bad.push_back({});  // zeros
-    if (command != 'E' && command != 'S') bad.push_back({.block = {1}, .missing = 1});
+    if (command != 'E' && command != 'S') bad.push_back({.block = BlockOf({{1, 1}}), .missing = 1});
     for (const Answer& answer : bad) {
       AnswerWell();
       answers[command] = answer;
@@ -149,7 +150,7 @@ TEST_F(AtaDrive, WithoutRegistersTheBlocksTellTheCondition) {
   std::vector<BlockEntry> last(30);
   std::vector<BlockEntry> beyond(31);
   last[29] = beyond[30] = {5, 1, 9};
-  const std::tuple<Block, Answer, std::string> kCases[] = {
+  const std::tuple<Data, Answer, std::string> kCases[] = {
       {BlockOf(last), {.block = BlockOf({{5, 10}})}, "True IESDT"},
       {BlockOf(beyond), {.block = BlockOf({{5, 10}})}, "failure IESDT"},
       {BlockOf({{5, 1, 10}}), {.block = BlockOf({{5, 10}})}, "True IESDT"},

@@ -93,10 +93,10 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
   const Property ata = Text("ATA");
   const Property scsi = Text("SCSI");
   const std::string longATA = "ATA" + std::string(252, 'i');
-  const platform::KeyedProperty unit0 = {"unit number", Integer(0)};
-  const platform::KeyedProperty longUnit = {"unit number", {platform::Float64Number(1e247)}};
-  const platform::KeyedProperty bus2 = {"AAPL,bus-id", Bytes({2})};
-  const platform::KeyedProperty gen = {"device-type", Text("Gen")};
+  const Dictionary::value_type unit0 = {"unit number", Integer(0)};
+  const Dictionary::value_type longUnit = {"unit number", {platform::Float64Number(1e247)}};
+  const Dictionary::value_type bus2 = {"AAPL,bus-id", Bytes({2})};
+  const Dictionary::value_type gen = {"device-type", Text("Gen")};
   const auto busId = [&](const Data& id) { return Dictionary{unit0, {"AAPL,bus-id", Bytes(id)}}; };
   const auto at = [&](const Data& b) {
     return Dictionary{unit0, {"io-device-location", Bytes(b)}};
@@ -110,7 +110,7 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
       {Text(std::string(250, 'x') + "ATA ATA"), {}, ""},
       {Text("Fibre Channel Interface"), {}, "Fibre Channel Interface"},
       // SCSI
-      {scsi, {{"SCSI Target Identifier", Integer(2)}}, "SCSI:  ID = 2"},
+      {scsi, {{"SCSI Target Identifier", Integer(16)}}, "SCSI:  ID = 16"},
       {Text("ATA on SCSI"), {}, "ATA on SCSI:  ID = 3", {{"SCSI Target", Integer(3)}}},
       {scsi, {{"SCSI Target Identifier", Text("2")}}, "", {{"SCSI Target", Integer(3)}}},
       {scsi, {{"SCSI Target Identifier", {platform::Number{15, 2}}}}, "SCSI:  ID = "},
@@ -146,8 +146,8 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
   // All of `around` stands beside the protocol characteristics and in them too.
   for (auto [interconnect, around, info, below] : cases) {
     Dictionary protocol = around;
-    protocol.push_back({"Physical Interconnect", interconnect});
-    around.push_back({"Protocol Characteristics", Dict(protocol)});
+    protocol.emplace("Physical Interconnect", interconnect);
+    around.emplace("Protocol Characteristics", Dict(protocol));
     const Tree tree = {.bus = around, .driver = below};
     // 777: the most that is written
     EXPECT_EQ(PascalText(Written(tree, 777, IOKitUtilsGetDeviceInterfaceInfo)), info);

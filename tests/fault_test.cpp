@@ -39,19 +39,50 @@ bool Fails(const char* name, const void* key = nullptr) {
   return callsUntilFailure == 0;
 }
 
-struct FaultyDrive : FakeDrive {
-  bool Fails(char call) override {
-    now.key = "";
-    return test::Fails(std::string(1, call).c_str());
-  }
-};
-
 // The linker sends the probe's calls here first. The key, if any, stands after the arguments.
 #define FAILING(failure, result, call, parameters, arguments, ...)                        \
   result __real_##call parameters;                                                        \
   result __wrap_##call parameters {                                                       \
     return Fails(#call __VA_OPT__(, ) __VA_ARGS__) ? (failure) : __real_##call arguments; \
   }
+
+// Puts a function table of the test's own in the place of `table`, which goes to `real`.
+template <typename Table, typename Change>
+void Watch(Table*& table, Table& real, Change change) {
+  static Table watched;
+  watched = real = *table;
+  change(watched);
+  table = &watched;
+}
+
+IOCFPlugInInterface realPlugIn;
+IOATASMARTInterface realSMART;
+std::string commands;  // to the drives, a letter each: E S D T I
+
+template <char kLetter, auto kOperation, typename... Arguments>
+IOReturn Ask(void* self, Arguments... arguments) {
+  now.key = "";
+  commands += kLetter;
+  const char name[] = {kLetter, '\0'};
+  return Fails(name) ? -1 : (realSMART.*kOperation)(self, arguments...);
+}
+
+HRESULT Query(void* self, REFIID id, LPVOID* result) {
+  using Interface = IOATASMARTInterface;
+  now.key = "";
+  if (Fails("O")) return -1;
+  *result = nullptr;
+  if (Fails("a success without an interface")) return S_OK;
+  const HRESULT status = realPlugIn.QueryInterface(self, id, result);
+  Watch(*static_cast<Interface**>(*result), realSMART, [](Interface& watched) {
+    watched.SMARTEnableDisableOperations = Ask<'E', &Interface::SMARTEnableDisableOperations>;
+    watched.SMARTReturnStatus = Ask<'S', &Interface::SMARTReturnStatus>;
+    watched.SMARTReadData = Ask<'D', &Interface::SMARTReadData>;
+    watched.SMARTReadDataThresholds = Ask<'T', &Interface::SMARTReadDataThresholds>;
+    watched.GetATAIdentifyData = Ask<'I', &Interface::GetATAIdentifyData>;
+  });
+  return status;
+}
 
 extern "C" {
 
@@ -76,9 +107,6 @@ FAILING(nullptr, CFStringRef, CFBundleCopyLocalizedString,
         (CFBundleRef b, CFStringRef k, CFStringRef v, CFStringRef t), (b, k, v, t))
 FAILING(nullptr, CFStringRef, CFStringCreateFromExternalRepresentation,
         (CFAllocatorRef a, CFDataRef d, CFStringEncoding e), (a, d, e))
-FAILING(-1, kern_return_t, IOCreatePlugInInterfaceForService,
-        (io_service_t s, CFUUIDRef p, CFUUIDRef i, IOCFPlugInInterface*** o, SInt32* c),
-        (s, p, i, o, c))
 // A release that reports a failure has released all the same.
 FAILING(__real_IOObjectRelease(o) - 1, kern_return_t, IOObjectRelease, (io_object_t o), (o))
 FAILING(__real_IODestroyPlugInInterface(p) - 1, kern_return_t, IODestroyPlugInInterface,
@@ -90,6 +118,16 @@ FAILING((__real_CFNumberGetValue(n, t, v), Boolean{0}), Boolean, CFNumberGetValu
         (CFNumberRef n, CFNumberType t, void* v), (n, t, v))
 FAILING((__real_CFStringGetCString(s, b, 4, e), Boolean{0}), Boolean, CFStringGetCString,
         (CFStringRef s, char* b, CFIndex z, CFStringEncoding e), (s, b, z, e))
+
+kern_return_t __real_IOCreatePlugInInterfaceForService(io_service_t s, CFUUIDRef p, CFUUIDRef i,
+                                                       IOCFPlugInInterface*** o, SInt32* c);
+kern_return_t __wrap_IOCreatePlugInInterfaceForService(io_service_t s, CFUUIDRef p, CFUUIDRef i,
+                                                       IOCFPlugInInterface*** o, SInt32* c) {
+  if (Fails("IOCreatePlugInInterfaceForService")) return -1;
+  const kern_return_t result = __real_IOCreatePlugInInterfaceForService(s, p, i, o, c);
+  Watch(**o, realPlugIn, [](IOCFPlugInInterface& watched) { watched.QueryInterface = Query; });
+  return result;
+}
 
 io_object_t __real_IOIteratorNext(io_iterator_t i);
 io_object_t __wrap_IOIteratorNext(io_iterator_t i) {
@@ -127,13 +165,13 @@ std::vector<Entry> Controllers() {
       {}};
   std::vector<Entry> controllers;
   for (int i = 0; i < kDevices; i++) {
-    const auto drive = HealthyDrive(std::make_shared<FaultyDrive>());
-    drive->exceeded = LinesOf(i).exceeded;
-    Entry device =
-        (i < kAtaDevices ? AtaDevice : AhciDevice)(drive, "disk" + std::to_string(i), 5120);
+    DriveAnswers answers = HealthyAnswers();
+    answers.exceeded = LinesOf(i).exceeded;
+    Entry device = (i < kAtaDevices ? AtaDevice : AhciDevice)(DriveOf(answers),
+                                                              "disk" + std::to_string(i), 5120);
     const Property protocol = Dict({{"Physical Interconnect", Text(i == 5 ? "SCSI" : "ATA")}});
-    device.properties.push_back({"Protocol Characteristics", protocol});
-    above[i].push_back({"unit number", Integer(0)});
+    device.properties.emplace("Protocol Characteristics", protocol);
+    above[i].emplace("unit number", Integer(0));
     controllers.push_back({"", "", above[i], {device}, {}});
   }
   return controllers;
@@ -144,7 +182,7 @@ std::vector<Entry> Controllers() {
 std::string LinesAfter(const Call& call) {
   const auto& [name, key, device] = call;
   DeviceLines lines = LinesOf(device);
-  if (name == "IOCreatePlugInInterfaceForService" || name == "O") {
+  if (name == "IOCreatePlugInInterfaceForService" || name == "O" || name.starts_with("a success")) {
     return "GetSMARTFailed:" + lines.path + ":0\n";
   }
   if (name == "IORegistryEntryCreateCFProperties" || name == "CFDictionaryGetValueIfPresent" ||
@@ -191,6 +229,7 @@ TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
     callsUntilFailure = ++n;
     now = failed = Call();
     done.clear();
+    commands.clear();
     const std::string report = Report(Controllers(), 0x1058);
     SCOPED_TRACE(failed.name + " " + failed.key + ", device " + std::to_string(failed.device));
     EXPECT_TRUE(testing::internal::RE::FullMatch(report, ReportAfter(failed))) << report;
@@ -204,16 +243,28 @@ TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
                       {kSMARTInterface, clients},
                       {kMemoryBlock, noTable ? 0 : 1}}));
   } while (callsUntilFailure <= 0);
-  EXPECT_EQ(done.size(), 24U) << "a call that is wrapped is not made";
+  EXPECT_EQ(done.size(), 25U) << "a call that is wrapped is not made";
+  EXPECT_EQ(commands, Repeated(kDevices, "ESDTI"));
+  commands.clear();
+  callsUntilFailure = 0;  // none
+  Report(Controllers(), 0x102F);
+  EXPECT_EQ(commands, Repeated(kDevices, "ESDT"));
 }
 
 // Neither can fail in a pass whose report shows it.
 TEST(Faults, LeaveATextEmptyOrAsItWas) {
-  const platform::DataObject object({1, 2});
+  const Data data = {1, 2};
+  const platform::DataObject object(data);
   char text[] = "untouched";
   callsUntilFailure = 1;
   BytesSInt64ToCStrWLabel(5, text, true);
   EXPECT_STREQ(text, "untouched");
+  for (CFNumberType type = kCFNumberSInt8Type; type <= kCFNumberDoubleType; type++) {
+    const platform::NumberObject number({type, 5});
+    callsUntilFailure = 1;
+    ConvertCFNumberToCStr(static_cast<CFNumberRef>(platform::Ref(&number)), text, true);
+    EXPECT_STREQ(text, "untouched") << type;
+  }
   callsUntilFailure = 1;
   ConvertCFDataToCStr(static_cast<CFDataRef>(platform::Ref(&object)), text);
   EXPECT_STREQ(text, "");

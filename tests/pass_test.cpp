@@ -16,20 +16,15 @@ std::string Item(SInt16 row, SInt16 item) {
 }
 
 TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {
-  const std::tuple<SInt32, const char*, const char*> cases[] = {{0x101F, "", ""},
-                                                                {0x1020, "OESDT", "232.89 GB"},
-                                                                {0x102F, "OESDT", "232.89 GB"},
-                                                                {0x1030, "OESDTI", "232.89 GB"},
-                                                                {0x105F, "OESDTI", "232.89 GB"},
-                                                                {0x1060, "OESDTI", "250.06 GB"}};
-  for (const auto& [version, calls, capacity] : cases) {
+  const std::pair<SInt32, const char*> cases[] = {{0x101F, ""},          {0x1020, "232.89 GB"},
+                                                  {0x102F, "232.89 GB"}, {0x1030, "232.89 GB"},
+                                                  {0x105F, "232.89 GB"}, {0x1060, "250.06 GB"}};
+  for (const auto& [version, capacity] : cases) {
     SCOPED_TRACE(version);
-    auto drive = HealthyDrive();
     DeviceLines lines{.capacity = capacity};
     if (version < 0x1030) lines.revision = lines.serial = "";
-    EXPECT_EQ(Report({AtaDevice(drive, "disk0", 250059350016)}, version),
+    EXPECT_EQ(Report({AtaDevice(HealthyDrive(), "disk0", 250059350016)}, version),
               version < 0x1020 ? "" : lines.Text());
-    EXPECT_EQ(drive->calls, calls);
     EXPECT_EQ(OpenReferences() == Ledger(), version < 0x1020);
   }
 }
@@ -56,23 +51,55 @@ TEST(Pass, AtaGoesByNameAndFeaturesAndAhciByClass) {
   EXPECT_EQ(gSMARTDriveCount, 4);
 }
 
+TEST(Pass, WhatAFailedReadHasLeftIsReported) {
+  DriveAnswers answers = HealthyAnswers();
+  const Data data = BlockOf({{9, 1, 7}, {10, 1, 8}});
+  const Data thresholds = BlockOf({{9, 5}, {10, 9}});
+  const std::string first = "SMARTStatus:::9:::Power On Hours Count:::256:::7:::5:::Pre-Fail:OK\n";
+  const std::string second =
+      "SMARTStatus:::10:::Spin Retry Count:::256:::8:::9:::Pre-Fail:"
+      "Pre-Failure Warning: Imminent loss of data predicted\n";
+  const std::tuple<std::size_t, bool, std::size_t, bool, std::string> cases[] = {
+      {512, true, 512, true, first + second},
+      {512, true, 512, false, first + second},
+      {512, true, 14, false, first},
+      {512, true, 0, false, ""},
+      {14, true, 512, true, first},  // shorter: zeros
+      {512, false, 512, true, ""},   // thresholds are not read
+  };
+  for (const auto& [dataLeft, hasData, thresholdsLeft, hasThresholds, lines] : cases) {
+    answers.data = {data, hasData};
+    answers.data.bytes.resize(dataLeft);
+    answers.thresholds = {thresholds, hasThresholds};
+    answers.thresholds.bytes.resize(thresholdsLeft);
+    EXPECT_EQ(Report({AtaDevice(DriveOf(answers))}), DeviceLines{.attributes = lines}.Text());
+  }
+  EXPECT_EQ(gSavedATADriveInfoArray[0].smartData.bytes[2], 9);
+  EXPECT_EQ(std::memcmp(gSavedATADriveInfoArray[0].productNameP,
+                        "\x0B"
+                        "EXAMPLE 250",
+                        12),
+            0);
+}
+
 TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
-  auto drive = HealthyDrive();
-  Drive::Block& data = drive->data;
+  DriveAnswers answers = HealthyAnswers();
+  Data& data = answers.data.bytes;
+  Data& thresholds = answers.thresholds.bytes;
   data = BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
   for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
   // 99 is the last entry of both blocks. What comes after it would be attribute 111, and
   // a threshold of 9.
-  drive->thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
-  drive->thresholds[2 + 12 * 29] = 99;
-  drive->thresholds[2 + 12 * 30] = 9;
+  thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
+  thresholds[2 + 12 * 29] = 99;
+  thresholds[2 + 12 * 30] = 9;
   DeviceLines lines;
   lines.attributes =
       "SMARTStatus:::9:::Power On Hours Count:::256:::7:::5:::Pre-Fail:OK\n"
       "SMARTStatus:::3:::Spin-up Time:::512:::60:::21:::Life-Span:OK\n"
       "SMARTStatus:::7:::Seek Error Rate:::256:::No Data:::6:::Pre-Fail:OK\n"
       "SMARTStatus:::99:::Unknown Attribute:::25701:::102:::Always Passing:::Life-Span:OK\n";
-  EXPECT_EQ(Report({AtaDevice(drive)}), lines.Text());
+  EXPECT_EQ(Report({AtaDevice(DriveOf(answers))}), lines.Text());
 
   EXPECT_EQ(Item(1, kItemAttribId), "111");
   EXPECT_EQ(Item(1, kItemCurrentValue), "0 (Invalid)");
@@ -87,8 +114,8 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   for (std::size_t k = 0; k < 30; k++) std::swap(data[3 + 12 * k], data[4 + 12 * k]);
   EXPECT_EQ(std::memcmp(&gSavedATADriveInfoArray[0].smartData, data.data(), 512), 0);
 
-  drive->thresholds = BlockOf({});
-  Report({AtaDevice(drive)});
+  thresholds = BlockOf({});
+  Report({AtaDevice(DriveOf(answers))});
   EXPECT_EQ(gSavedThresholds[0].attribId, 0) << "the rows of the drive before are cleared";
 }
 
@@ -99,7 +126,10 @@ TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
     devices.push_back(AtaDevice(HealthyDrive(), "disk" + std::to_string(i)));
     expected += DeviceLines{.path = i < 63 ? "/dev/rdisk" + std::to_string(i) : ""}.Text();
   }
-  const auto beyond = HealthyDrive();
+  const Drive beyond = [] {
+    ADD_FAILURE() << "it was opened";
+    return DriveAnswers();
+  };
   Entry noFeatures = AtaDevice(beyond, "disk65");
   noFeatures.properties.clear();
   devices.insert(devices.end(), {AtaDevice(beyond, "disk64", 5000), noFeatures,
@@ -109,7 +139,6 @@ TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
     expected += "GetSMARTFailed:/dev/rdisk" + std::string(disk) + ":0\n";
   }
   EXPECT_EQ(Report(devices), expected);
-  EXPECT_EQ(beyond->calls, "");
   EXPECT_STREQ(gSavedATADriveInfoArray[63].bsdName, "") << "the last record stays as it is";
   EXPECT_EQ(OpenReferences(),
             (Ledger{{kPropertyDictionary, 67}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));

@@ -1,6 +1,7 @@
 // Where the platform layer is meant to be unkind: what a failed call leaves in its
 // output, and which misuse stops the program.
 #include <Carbon/Carbon.h>
+#include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <cstring>
 
@@ -32,9 +33,51 @@ TEST(Platform, FailedCallsLeaveWhatTheyMay) {
   EXPECT_EQ(version, 7);
 }
 
+IOCFPlugInInterface** OpenPlugIn(io_service_t service) {
+  SInt32 score = 7;
+  IOCFPlugInInterface** plugIn = nullptr;
+  IOCreatePlugInInterfaceForService(service, kIOATASMARTUserClientTypeID, kIOCFPlugInInterfaceID,
+                                    &plugIn, &score);
+  return plugIn;
+}
+
+IOATASMARTInterface** QuerySMART(IOCFPlugInInterface** plugIn) {
+  void* smart = nullptr;
+  (*plugIn)->QueryInterface(plugIn, CFUUIDGetUUIDBytes(kIOATASMARTInterfaceID), &smart);
+  return static_cast<IOATASMARTInterface**>(smart);
+}
+
+TEST(Platform, ADeviceHasOneClientAtATimeWhichMayDisableIt) {
+  test::Install({{"Drive", "", {}, {}, test::HealthyDrive()}, {"Other", "", {}, {}, {}}});
+  const io_service_t service = test::ServiceNamed("Drive");
+  IOCFPlugInInterface** const plugIn = OpenPlugIn(service);
+  EXPECT_EQ(OpenPlugIn(service), nullptr);
+  EXPECT_EQ(OpenPlugIn(test::ServiceNamed("Other")), nullptr);
+  void* other = &other;
+  EXPECT_NE((*plugIn)->QueryInterface(plugIn, {}, &other), S_OK);
+  EXPECT_EQ(other, nullptr);
+
+  IOATASMARTInterface** const smart = QuerySMART(plugIn);
+  UInt8 identify[513] = {};
+  for (const UInt32 size : {0U, 513U, 512U}) {
+    UInt32 written = 7;
+    const bool fits = size == 512;
+    EXPECT_EQ((*smart)->GetATAIdentifyData(smart, identify, size, &written) == 0, fits) << size;
+    EXPECT_EQ(written, fits ? 512U : 7U);
+    EXPECT_EQ(identify[0], fits ? 'x' : 0);
+  }
+  ATASMARTData data;
+  for (const int enable : {2, 1, 0}) {
+    EXPECT_EQ((*smart)->SMARTEnableDisableOperations(smart, static_cast<Boolean>(enable)), 0);
+    EXPECT_EQ((*smart)->SMARTReadData(smart, &data) == 0, enable == 1);
+  }
+  IODestroyPlugInInterface(plugIn);
+  EXPECT_NE(OpenPlugIn(service), nullptr);
+}
+
 TEST(PlatformDeathTest, MisuseStopsTheProgram) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  test::Install({{"Drive", "", {{"K", test::Text("v")}}, {}, {}}});
+  test::Install({{"Drive", "", {{"K", test::Text("v")}}, {}, test::HealthyDrive()}});
   const io_service_t service = test::ServiceNamed("Drive");
   const CFTypeRef found =
       IORegistryEntrySearchCFProperty(service, kIOServicePlane, CFSTR("K"), kCFAllocatorDefault, 0);
@@ -44,4 +87,10 @@ TEST(PlatformDeathTest, MisuseStopsTheProgram) {
   EXPECT_DEATH((IOObjectRelease(service), IOObjectRelease(service)), "null or dead");
   EXPECT_DEATH(IOIteratorNext(service), "of another kind");
   EXPECT_DEATH(DisposePtr(nullptr), "null or disposed of");
+  EXPECT_EQ(test::ServiceNamed("None"), 0U) << "no match is no failure";
+  EXPECT_DEATH(IOObjectRelease(0), "null or dead");
+  IOCFPlugInInterface** const plugIn = OpenPlugIn(service);
+  IOATASMARTInterface** const smart = QuerySMART(plugIn);
+  const auto release = (*smart)->Release;
+  EXPECT_DEATH((IODestroyPlugInInterface(plugIn), release(smart)), "null or dead");
 }

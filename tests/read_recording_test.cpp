@@ -1,6 +1,6 @@
 // Recorded machines: which files make a machine, which machine, and what is said of the
 // others. The program around them has a test of its own.
-#include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/read_recording.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -13,7 +13,7 @@
 namespace {
 
 using namespace std::string_literals;
-using machines::ParseRecordedMachine;
+using machines::ReadRecording;
 using platform::Property;
 using test::Repeated;
 
@@ -37,7 +37,7 @@ std::string Nested(std::size_t levels) {
 
 std::string MessageFor(const std::string& file) {
   try {
-    ParseRecordedMachine(file);
+    ReadRecording(file);
   } catch (const machines::RecordingError& error) {
     return error.what();
   }
@@ -60,7 +60,7 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Root("<true/>"), "<true> where a <key> is due"},
       {Value("<array><key>a</key></array>"), "<key> outside <dict>"},
       {Root("\n<key>a</key><true/>\n<key>&#97;</key><true/>"),
-       "line 3: a <dict> ends that has the <key> \"a\""},
+       "line 3: the <key> \"a\" twice in a <dict>"},
       {Value("<string>a\n<true/></string>"), "line 2: <true> inside <string>"},
       {"<plist>\n<string>a", "line 2: the file ends inside <string>"},
       {Nested(257), "more than 256 levels"},
@@ -125,15 +125,14 @@ TEST(RecordedMachine, ValuesKeepTheirMeaning) {
   };
   for (const auto& [file, value] : kCases) {
     const platform::Dictionary expected = {{"k", value}};
-    EXPECT_EQ(ParseRecordedMachine(file).roots.at(0).properties, expected) << file;
+    EXPECT_EQ(ReadRecording(file).roots.at(0).properties, expected) << file;
   }
 }
 
 TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   const auto read = [](const std::string& text) {
     const std::string pair = "<key>ProductVersion</key><string>" + text + "</string>";
-    return ParseRecordedMachine(
-        List("<array><dict>" + pair + "</dict>" + Named("B", pair) + "</array>"));
+    return ReadRecording(List("<array><dict>" + pair + "</dict>" + Named("B", pair) + "</array>"));
   };
   const std::pair<const char*, SInt32> kVersions[] = {
       {"10.5.8", 0x1058}, {"10.4.11", 0x1049}, {"9", 0x0900}, {"99.0.99999999999", 0x9909}};
@@ -146,7 +145,7 @@ TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   for (const char* text : {"100.1", "", "10.", ".5", "10.5.8.1", "10.5 "}) {
     EXPECT_THROW(read(text), machines::RecordingError) << text;
   }
-  EXPECT_EQ(ParseRecordedMachine(Root("")).systemVersion, 0x1068);
+  EXPECT_EQ(ReadRecording(Root("")).systemVersion, 0x1068);
 }
 
 // A sanitizer needs memory and time of its own, and looks for other faults.

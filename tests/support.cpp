@@ -14,42 +14,42 @@ std::string Repeated(std::size_t times, const std::string& text) {
   return repeated;
 }
 
-Drive::Block BlockOf(const std::vector<BlockEntry>& entries) {
-  Drive::Block block{0x10, 0x00};
-  std::size_t at = 2;
+Data BlockOf(const std::vector<BlockEntry>& entries) {
+  Data block = {0x10, 0x00};
   for (const BlockEntry& entry : entries) {
-    block[at] = entry.id;
-    block[at + 1] = entry.second;
-    block[at + 3] = entry.value;
-    at += 12;
+    block.insert(block.end(), {entry.id, entry.second, 0, entry.value, 0, 0, 0, 0, 0, 0, 0, 0});
   }
+  block.resize(platform::kBlockSize);
   return block;
 }
 
-std::shared_ptr<FakeDrive> HealthyDrive(std::shared_ptr<FakeDrive> drive) {
-  drive->data = BlockOf({{194, 0x22, 38}});
-  drive->thresholds = BlockOf({{194, 0}});
-  drive->identify.fill('x');  // what comes after a field must never be printed
+DriveAnswers HealthyAnswers() {
+  DriveAnswers answers;
+  answers.exceeded = false;
+  answers.data = {BlockOf({{194, 0x22, 38}}), true};
+  answers.thresholds = {BlockOf({{194, 0}}), true};
+  // What comes after a field must never be printed.
+  answers.identify = {Data(platform::kBlockSize, 'x'), true};
   // A text as a drive delivers it, characters exchanged.
   const auto put = [&](std::size_t offset, const std::string& text) {
     for (std::size_t i = 0; i < text.size(); i++)
-      drive->identify[offset + (i ^ 1)] = static_cast<UInt8>(text[i]);
+      answers.identify.bytes[offset + (i ^ 1)] = static_cast<UInt8>(text[i]);
   };
   put(20, "SERIAL              ");
   put(46, "REV     ");
-  return drive;
+  return answers;
 }
 
-Entry AtaDevice(std::shared_ptr<Drive> drive, std::string bsdName, SInt64 size) {
-  Entry medium{"Media", "IOMedia", {{"BSD Name", Text(std::move(bsdName))}}, {}, nullptr};
-  if (size != 0) medium.properties.push_back({"Size", Integer(size)});
+Entry AtaDevice(Drive drive, std::string bsdName, SInt64 size) {
+  Entry medium{"Media", "IOMedia", {{"BSD Name", Text(std::move(bsdName))}}, {}, {}};
+  if (size != 0) medium.properties.emplace("Size", Integer(size));
   const char* const name = "IOATABlockStorageDevice";
   const auto characteristics =
       Dict({{"ATA Features", Integer(0x20)}, {"Product Name", Text("  EXAMPLE 250 ")}});
   return {name, name, {{"Device Characteristics", characteristics}}, {medium}, std::move(drive)};
 }
 
-Entry AhciDevice(std::shared_ptr<Drive> drive, std::string bsdName, SInt64 size) {
+Entry AhciDevice(Drive drive, std::string bsdName, SInt64 size) {
   Entry device = AtaDevice(std::move(drive), std::move(bsdName), size);
   device.name = device.className = "IOAHCIBlockStorageDevice";
   return device;
@@ -78,7 +78,7 @@ io_service_t ServiceNamed(const char* name) {
   io_iterator_t iterator = 0;
   IOServiceGetMatchingServices(kIOMasterPortDefault, IOServiceNameMatching(name), &iterator);
   const io_service_t service = IOIteratorNext(iterator);
-  IOObjectRelease(iterator);
+  if (iterator != 0) IOObjectRelease(iterator);
   return service;
 }
 

@@ -4,7 +4,6 @@
 #include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +16,7 @@ namespace test {
 using platform::Data;
 using platform::Dictionary;
 using platform::Drive;
+using platform::DriveAnswers;
 using platform::Entry;
 using platform::Ledger;
 using platform::OpenReferences;
@@ -30,44 +30,24 @@ inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
 inline Property Bytes(Data bytes) { return {std::move(bytes)}; }
 inline Property Dict(Dictionary values) { return {std::move(values)}; }
 
-// A drive that answers what its fields hold, and notes the calls: a letter each, O E S D T I.
-struct FakeDrive : Drive {
-  bool exceeded = false;
-  Block data{}, thresholds{}, identify{};
-  std::string failing, calls;
-
-  bool Open() override { return Called('O', true).has_value(); }
-  bool Enable(bool enable) override { return Called('E', true) && enable; }
-  std::optional<bool> ReturnStatus() override { return Called('S', exceeded); }
-  std::optional<Block> ReadData() override { return Called('D', data); }
-  std::optional<Block> ReadThresholds() override { return Called('T', thresholds); }
-  std::optional<Block> Identify() override { return Called('I', identify); }
-
-  virtual bool Fails(char call) { return failing.find(call) != std::string::npos; }
-
- private:
-  template <typename T>
-  std::optional<T> Called(char letter, T answer) {
-    calls += letter;
-    return Fails(letter) ? std::nullopt : std::optional(answer);
-  }
-};
-
 // Entries of a block as the drive delivers them: identifier, flags and value, or
 // identifier and threshold.
 struct BlockEntry {
   std::uint8_t id, second, value = 0;
 };
-Drive::Block BlockOf(const std::vector<BlockEntry>& entries);
+Data BlockOf(const std::vector<BlockEntry>& entries);
 
-// Gives the drive one healthy attribute, serial "SERIAL" and revision "REV".
-std::shared_ptr<FakeDrive> HealthyDrive(
-    std::shared_ptr<FakeDrive> drive = std::make_shared<FakeDrive>());
+// One healthy attribute, serial "SERIAL" and revision "REV".
+DriveAnswers HealthyAnswers();
+inline Drive DriveOf(DriveAnswers answers) {
+  return [answers = std::move(answers)] { return answers; };
+}
+inline Drive HealthyDrive() { return DriveOf(HealthyAnswers()); }
 
 // A device with its features, a product name, and below it a medium `bsdName` of
 // `size` bytes (no size: 0).
-Entry AtaDevice(std::shared_ptr<Drive> drive, std::string bsdName = "disk0", SInt64 size = 0);
-Entry AhciDevice(std::shared_ptr<Drive> drive, std::string bsdName = "disk0", SInt64 size = 0);
+Entry AtaDevice(Drive drive, std::string bsdName = "disk0", SInt64 size = 0);
+Entry AhciDevice(Drive drive, std::string bsdName = "disk0", SInt64 size = 0);
 
 // What the report says of such a device with a healthy drive.
 struct DeviceLines {
@@ -89,7 +69,7 @@ inline std::string ReportOf(const platform::Machine& machine) {
   return Report(machine.roots, machine.systemVersion);
 }
 
-// A service handle for the first entry of that name, owned by the caller.
+// A service handle for the first entry of that name, owned by the caller; 0: there is none.
 io_service_t ServiceNamed(const char* name);
 
 }  // namespace test

@@ -1,10 +1,11 @@
 // A machine that is recorded and read again: the same report, failures included, and
 // without serial numbers where that is asked for.
+#include "machines/recorded/write_recording.h"
+
 #include <numeric>
 
 #include "machines/recorded/property_list.h"
-#include "machines/recorded/recorded_machine.h"
-#include "machines/recorded/recording.h"
+#include "machines/recorded/read_recording.h"
 #include "tests/support.h"
 #include "tools/mask_serials.h"
 
@@ -14,12 +15,12 @@ using platform::Machine;
 
 Property Recorded(const Machine& machine) {
   return machines::ListingOf(machine, [](const platform::Entry& entry) {
-    return machines::RecordDrive(*entry.drive).answers;
+    return machines::RecordDrive(entry.drive()).answers;
   });
 }
 
 Machine Replayed(const Machine& machine) {
-  return machines::ParseRecordedMachine(machines::WritePropertyList(Recorded(machine)));
+  return machines::ReadRecording(machines::WritePropertyList(Recorded(machine)));
 }
 
 TEST(Recording, GivesTheSameReportAgain) {
@@ -29,12 +30,18 @@ TEST(Recording, GivesTheSameReportAgain) {
       {"t", Text("<&>\xC3\xA9")}, {"n", Integer(-(1LL << 40))}, {"d", {platform::Date{-5}}}};
   machine.roots = {{"Root", "Class", properties, {}, {}},
                    AtaDevice(HealthyDrive(), "disk0", 5000),
-                   AhciDevice(nullptr, "disk1")};
-  for (const char* failing : {"", "O", "E", "S", "D", "T", "I"}) {
-    const auto drive = HealthyDrive();
-    drive->exceeded = true;
-    drive->failing = failing;
-    machine.roots[0].children.push_back(AhciDevice(drive, "disk2", 250059350016));
+                   AhciDevice({}, "disk1")};
+  std::vector<DriveAnswers> drives(8, HealthyAnswers());
+  drives[0].exceeded = true;
+  drives[1].whyNotOpened = "it is gone";
+  drives[2].enables = false;
+  drives[3].exceeded.reset();
+  drives[4].data = {};
+  drives[5].thresholds = {{0x10, 0, 194}, false};
+  drives[6].identify = {};
+  drives[7].data.succeeds = false;
+  for (const DriveAnswers& drive : drives) {
+    machine.roots[0].children.push_back(AhciDevice(DriveOf(drive), "disk2", 250059350016));
   }
   const Machine replayed = Replayed(machine);
   EXPECT_EQ(replayed.systemVersion, 0x1058);

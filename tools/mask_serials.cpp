@@ -16,7 +16,7 @@ using platform::Data;
 using platform::Dictionary;
 using platform::Property;
 
-constexpr std::size_t kIdentifySize = platform::Drive::kBlockSize;
+constexpr std::size_t kIdentifySize = platform::kBlockSize;
 constexpr std::uint8_t kChecksumSignature = 0xA5;
 
 // Words of IDENTIFY DEVICE data, both ends included.

@@ -8,7 +8,7 @@
 #include "base/standard_streams.h"
 #include "machines/linux/sysfs_machine.h"
 #include "machines/recorded/property_list.h"
-#include "machines/recorded/recording.h"
+#include "machines/recorded/write_recording.h"
 #include "tools/mask_serials.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
@@ -26,9 +26,7 @@ const tools::CommandLine kCommandLine = {
 // The name of the medium below a device, such as "sda".
 std::string DiskName(const platform::Entry& device) {
   for (const platform::Entry& medium : device.children) {
-    const platform::Property* name = platform::Find(medium.properties, "BSD Name");
-    const auto* text = name ? std::get_if<std::string>(&name->value) : nullptr;
-    if (text) return *text;
+    if (const std::string* name = platform::FindText(medium.properties, "BSD Name")) return *name;
   }
   return device.name;
 }
@@ -37,7 +35,7 @@ std::string DiskName(const platform::Entry& device) {
 platform::Dictionary Record(const platform::Entry& device) {
   const std::string disk = DiskName(device);
   if (isatty(STDERR_FILENO) != 0) std::fprintf(stderr, "Reading %s\n", disk.c_str());
-  machines::DriveRecording recording = machines::RecordDrive(*device.drive);
+  machines::DriveRecording recording = machines::RecordDrive(device.drive());
   for (const std::string& failure : recording.failures) {
     base::PrintError(kCommandLine.program, std::string(disk).append(": ").append(failure));
   }

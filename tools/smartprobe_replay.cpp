@@ -4,7 +4,7 @@
 
 #include "base/files.h"
 #include "base/standard_streams.h"
-#include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_format.h"
 #include "platform/machine.h"
 #include "probe/pass/start_up.h"
@@ -28,7 +28,7 @@ const tools::CommandLine kCommandLine = {"smartprobe-replay",
 platform::Machine ReadMachine(const std::string& file) {
   const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
   try {
-    return machines::ParseRecordedMachine(bytes);
+    return machines::ReadRecording(bytes);
   } catch (const machines::RecordingError& error) {
     throw std::runtime_error(file + ": " + error.what());
   }

@@ -31,10 +31,10 @@ struct Sense {
   std::optional<ReturnedRegisters> registers = std::nullopt;
 };
 
-// The most of `sense` that its header says is there.
+// `sense` as far as its header says that it is used.
 Bytes Used(Bytes sense) { return sense.first(std::min(sense.size(), kHeaderSize + sense[7])); }
 
-// Nothing: the registers are cut short.
+// nullopt if the registers are cut short.
 std::optional<Sense> ParseDescriptors(Bytes sense) {
   constexpr int kAtaStatusReturn = 0x09;
   constexpr std::size_t kSize = 14;
@@ -120,7 +120,7 @@ StatusAnswer ParseReturnStatus(const CommandResult& result) {
 
 namespace {
 
-using Block = platform::Drive::Block;
+using platform::Block;
 using Cdb = std::array<std::uint8_t, 16>;  // of ATA PASS-THROUGH(16)
 
 constexpr std::uint8_t kNonData = 3 << 1;

@@ -1,31 +1,23 @@
 #include "machines/linux/ata_drive.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
 
 #include "base/descriptor.h"
 #include "machines/linux/ata_commands.h"
+#include "machines/linux/block_device.h"
 #include "machines/linux/drive_blocks.h"
 
 namespace machines {
 namespace {
 
-using Block = platform::Drive::Block;
-
-// The node, opened for reading without waiting for a medium. Not open: it cannot be
-// opened, or is not the block device of that number. The name of a disk that went away
-// may by now be another's, and what lies in the folder may be anything.
-base::Descriptor OpenBlockDevice(const std::filesystem::path& node, dev_t number) {
-  base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  struct stat status {};
-  if (!opened.IsOpen() || fstat(opened.Number(), &status) != 0) return {};
-  if (!S_ISBLK(status.st_mode) || status.st_rdev != number) return {};
-  return opened;
-}
+using platform::Block;
+using platform::DriveAnswers;
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
 
@@ -39,109 +31,72 @@ constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
 constexpr AtaRegisters kEnableOperations = SMARTCommand(0xD8);
 constexpr AtaRegisters kReturnStatus = SMARTCommand(0xDA);
 
-// What a drive told. What did not come has no value.
-struct Answers {
-  std::optional<Block> identify = {}, data = {}, thresholds = {};
-  std::optional<bool> exceeded = {};
-  bool hasSMART = true;
-  std::string failure;  // in words; empty: the drive told all that it must
-};
+// An adapter that has not asked the drive hands out zeros.
+std::optional<Block> ReadAnswer(int node, const AtaRegisters& command) {
+  const std::optional<Block> block = ReadBlock(node, command).block;
+  return block == Block{} ? std::nullopt : block;
+}
+
+platform::BlockAnswer Given(const Block& block) {
+  return {platform::Data(block.begin(), block.end()), true};
+}
 
 // Asks an open node, up to the first failure.
-class Questions {
- public:
-  explicit Questions(int node) : node_(node) {}
+DriveAnswers Ask(int node) {
+  DriveAnswers told;
+  const auto failed = [&told](const char* why) {
+    told.whyNotOpened = why;
+    return told;
+  };
+  std::optional<Block> identify = ReadAnswer(node, kIdentifyDevice);
+  if (!identify) return failed("IDENTIFY DEVICE failed");
+  MakePrintable(*identify);
+  told.identify = Given(*identify);
+  told.enables = !LacksSMART(*identify);
+  if (!told.enables) return told;
 
-  Answers Ask() {
-    if (Identify() && answers_.hasSMART && Enable() && ReturnStatus() && ReadData()) {
-      ReadThresholds();
-    }
-    return std::move(answers_);
-  }
+  const CommandEnd enabling = SendCommand(node, kEnableOperations).end;
+  if (enabling != CommandEnd::kSucceeded) return failed("S.M.A.R.T. cannot be enabled");
 
- private:
-  bool Fail(const char* what) {
-    answers_.failure = what;
-    return false;
-  }
+  const CommandResult condition = SendCommand(node, kReturnStatus, Registers::kWanted);
+  const StatusAnswer status = ParseReturnStatus(condition);
+  if (status == StatusAnswer::kNone) return failed("SMART RETURN STATUS gave no answer");
+  if (status != StatusAnswer::kUnsaid) told.exceeded = status == StatusAnswer::kExceeded;
 
-  // An adapter that has not asked the drive hands out zeros.
-  std::optional<Block> ReadAnswer(const AtaRegisters& command) const {
-    const std::optional<Block> block = ReadBlock(node_, command).block;
-    return block == Block{} ? std::nullopt : block;
-  }
-
-  bool Identify() {
-    answers_.identify = ReadAnswer(kIdentifyDevice);
-    if (!answers_.identify) return Fail("IDENTIFY DEVICE failed");
-    answers_.hasSMART = !LacksSMART(*answers_.identify);
-    MakePrintable(*answers_.identify);
-    return true;
-  }
-
-  bool Enable() {
-    const CommandEnd end = SendCommand(node_, kEnableOperations).end;
-    return end == CommandEnd::kSucceeded || Fail("S.M.A.R.T. cannot be enabled");
-  }
-
-  bool ReturnStatus() {
-    status_ = ParseReturnStatus(SendCommand(node_, kReturnStatus, Registers::kWanted));
-    if (status_ == StatusAnswer::kNone) return Fail("SMART RETURN STATUS gave no answer");
-    if (status_ != StatusAnswer::kUnsaid) answers_.exceeded = status_ == StatusAnswer::kExceeded;
-    return true;
-  }
-
-  bool ReadData() {
-    answers_.data = ReadAnswer(kReadData);
-    return answers_.data || Fail("SMART READ DATA failed");
-  }
+  const std::optional<Block> data = ReadAnswer(node, kReadData);
+  if (!data) return failed("SMART READ DATA failed");
+  told.data = Given(*data);
 
   // Newer standards let a drive do without them. One that is gone has refused nothing.
-  bool ReadThresholds() {
-    const BlockResult result = ReadBlock(node_, kReadThresholds);
-    if (result.end == CommandEnd::kFailed) return Fail("SMART READ THRESHOLDS failed");
-    answers_.thresholds = result.block;
-    if (status_ != StatusAnswer::kUnsaid) return true;
-    if (result.block) answers_.exceeded = ExceededCondition(*answers_.data, *result.block);
-    return answers_.exceeded ||
-           Fail("SMART RETURN STATUS gave no registers, and no thresholds tell");
+  const BlockResult thresholds = ReadBlock(node, kReadThresholds);
+  if (thresholds.end == CommandEnd::kFailed) return failed("SMART READ THRESHOLDS failed");
+  if (thresholds.block) told.thresholds = Given(*thresholds.block);
+  if (status == StatusAnswer::kUnsaid && thresholds.block) {
+    told.exceeded = ExceededCondition(*data, *thresholds.block);
   }
+  if (told.exceeded) return told;
+  return failed("SMART RETURN STATUS gave no registers, and no thresholds tell");
+}
 
-  int node_;
-  Answers answers_;
-  StatusAnswer status_ = StatusAnswer::kNone;
-};
-
-class AtaDrive : public platform::Drive {
- public:
-  AtaDrive(std::filesystem::path node, std::optional<dev_t> number)
-      : path_(std::move(node)), number_(number) {}
-
-  bool Open() override {
-    answers_ = {.failure = "its device node cannot be opened"};
-    if (!number_) return false;
-    const base::Descriptor node = OpenBlockDevice(path_, *number_);
-    if (node.IsOpen()) answers_ = Questions(node.Number()).Ask();
-    return answers_.failure.empty();
+// Opens the node for reading, without waiting for a medium. The name of a disk that went away
+// may by now be another's, and what lies in the folder may be anything.
+DriveAnswers OpenAndAsk(const std::filesystem::path& node, std::optional<dev_t> number) {
+  DriveAnswers none;
+  const base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!opened.IsOpen()) {
+    none.whyNotOpened = std::string("its device node cannot be opened: ") + strerror(errno);
+  } else if (!number || BlockDeviceNumber(opened.Number()) != number) {
+    none.whyNotOpened = "its device node is not known to be the disk's";
+  } else {
+    return Ask(opened.Number());
   }
-  std::string OpenFailure() const override { return answers_.failure; }
-  bool Enable(bool enable) override { return enable && answers_.hasSMART; }
-  std::optional<bool> ReturnStatus() override { return answers_.exceeded; }
-  std::optional<Block> ReadData() override { return answers_.data; }
-  std::optional<Block> ReadThresholds() override { return answers_.thresholds; }
-  std::optional<Block> Identify() override { return answers_.identify; }
-
- private:
-  std::filesystem::path path_;
-  std::optional<dev_t> number_;
-  Answers answers_;
-};
+  return none;
+}
 
 }  // namespace
 
-std::shared_ptr<platform::Drive> MakeAtaDrive(std::filesystem::path node,
-                                              std::optional<dev_t> number) {
-  return std::make_shared<AtaDrive>(std::move(node), number);
+platform::Drive MakeAtaDrive(std::filesystem::path node, std::optional<dev_t> number) {
+  return [node = std::move(node), number] { return OpenAndAsk(node, number); };
 }
 
 }  // namespace machines

@@ -10,7 +10,7 @@
 namespace machines {
 namespace {
 
-using Block = platform::Drive::Block;
+using platform::Block;
 
 struct Field {
   std::size_t offset, size;
@@ -62,12 +62,6 @@ void MakePrintable(Block& identify) {
     const auto field = std::span(identify).subspan(offset, size);
     std::ranges::replace_if(field, isOdd, '?');
   }
-}
-
-// A parallel drive has zeros or all ones where a serial one has its capabilities.
-bool IsSerialATA(const Block& identify) {
-  const std::uint16_t capabilities = Word(identify, 76);
-  return capabilities != 0x0000 && capabilities != 0xFFFF;
 }
 
 namespace {

@@ -11,33 +11,30 @@
 namespace machines {
 
 // The IDENTIFY DEVICE data in an ATA Information page (89h of the vital product data).
-// `page` is whole, from its header on. Nothing: the page is too short or another, the data are
+// `page` is whole, from its header on. nullopt if the page is too short or another, the data are
 // zeros, or they are those of a packet device such as an optical drive.
-std::optional<platform::Drive::Block> FindIdentifyData(std::string_view page);
+std::optional<platform::Block> FindIdentifyData(std::string_view page);
 
 // The model number, in reading order and printable: at most 40 characters of ASCII without the
 // padding, or none.
-std::string ModelNumber(const platform::Drive::Block& identify);
+std::string ModelNumber(const platform::Block& identify);
 
 // Whether the drive says that it has no S.M.A.R.T. False is no promise that it has: old drives do
 // not say.
-bool LacksSMART(const platform::Drive::Block& identify);
+bool LacksSMART(const platform::Block& identify);
 
 // Puts a question mark in the place of each byte of serial number and revision that is
 // neither printable ASCII nor NUL: a line feed there would break a report. NULs stay, as the
 // padding of some drives. All else of the block stays as well, so its checksum may be wrong now.
-void MakePrintable(platform::Drive::Block& identify);
-
-// Whether the drive itself has a serial interface; a bridge before it may have another.
-bool IsSerialATA(const platform::Drive::Block& identify);
+void MakePrintable(platform::Block& identify);
 
 // The threshold-exceeded condition as the standard defines it, for drives whose own answer does
 // not come through. True: the normalized value of a pre-failure attribute is at or below its
 // threshold. Each threshold is paired with the first attribute of its identifier that has a value,
-// as in the report, so that the condition holds exactly where a pre-failure line warns. Nothing:
+// as in the report, so that the condition holds exactly where a pre-failure line warns. nullopt if
 // the blocks have no such pair, so that nothing is known. A value of 0 is no value. The blocks are
 // as the drive sends them: the probe's byte-order pass moves the bit that marks pre-failure.
-std::optional<bool> ExceededCondition(const platform::Drive::Block& data,
-                                      const platform::Drive::Block& thresholds);
+std::optional<bool> ExceededCondition(const platform::Block& data,
+                                      const platform::Block& thresholds);
 
 }  // namespace machines

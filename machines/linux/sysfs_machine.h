@@ -8,8 +8,8 @@
 
 namespace machines {
 
-// The host's ATA disks, each below an entry of its port and above one of its medium, in
-// the kernel's order of naming. Their drives open the disks' nodes in `dev` when the
+// The host's ATA disks, each above an entry of its medium, in the kernel's order of naming. Their
+// drives open the disks' nodes in `dev` when the
 // probe asks for them. Of what `sysfs` does not tell, a size is left out, a model is empty,
 // and S.M.A.R.T. is taken to be supported. A host without such disks is a root alone, and so is
 // one whose `sysfs` cannot be read; a disk that goes away meanwhile is left out. Throws nothing

@@ -13,7 +13,6 @@ namespace {
 
 using platform::Array;
 using platform::Dictionary;
-using platform::KeyedProperty;
 using platform::Property;
 
 // What walks the finished values, such as their destruction, calls itself for each level.
@@ -27,16 +26,6 @@ constexpr auto kElements =
                                      "array", "real", "date", "plist"});
 
 std::string Tag(std::string_view name) { return "<" + Excerpt(name) + ">"; }
-
-// Sorting finds a key that is there twice; unlike hashing, it has no bad case.
-void CheckKeys(const Dictionary& dictionary) {
-  std::vector<std::string_view> keys(dictionary.size());
-  std::ranges::transform(dictionary, keys.begin(), &KeyedProperty::key);
-  std::ranges::sort(keys);
-  const auto twice = std::ranges::adjacent_find(keys);
-  if (twice == keys.end()) return;
-  throw RecordingError("a <dict> ends that has the <key> \"" + Excerpt(*twice) + "\" twice");
-}
 
 }  // namespace
 
@@ -75,8 +64,8 @@ void ElementStack::CheckPlace(std::string_view name) const {
   const bool isKey = name == "key";
   const bool inDictionary = std::holds_alternative<Dictionary>(parent.value.value);
   if (isKey && !inDictionary) throw RecordingError("<key> outside <dict>");
-  if (isKey && parent.keyPending) throw RecordingError("a second <key> where a value is due");
-  if (!isKey && inDictionary && !parent.keyPending) {
+  if (isKey && parent.due != nullptr) throw RecordingError("a second <key> where a value is due");
+  if (!isKey && inDictionary && parent.due == nullptr) {
     throw RecordingError(Tag(name) + " where a <key> is due");
   }
 }
@@ -96,8 +85,7 @@ void ElementStack::End() {
   }
   Container ended = std::move(open_.back());
   open_.pop_back();
-  if (ended.keyPending) throw RecordingError("a <key> without a value");
-  if (const auto* dictionary = std::get_if<Dictionary>(&ended.value.value)) CheckKeys(*dictionary);
+  if (ended.due != nullptr) throw RecordingError("a <key> without a value");
   if (!open_.empty()) {
     Put(std::move(ended.value));
     return;
@@ -110,8 +98,7 @@ void ElementStack::End() {
 void ElementStack::EndLeaf() {
   const std::string_view leaf = std::exchange(leaf_, {});
   if (leaf == "key") {
-    std::get<Dictionary>(open_.back().value.value).push_back({text_, {}});
-    open_.back().keyPending = true;
+    AddKey(open_.back());
     return;
   }
   std::optional<Property> value = ParseLeaf(leaf, text_);
@@ -119,12 +106,18 @@ void ElementStack::EndLeaf() {
   Put(std::move(*value));
 }
 
+void ElementStack::AddKey(Container& dictionary) {
+  const auto [key, isNew] =
+      std::get<Dictionary>(dictionary.value.value).try_emplace(std::move(text_));
+  if (!isNew) throw RecordingError("the <key> \"" + Excerpt(key->first) + "\" twice in a <dict>");
+  dictionary.due = &key->second;
+}
+
 // Puts a finished value into the innermost container.
 void ElementStack::Put(Property value) {
   Container& parent = open_.back();
-  if (auto* dictionary = std::get_if<Dictionary>(&parent.value.value)) {
-    dictionary->back().value = std::move(value);
-    parent.keyPending = false;
+  if (parent.due != nullptr) {
+    *std::exchange(parent.due, nullptr) = std::move(value);
   } else {
     std::get<Array>(parent.value.value).push_back(std::move(value));
   }

@@ -34,11 +34,12 @@ class ElementStack {
   struct Container {
     std::string_view name;
     platform::Property value;
-    bool keyPending = false;  // of a dictionary: its last key waits for its value
+    platform::Property* due = nullptr;  // of a dictionary: what the last key waits for
   };
 
   void CheckPlace(std::string_view name) const;
   void EndLeaf();
+  void AddKey(Container& dictionary);
   void Put(platform::Property value);
 
   std::vector<Container> open_;

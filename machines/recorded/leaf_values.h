@@ -10,8 +10,8 @@
 
 namespace machines {
 
-// The value of the element `name` with this text, whose line ends are LF. Nothing for another
-// element and for a text that is not exactly of the element's form:
+// The value of the element `name` with this text, whose line ends are LF. nullopt if it is
+// another element, or the text is not exactly of the element's form:
 // - <string>: any; <true> and <false>: none at all;
 // - <integer>: an optional sign, then decimal figures or 0x and hexadecimal ones; -2^63 to
 //   2^64-1, and from 2^63 up the two's complement of a negative number;

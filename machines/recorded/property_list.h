@@ -1,5 +1,5 @@
 // XML property lists as the platform's values, and back. What the keys of a recorded
-// machine mean is told in recording_format.h and recorded_machine.h.
+// machine mean is told in recording_format.h and read_recording.h.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ namespace machines {
 // dictionaries hold no key twice. Throws RecordingError, with the line of the fault where it has
 // one, for what is not well-formed or is no property list, declares anything in its document type,
 // or has a reference that cannot be resolved.
-platform::Property ParsePropertyList(std::string_view file);
+platform::Property ReadPropertyList(std::string_view file);
 
 // An XML property list of `property`. Throws RecordingError for what it cannot hold: a text that is
 // not UTF-8 or has a character that XML does not give back (control characters but tab and line

@@ -196,7 +196,7 @@ std::string Parser::Explanation() const {
 
 }  // namespace
 
-Property ParsePropertyList(std::string_view file) {
+Property ReadPropertyList(std::string_view file) {
   if (file.empty()) throw RecordingError("the file is empty");
   if (file.starts_with("bplist")) {
     throw RecordingError("a binary property list; plistutil -i FILE -o FILE.xml converts it");

@@ -1,7 +1,7 @@
-#include "machines/recorded/recorded_machine.h"
+#include "machines/recorded/read_recording.h"
 
 #include <algorithm>
-#include <memory>
+#include <array>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -14,11 +14,14 @@
 namespace machines {
 namespace {
 
+constexpr auto kDriveKeys = std::to_array<std::string_view>(
+    {kDataKey, kThresholdsKey, kIdentifyKey, kExceededKey, kEnableFailsKey, kQueryFailsKey,
+     kDataFailsKey, kThresholdsFailsKey});
+
 using platform::Array;
 using platform::Data;
 using platform::Dictionary;
 using platform::Entry;
-using platform::KeyedProperty;
 using platform::Property;
 
 template <typename Type>
@@ -29,83 +32,69 @@ constexpr const char* TypeName() {
   return std::is_same_v<Type, Array> ? "an <array>" : "a <dict>";
 }
 
-// The value of a key that has one type only. Throws RecordingError when it is of another.
+// A value that has one type only. Throws RecordingError when it is of another.
 template <typename Type>
-Type& TypedValue(KeyedProperty& keyed) {
-  if (Type* value = std::get_if<Type>(&keyed.value.value)) return *value;
-  throw RecordingError(Excerpt(keyed.key) + " is not " + TypeName<Type>());
+Type& TypedValue(std::string_view key, Property& property) {
+  if (Type* value = std::get_if<Type>(&property.value)) return *value;
+  throw RecordingError(Excerpt(key) + " is not " + TypeName<Type>());
 }
 
-// What was not recorded has no value. Data stay as short as they are in the file, which
-// may hold many drives.
-struct RecordedDrive final : platform::Drive {
-  bool Open() override { return !queryFails; }
-  bool Enable(bool) override { return !enableFails; }
-  std::optional<bool> ReturnStatus() override { return thresholdExceeded; }
-  std::optional<Block> ReadData() override { return Filled(data); }
-  std::optional<Block> ReadThresholds() override { return Filled(thresholds); }
-  std::optional<Block> Identify() override { return Filled(identify); }
-
-  static std::optional<Block> Filled(const std::optional<Data>& recorded) {
-    if (!recorded) return std::nullopt;
-    Block block{};
-    std::ranges::copy(*recorded, block.begin());
-    return block;
-  }
-
-  std::optional<Data> data;
-  std::optional<Data> thresholds;
-  std::optional<Data> identify;
-  std::optional<bool> thresholdExceeded;
-  bool enableFails = false;
-  bool queryFails = false;
-};
-
-Data MoveBlock(KeyedProperty& recorded) {
-  constexpr std::size_t kMaxLength = platform::Drive::kBlockSize;
-  Data& bytes = TypedValue<Data>(recorded);
-  if (bytes.size() > kMaxLength) {
-    throw RecordingError(recorded.key + " is longer than " + std::to_string(kMaxLength) + " bytes");
+Data MoveBlock(std::string_view key, Property& recorded) {
+  Data& bytes = TypedValue<Data>(key, recorded);
+  if (bytes.size() > platform::kBlockSize) {
+    throw RecordingError(std::string(key) + " is longer than " +
+                         std::to_string(platform::kBlockSize) + " bytes");
   }
   return std::move(bytes);
 }
 
-void MoveAnswer(KeyedProperty& recorded, RecordedDrive& drive) {
-  const std::string& key = recorded.key;
-  if (key == kDataKey) {
-    drive.data = MoveBlock(recorded);
-  } else if (key == kThresholdsKey) {
-    drive.thresholds = MoveBlock(recorded);
-  } else if (key == kIdentifyKey) {
-    drive.identify = MoveBlock(recorded);
-  } else if (key == kExceededKey) {
-    drive.thresholdExceeded = TypedValue<bool>(recorded);
-  } else if (key == kEnableFailsKey) {
-    drive.enableFails = TypedValue<bool>(recorded);
-  } else if (key == kQueryFailsKey) {
-    drive.queryFails = TypedValue<bool>(recorded);
-  } else {
-    throw RecordingError("unknown key " + Excerpt(key));
+bool Flag(Dictionary& recorded, std::string_view key) {
+  const auto found = recorded.find(key);
+  return found != recorded.end() && TypedValue<bool>(key, found->second);
+}
+
+// What was not recorded fails. Data stay as short as they are in the file, which may hold many
+// drives.
+platform::BlockAnswer MoveBlockAnswer(Dictionary& recorded, std::string_view key, bool fails) {
+  const auto found = recorded.find(key);
+  if (found == recorded.end()) return {};
+  return {MoveBlock(key, found->second), !fails};
+}
+
+void CheckKeys(const Dictionary& recorded) {
+  for (const auto& [key, property] : recorded) {
+    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end()) {
+      throw RecordingError("unknown key " + Excerpt(key));
+    }
   }
 }
 
-std::shared_ptr<platform::Drive> MakeDrive(Dictionary& recorded) {
-  auto drive = std::make_shared<RecordedDrive>();
+platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
+  CheckKeys(recorded);
+  platform::DriveAnswers answers;
+  answers.data = MoveBlockAnswer(recorded, kDataKey, Flag(recorded, kDataFailsKey));
+  answers.thresholds =
+      MoveBlockAnswer(recorded, kThresholdsKey, Flag(recorded, kThresholdsFailsKey));
+  answers.identify = MoveBlockAnswer(recorded, kIdentifyKey, false);
+  if (recorded.contains(kExceededKey)) answers.exceeded = Flag(recorded, kExceededKey);
+  answers.enables = !Flag(recorded, kEnableFailsKey);
+  if (Flag(recorded, kQueryFailsKey)) answers.whyNotOpened = "it was not opened when recorded";
+  return answers;
+}
+
+platform::Drive MakeDrive(Dictionary& recorded) {
   try {
-    for (KeyedProperty& keyed : recorded) MoveAnswer(keyed, *drive);
+    return [answers = MoveAnswers(recorded)] { return answers; };
   } catch (const RecordingError& error) {
     throw RecordingError(std::string("RecordedDrive: ") + error.what());
   }
-  return drive;
 }
 
-// Empty when there is none. An entry's name is copied, not moved, so that it is still
-// there for the paths of the entries that follow.
+// Empty when there is none.
 std::string_view NameOf(const Property& entry) {
   const auto* dictionary = std::get_if<Dictionary>(&entry.value);
-  const Property* name = dictionary ? platform::Find(*dictionary, kNameKey) : nullptr;
-  const auto* text = name ? std::get_if<std::string>(&name->value) : nullptr;
-  return text ? std::string_view(*text) : std::string_view();
+  const std::string* name = dictionary ? platform::FindText(*dictionary, kNameKey) : nullptr;
+  return name ? std::string_view(*name) : std::string_view();
 }
 
 // An entry among its siblings, such as "/PCI0" or "/Port (child 2)".
@@ -117,23 +106,33 @@ std::string PathStep(const Array& siblings, std::size_t index) {
   return "/" + Excerpt(name) + (isOnly ? "" : " (" + position + ")");
 }
 
-// Moves the contents of `source` into `entry`, but copies the name. Returns the children.
+// Removes the value under `key` and returns it; empty where there is none.
+template <typename Type>
+Type Take(Dictionary& dictionary, std::string_view key) {
+  const auto found = dictionary.find(key);
+  if (found == dictionary.end()) return {};
+  Type value = std::move(TypedValue<Type>(key, found->second));
+  dictionary.erase(found);
+  return value;
+}
+
+// Moves the contents of `source` into `entry` and returns the children. The name stays in `source`
+// too, for the paths of the entries that follow.
 Array MoveContents(Property& source, Entry& entry) {
   auto* dictionary = std::get_if<Dictionary>(&source.value);
   if (dictionary == nullptr) throw RecordingError("not a <dict>");
-  Array children;
-  for (KeyedProperty& keyed : *dictionary) {
-    if (keyed.key == kChildrenKey) {
-      children = std::move(TypedValue<Array>(keyed));
-    } else if (keyed.key == kNameKey) {
-      entry.name = TypedValue<std::string>(keyed);
-    } else if (keyed.key == kClassKey) {
-      entry.className = std::move(TypedValue<std::string>(keyed));
-    } else if (keyed.key == kDriveKey) {
-      entry.drive = MakeDrive(TypedValue<Dictionary>(keyed));
-    } else {
-      entry.properties.push_back(std::move(keyed));
-    }
+  if (const auto name = dictionary->find(kNameKey); name != dictionary->end()) {
+    entry.name = TypedValue<std::string>(kNameKey, name->second);
+  }
+  entry.className = Take<std::string>(*dictionary, kClassKey);
+  Array children = Take<Array>(*dictionary, kChildrenKey);
+  if (const auto drive = dictionary->find(kDriveKey); drive != dictionary->end()) {
+    entry.drive = MakeDrive(TypedValue<Dictionary>(kDriveKey, drive->second));
+    dictionary->erase(drive);
+  }
+  entry.properties.swap(*dictionary);
+  if (auto name = entry.properties.extract(std::string(kNameKey))) {
+    dictionary->insert(std::move(name));
   }
   return children;
 }
@@ -168,28 +167,28 @@ Array Roots(Property list) {
   return roots;
 }
 
-// Removes the figures at the start of `text`. Gives their number, at most `max`, if there are any.
-std::optional<SInt32> ParseFigures(std::string_view& text, SInt32 max) {
+// Removes the digits at the start of `text`. Gives their number, at most `max`, if there are any.
+std::optional<SInt32> PopNumber(std::string_view& text, SInt32 max) {
   const auto length = std::min(text.find_first_not_of("0123456789"), text.size());
   if (length == 0) return std::nullopt;
   SInt32 number = 0;
-  for (const char figure : text.substr(0, length)) {
-    number = std::min(number * 10 + (figure - '0'), max);
+  for (const char digit : text.substr(0, length)) {
+    number = std::min(number * 10 + (digit - '0'), max);
   }
   text.remove_prefix(length);
   return number;
 }
 
 // "10.5.8" as 0x1058: one to three figures, the first at most 99; each of the others is
-// one digit, 9 when it is larger. Nothing for any other text.
+// one digit, 9 when it is larger. nullopt if it is any other text.
 std::optional<SInt32> ParseVersion(std::string_view text) {
-  const auto first = ParseFigures(text, 100);
+  const auto first = PopNumber(text, 100);
   if (!first || *first > 99) return std::nullopt;
   SInt32 version = (*first / 10) << 12 | (*first % 10) << 8;
   for (int shift = 4; shift >= 0 && !text.empty(); shift -= 4) {
     if (!text.starts_with('.')) return std::nullopt;
     text.remove_prefix(1);
-    const auto other = ParseFigures(text, 9);
+    const auto other = PopNumber(text, 9);
     if (!other) return std::nullopt;
     version |= *other << shift;
   }
@@ -199,20 +198,18 @@ std::optional<SInt32> ParseVersion(std::string_view text) {
 // The product version that the first root has is the machine's, and none of its properties.
 void MoveVersion(platform::Machine& machine) {
   Dictionary& properties = machine.roots.front().properties;
-  const auto found = std::ranges::find(properties, kVersionKey, &KeyedProperty::key);
-  if (found == properties.end()) return;
-  const auto& text = TypedValue<std::string>(*found);
+  if (!properties.contains(kVersionKey)) return;
+  const auto text = Take<std::string>(properties, kVersionKey);
   const auto version = ParseVersion(text);
   if (!version) throw RecordingError("ProductVersion \"" + Excerpt(text) + "\" is no version");
   machine.systemVersion = *version;
-  properties.erase(found);
 }
 
 }  // namespace
 
-platform::Machine ParseRecordedMachine(std::string_view file) {
+platform::Machine ReadRecording(std::string_view file) {
   if (file.size() > kMaxRecordingSize) throw RecordingError("the file is larger than 64 MiB");
-  Array roots = Roots(ParsePropertyList(file));
+  Array roots = Roots(ReadPropertyList(file));
   platform::Machine machine;
   machine.roots = MakeEntries(roots);
   if (machine.roots.empty()) return machine;

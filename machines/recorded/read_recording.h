@@ -15,6 +15,6 @@ inline constexpr std::size_t kMaxRecordingSize = std::size_t{64} << 20;
 
 // The machine in the text of a recording. Throws RecordingError for a larger one and for
 // anything that is no recorded machine, with the line of the file or the path of the entry.
-platform::Machine ParseRecordedMachine(std::string_view file);
+platform::Machine ReadRecording(std::string_view file);
 
 }  // namespace machines

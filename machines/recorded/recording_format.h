@@ -24,6 +24,8 @@ inline constexpr std::string_view kIdentifyKey = "Identify";
 inline constexpr std::string_view kExceededKey = "ThresholdExceeded";
 inline constexpr std::string_view kEnableFailsKey = "EnableFails";
 inline constexpr std::string_view kQueryFailsKey = "QueryFails";
+inline constexpr std::string_view kDataFailsKey = "DataFails";
+inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
 
 // What is wrong with a recording, and where. what() is one line of printable UTF-8,
 // whatever the file put into it.

@@ -1,6 +1,5 @@
-#include "machines/recorded/recording.h"
+#include "machines/recorded/write_recording.h"
 
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -10,44 +9,44 @@ namespace machines {
 namespace {
 
 using platform::Array;
+using platform::BlockAnswer;
 using platform::Dictionary;
-using platform::Drive;
 using platform::Entry;
 
-void Put(Dictionary& dictionary, std::string_view key, platform::Property value) {
-  dictionary.push_back({std::string(key), std::move(value)});
+template <typename Value>
+void Put(Dictionary& dictionary, std::string_view key, Value value) {
+  dictionary[std::string(key)].value = std::move(value);
 }
 
-void PutBlock(DriveRecording& recording, std::string_view key, const char* command,
-              const std::optional<Drive::Block>& block) {
-  if (block) {
-    Put(recording.answers, key, {platform::Data(block->begin(), block->end())});
-  } else {
-    recording.failures.push_back(std::string(command) + " failed");
-  }
+// A block that a failed read has left stands beside the failure.
+void PutBlock(Dictionary& recorded, std::string_view key, std::string_view failsKey,
+              const BlockAnswer& block) {
+  if (block.succeeds || !block.bytes.empty()) Put(recorded, key, block.bytes);
+  if (!block.succeeds && !block.bytes.empty()) Put(recorded, failsKey, true);
 }
 
-void RecordAnswers(Drive& drive, DriveRecording& recording) {
-  if (const std::optional<bool> exceeded = drive.ReturnStatus()) {
-    Put(recording.answers, kExceededKey, {*exceeded});
-  } else {
-    recording.failures.emplace_back("SMART RETURN STATUS failed");
-  }
-  PutBlock(recording, kDataKey, "SMART READ DATA", drive.ReadData());
-  PutBlock(recording, kThresholdsKey, "SMART READ THRESHOLDS", drive.ReadThresholds());
-  PutBlock(recording, kIdentifyKey, "IDENTIFY DEVICE", drive.Identify());
+std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers) {
+  if (!answers.whyNotOpened.empty()) return {answers.whyNotOpened};
+  if (!answers.enables) return {"S.M.A.R.T. cannot be enabled"};
+  std::vector<std::string> failures;
+  if (!answers.exceeded) failures.emplace_back("SMART RETURN STATUS failed");
+  if (!answers.data.succeeds) failures.emplace_back("SMART READ DATA failed");
+  if (!answers.thresholds.succeeds) failures.emplace_back("SMART READ THRESHOLDS failed");
+  if (!answers.identify.succeeds) failures.emplace_back("IDENTIFY DEVICE failed");
+  return failures;
 }
 
 Dictionary ListEntry(const Entry& entry, const DriveRecorder& record) {
   Dictionary listed;
-  if (!entry.name.empty()) Put(listed, kNameKey, {entry.name});
-  if (!entry.className.empty()) Put(listed, kClassKey, {entry.className});
-  listed.insert(listed.end(), entry.properties.begin(), entry.properties.end());
-  if (entry.drive) Put(listed, kDriveKey, {record(entry)});
+  if (!entry.name.empty()) Put(listed, kNameKey, entry.name);
+  if (!entry.className.empty()) Put(listed, kClassKey, entry.className);
+  listed.insert(entry.properties.begin(), entry.properties.end());
+  if (entry.drive) Put(listed, kDriveKey, record(entry));
   if (entry.children.empty()) return listed;
   Array children;
-  for (const Entry& child : entry.children) children.push_back({ListEntry(child, record)});
-  Put(listed, kChildrenKey, {std::move(children)});
+  for (const Entry& child : entry.children)
+    children.emplace_back().value = ListEntry(child, record);
+  Put(listed, kChildrenKey, std::move(children));
   return listed;
 }
 
@@ -60,27 +59,23 @@ std::string ProductVersion(SInt32 systemVersion) {
 
 }  // namespace
 
-DriveRecording RecordDrive(Drive& drive) {
-  DriveRecording recording;
-  const bool isOpen = drive.Open();
-  const bool isEnabled = isOpen && drive.Enable(true);
-  RecordAnswers(drive, recording);
-  if (!isOpen) {
-    Put(recording.answers, kQueryFailsKey, {true});
-    recording.failures = {drive.OpenFailure()};
-  } else if (!isEnabled) {
-    Put(recording.answers, kEnableFailsKey, {true});
-    recording.failures = {"S.M.A.R.T. cannot be enabled"};
-  }
-  return recording;
+DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
+  Dictionary recorded;
+  if (!answers.whyNotOpened.empty()) Put(recorded, kQueryFailsKey, true);
+  if (!answers.enables) Put(recorded, kEnableFailsKey, true);
+  if (answers.exceeded) Put(recorded, kExceededKey, *answers.exceeded);
+  PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);
+  PutBlock(recorded, kThresholdsKey, kThresholdsFailsKey, answers.thresholds);
+  if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
+  return {std::move(recorded), FailuresOf(answers)};
 }
 
 platform::Property ListingOf(const platform::Machine& machine, const DriveRecorder& record) {
   Array roots;
-  for (const Entry& root : machine.roots) roots.push_back({ListEntry(root, record)});
-  if (roots.empty()) roots.push_back({Dictionary()});
+  for (const Entry& root : machine.roots) roots.emplace_back().value = ListEntry(root, record);
+  if (roots.empty()) roots.emplace_back().value = Dictionary();
   auto& first = std::get<Dictionary>(roots.front().value);
-  first.insert(first.begin(), {std::string(kVersionKey), {ProductVersion(machine.systemVersion)}});
+  Put(first, kVersionKey, ProductVersion(machine.systemVersion));
   if (roots.size() == 1) return std::move(roots.front());
   return {std::move(roots)};
 }

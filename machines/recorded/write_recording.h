@@ -1,4 +1,4 @@
-// The making of a recording: a machine as the property list from which recorded_machine.h
+// The making of a recording: a machine as the property list from which read_recording.h
 // makes the same machine again. Its text is written by property_list.h.
 #pragma once
 
@@ -15,10 +15,9 @@ struct DriveRecording {
   std::vector<std::string> failures;  // what the drive did not answer, in words
 };
 
-// Opens the drive and asks it for all that a pass asks for, each once. What fails is
-// recorded so that it fails again. Of a drive that cannot be opened or enabled what came
-// all the same is recorded too: such recordings are what people send.
-DriveRecording RecordDrive(platform::Drive& drive);
+// What fails is recorded so that it fails again. Of a drive that cannot be opened or enabled what
+// came all the same is recorded too: such recordings are what people send.
+DriveRecording RecordDrive(const platform::DriveAnswers& answers);
 
 // Gives the RecordedDrive of an entry that has a drive.
 using DriveRecorder = std::function<platform::Dictionary(const platform::Entry&)>;

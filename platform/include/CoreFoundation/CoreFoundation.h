@@ -102,7 +102,7 @@ Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
 // The encoding of 8-bit text; here it is UTF-8.
 CFStringEncoding CFStringGetSystemEncoding(void);
 
-// A string of these bytes. Null where they are no text in the encoding; UTF-8 and ASCII are known.
+// A string of these bytes. Null where they are no text in the encoding; here UTF-8 alone is known.
 CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef allocator, CFDataRef data,
                                                      CFStringEncoding encoding);
 

@@ -15,8 +15,8 @@ typedef CFUUIDBytes REFIID;
 // An interface is a pointer to the pointer to its functions, whose first argument it is. The caller
 // owns one reference to an interface that it is given; AddRef makes one more, Release gives one
 // back, and both return how many there are then. With the last the interface is freed, and to use
-// it is misuse. QueryInterface stores another interface of the same object; a result other than
-// S_OK, and nothing stored, where it has none.
+// it is misuse. QueryInterface stores another interface of the same object. A result other than
+// S_OK: it has none. For an interface that it does not know null is stored then, and else nothing.
 typedef struct IOCFPlugInInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
@@ -32,13 +32,15 @@ typedef struct IOCFPlugInInterface {
 extern "C" {
 
 // Stores the plug-in of the user client of `service`, which is borrowed, and a score of 0. Fails,
-// with both as they were, where the entry has no such user client.
+// with both as they were, where the entry has no such user client or another has opened it: a
+// device has one client at a time.
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore);
 
-// Gives back the caller's reference. Interfaces that the plug-in gave stay.
+// Gives back the caller's reference. The interfaces that the plug-in gave end, whatever references
+// there are to them.
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface **interface);
 
 }  // extern "C"

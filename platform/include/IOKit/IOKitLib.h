@@ -32,12 +32,12 @@ extern "C" {
 CFMutableDictionaryRef IOServiceNameMatching(const char *name);
 CFMutableDictionaryRef IOServiceMatching(const char *name);
 
-// Stores an iterator over the entries that match now, an entry before its children. That none
-// matches is no failure. Releases `matching`, also when it fails.
+// Stores an iterator over the entries that match now, an entry before its children; 0 where none
+// matches, which is no failure. Releases `matching`, also when it fails.
 kern_return_t IOServiceGetMatchingServices(mach_port_t masterPort, CFDictionaryRef matching,
                                            io_iterator_t *existing);
 
-// The next entry. 0 at the end, and then at every call.
+// The next entry. 0 at the end, and then at every call, and for the iterator 0.
 io_object_t IOIteratorNext(io_iterator_t iterator);
 
 // Releases an entry or an iterator.

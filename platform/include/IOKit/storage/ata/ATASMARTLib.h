@@ -16,19 +16,23 @@ typedef struct ATASMARTDataThresholds {
 enum { kIOATAFeatureSMART = 0x20 };  // of a device's "ATA Features"
 
 // The first four members are those of every interface. Each of the others stands for a command to
-// the drive, whose end it waits for; here the machine's Drive answers. A result other than
-// kIOReturnSuccess leaves the outputs as they were.
+// the drive, whose end it waits for; here the machine tells what it answers. A result other than
+// kIOReturnSuccess leaves the outputs as they were, unless more is said.
 typedef struct IOATASMARTInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
   ULONG (*AddRef)(void *self);
   ULONG (*Release)(void *self);
+  // Enables for 1 and disables for any other value: the next three fail then.
   IOReturn (*SMARTEnableDisableOperations)(void *interface, Boolean enable);
   // Stores 1 when a threshold is exceeded, else 0.
   IOReturn (*SMARTReturnStatus)(void *interface, Boolean *exceededCondition);
+  // Both write the 512 bytes of the block. A failed one may have written none, a part or all of
+  // them.
   IOReturn (*SMARTReadData)(void *interface, ATASMARTData *data);
   IOReturn (*SMARTReadDataThresholds)(void *interface, ATASMARTDataThresholds *data);
-  // Writes the first `inSize` of the 512 bytes, words low byte first, and stores how many.
+  // Writes the first `inSize` of the 512 bytes, words low byte first, and stores how many. Refuses
+  // a size of 0 or above 512.
   IOReturn (*GetATAIdentifyData)(void *interface, void *buffer, UInt32 inSize, UInt32 *outSize);
 } IOATASMARTInterface;
 
