@@ -3,11 +3,12 @@
 #include "machines/recorded/read_recording.h"
 
 #include <sys/resource.h>
-#include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "machines/recorded/recording_format.h"
+#include "probe/pass/start_up.h"
 #include "tests/support.h"
 
 namespace {
@@ -30,6 +31,11 @@ std::string Children(const std::string& entries) {
 std::string DriveOf(const std::string& pairs) {
   const std::string drive = "<key>RecordedDrive</key><dict>" + pairs + "</dict>";
   return List(Named("Root", Children(Named("PCI0", Children(Named("PRT0", drive))))));
+}
+std::string Keys(int count) {
+  std::string keys;
+  for (int i = 0; i < count; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
+  return keys;
 }
 std::string Nested(std::size_t levels) {
   return Value(Repeated(levels - 1, "<array>") + Repeated(levels - 1, "</array>"));
@@ -158,13 +164,30 @@ std::string Largest(const std::string& before, const std::string& filling,
   return before + Repeated(room / filling.size(), filling) + after;
 }
 
-// Ends a process of its own, with status 0 when the file was read and 1 when it was refused, within
-// that memory and a time that is many times what the slowest takes on an idle machine.
-void ReadWithinLimits(const std::string& file) {
-  const rlimit limit{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
-  setrlimit(RLIMIT_AS, &limit);
-  alarm(40);
-  std::_Exit(MessageFor(file) == "accepted" ? 0 : 1);
+// Ends a process of its own, with status 0 when the file was read and replayed and 1 when it was
+// refused, within that memory and many times the processor time that the slowest takes.
+void ReplayWithinLimits(const std::string& file) {
+  const rlimit memory{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
+  const rlimit seconds{.rlim_cur = 20, .rlim_max = RLIM_INFINITY};
+  setrlimit(RLIMIT_AS, &memory);
+  setrlimit(RLIMIT_CPU, &seconds);
+  std::freopen("/dev/null", "w", stdout);
+  try {
+    platform::ThisMachine() = ReadRecording(file);
+  } catch (const machines::RecordingError&) {
+    std::_Exit(1);
+  }
+  RunProbe();
+  std::_Exit(0);
+}
+
+// `count` devices with these pairs, in so many others, one in the other, with `outer`.
+std::string Devices(std::size_t count, const std::string& pairs, std::size_t levels = 0,
+                    const std::string& outer = "") {
+  const std::string start =
+      "<dict><key>IOObjectClass</key><string>IOAHCIBlockStorageDevice</string>";
+  return Repeated(levels, start + outer + "<key>IORegistryEntryChildren</key><array>") +
+         Repeated(count, start + pairs + "</dict>") + Repeated(levels, "</array></dict>");
 }
 
 TEST(RecordedMachineDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) {
@@ -172,23 +195,31 @@ TEST(RecordedMachineDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) 
       {0, [] { return Largest("<plist><dict><key>", "text\n", "</key><true/></dict></plist>"); }},
       {1, [] { return Largest("<plist><string>", "&amp;", "</string></plist>"); }},
       {1, [] { return Largest("<plist><string>", "a<!---->", "</string></plist>"); }},
-      {0,
-       [] { return Largest("<plist><dict><key>k</key><data>", "QUJD", "</data></dict></plist>"); }},
       {1, [] { return Largest("<plist a='", "long", "'/>"); }},
       {1, [] { return Largest("<plist ", "a='' ", "/>"); }},
       {1, [] { return Largest("<plist>", "<array>", ""); }},
       {1, [] { return Largest("<plist><array>", "<dict/>", "</array></plist>"); }},
-      {0, [] { return List("<array>" + Repeated(100000, Named("E", "")) + "</array>"); }},
-      {1, [] { return Root(Repeated(499999, "<key>k</key><true/>")); }},
+      {0, [] { return Root(Keys(250000) + Children(Devices(160000, ""))); }},
+      {0, [] { return List("<array>" + Repeated(1500, Devices(1, "", 123)) + "</array>"); }},
+      {0, [] { return List(Devices(100000, "", 122, Keys(2000))); }},
       {0,
        [] {
-         std::string keys;
-         for (int i = 0; i < 499999; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
-         return Root(keys);
+         const std::string bus =
+             "<key>Protocol Characteristics</key><dict><key>Physical Interconnect</key>"
+             "<string>ATA</string></dict><key>unit number</key><integer>0</integer>"
+             "<key>io-device-location</key><data>";
+         const std::string devices = "</data>" + Children(Devices(150000, ""));
+         return Largest("<plist><dict>" + bus, "QUJD", devices + "</dict></plist>");
+       }},
+      {0,
+       [] {
+         const std::string refusing =
+             "<key>RecordedDrive</key><dict><key>EnableFails</key><true/></dict>";
+         return Root(Children(Devices(140000, refusing)));
        }},
   };
   for (const auto& [status, file] : kFiles) {
-    EXPECT_EXIT(ReadWithinLimits(file()), testing::ExitedWithCode(status), "")
+    EXPECT_EXIT(ReplayWithinLimits(file()), testing::ExitedWithCode(status), "")
         << file().substr(0, 80);
   }
 }
