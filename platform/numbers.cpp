@@ -8,9 +8,8 @@
 
 #include "platform/objects.h"
 
-using platform::Deref;
 using platform::Number;
-using platform::NumberObject;
+using platform::ValueOf;
 
 namespace {
 
@@ -51,14 +50,14 @@ bool StoreBits(const Number& number, void* output) {
 
 }  // namespace
 
-CFTypeID CFNumberGetTypeID() { return static_cast<CFTypeID>(NumberObject::kType); }
+CFTypeID CFNumberGetTypeID() { return static_cast<CFTypeID>(platform::ObjectType::kNumber); }
 
 CFNumberType CFNumberGetType(CFNumberRef number) {
-  return Deref<NumberObject>(number, "CFNumberGetType").number.type;
+  return ValueOf<Number>(number, "CFNumberGetType").type;
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
-  const Number& source = Deref<NumberObject>(number, "CFNumberGetValue").number;
+  const Number& source = ValueOf<Number>(number, "CFNumberGetValue");
   switch (type) {
     case kCFNumberSInt8Type:
     case kCFNumberCharType:

@@ -6,10 +6,9 @@
 #include <map>
 #include <utility>
 
-using platform::DataObject;
 using platform::Deref;
-using platform::DictionaryObject;
-using platform::StringObject;
+using platform::ObjectType;
+using platform::ValueOf;
 
 namespace platform {
 namespace {
@@ -25,31 +24,13 @@ std::unordered_map<CFTypeRef, Handout>& Handouts() {
   return handouts;
 }
 
-struct Maker {
-  using Result = std::unique_ptr<Object>;
-  Result operator()(const std::string& text) const { return std::make_unique<StringObject>(text); }
-  Result operator()(const Number& number) const { return std::make_unique<NumberObject>(number); }
-  Result operator()(const Data& data) const { return std::make_unique<DataObject>(data); }
-  Result operator()(const Dictionary& values) const {
-    return std::make_unique<DictionaryObject>(values);
-  }
-  // The probe only asks what types these are.
-  Result operator()(bool) const { return std::make_unique<Object>(ObjectType::kBoolean); }
-  Result operator()(const Array&) const { return std::make_unique<Object>(ObjectType::kArray); }
-  Result operator()(const Date&) const { return std::make_unique<Object>(ObjectType::kDate); }
-};
-
 }  // namespace
 
-std::unique_ptr<Object> MakeObject(const Property& property) {
-  return std::visit(Maker(), property.value);
-}
-
-const Object* DictionaryObject::Find(std::string_view key) const {
-  const Property* property = platform::Find(values_, key);
-  if (property == nullptr) return nullptr;
-  std::unique_ptr<Object>& object = made_[property];
-  if (!object) object = MakeObject(*property);
+const Object* ValueObject::Find(std::string_view key) const {
+  const Property* found = platform::Find(*std::get<const Dictionary*>(value_), key);
+  if (found == nullptr) return nullptr;
+  std::unique_ptr<Object>& object = made_[found];
+  if (!object) object = std::make_unique<ValueObject>(*found);
   return object.get();
 }
 
@@ -77,14 +58,14 @@ CFTypeID CFGetTypeID(CFTypeRef object) {
   return static_cast<CFTypeID>(platform::Deref(object, "CFGetTypeID").Type());
 }
 
-CFTypeID CFDataGetTypeID() { return static_cast<CFTypeID>(DataObject::kType); }
+CFTypeID CFDataGetTypeID() { return static_cast<CFTypeID>(ObjectType::kData); }
 
 CFIndex CFDataGetLength(CFDataRef data) {
-  return static_cast<CFIndex>(Deref<DataObject>(data, "CFDataGetLength").bytes.size());
+  return static_cast<CFIndex>(ValueOf<platform::Data>(data, "CFDataGetLength").size());
 }
 
 void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer) {
-  const platform::Data& bytes = Deref<DataObject>(data, "CFDataGetBytes").bytes;
+  const auto& bytes = ValueOf<platform::Data>(data, "CFDataGetBytes");
   const auto size = static_cast<CFIndex>(bytes.size());
   if (range.location < 0 || range.length < 0 || range.length > size ||
       range.location > size - range.length) {
@@ -93,11 +74,13 @@ void CFDataGetBytes(CFDataRef data, CFRange range, UInt8* buffer) {
   std::copy_n(bytes.begin() + range.location, range.length, buffer);
 }
 
-CFTypeID CFDictionaryGetTypeID() { return static_cast<CFTypeID>(DictionaryObject::kType); }
+CFTypeID CFDictionaryGetTypeID() { return static_cast<CFTypeID>(ObjectType::kDictionary); }
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-  const std::string_view text = Deref<StringObject>(key, "CFDictionaryGetValue").text;
-  return platform::Ref(Deref<DictionaryObject>(dictionary, "CFDictionaryGetValue").Find(text));
+  static constexpr const char* kCall = "CFDictionaryGetValue";
+  ValueOf<platform::Dictionary>(dictionary, kCall);
+  const auto& object = static_cast<const platform::ValueObject&>(Deref(dictionary, kCall));
+  return platform::Ref(object.Find(ValueOf<std::string>(key, kCall)));
 }
 
 Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void* key,
@@ -113,7 +96,7 @@ namespace {
 using Bytes = std::array<UInt8, 16>;
 
 struct UUIDObject : platform::Object {
-  static constexpr platform::ObjectType kType = platform::ObjectType::kUUID;
+  static constexpr ObjectType kType = ObjectType::kUUID;
   explicit UUIDObject(const Bytes& b) : Object(kType), bytes(b) {}
   Bytes bytes;
 };

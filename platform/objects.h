@@ -7,21 +7,23 @@
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <variant>
 
 #include "platform/ledger.h"
 #include "platform/machine.h"
 
 namespace platform {
 
+// The first are those of values, in the order of ValueObject::Value.
 enum class ObjectType : CFTypeID {
-  kString = 1,
+  kString,
   kNumber,
   kData,
   kDictionary,
-  kMatching,
   kBoolean,
   kArray,
   kDate,
+  kMatching,
   kUUID,
   kBundle
 };
@@ -39,45 +41,29 @@ class Object {
   ObjectType type_;
 };
 
-// Text and data are not copied, as large as they may be: an object refers to the machine's
-// values, or to a literal, which have to outlive it.
-struct StringObject : Object {
-  static constexpr ObjectType kType = ObjectType::kString;
-  explicit StringObject(std::string_view utf8) : Object(kType), text(utf8) {}
-  std::string_view text;
-};
-
-struct NumberObject : Object {
-  static constexpr ObjectType kType = ObjectType::kNumber;
-  explicit NumberObject(Number value) : Object(kType), number(value) {}
-  Number number;
-};
-
-struct DataObject : Object {
-  static constexpr ObjectType kType = ObjectType::kData;
-  explicit DataObject(const Data& data) : Object(kType), bytes(data) {}
-  const Data& bytes;
-};
-
-// Refers to a dictionary of the machine. The objects of its values are made when
-// they are asked for and belong to it. The machine's dictionary must outlive it.
-class DictionaryObject : public Object {
+// A value, which is not copied, as large as it may be, and has to outlive the object: it is the
+// machine's or kept for good. The objects of a dictionary's values are made when they are asked for
+// and belong to it.
+class ValueObject : public Object {
  public:
-  static constexpr ObjectType kType = ObjectType::kDictionary;
-  explicit DictionaryObject(const Dictionary& values) : Object(kType), values_(values) {}
+  using Value = std::variant<const std::string*, const Number*, const Data*, const Dictionary*,
+                             const bool*, const Array*, const Date*>;
 
-  // The object of the value under `key`, borrowed, or null. The same one at every call, alive
-  // as long as this dictionary.
+  explicit ValueObject(Value value)
+      : Object(static_cast<ObjectType>(value.index())), value_(value) {}
+  explicit ValueObject(const Property& property)
+      : ValueObject(std::visit([](const auto& value) { return Value(&value); }, property.value)) {}
+
+  Value Borrowed() const { return value_; }
+
+  // Of a dictionary: the object of the value under `key`, borrowed, or null. The same one at every
+  // call, alive as long as this one.
   const Object* Find(std::string_view key) const;
 
  private:
-  const Dictionary& values_;
+  Value value_;
   mutable std::unordered_map<const Property*, std::unique_ptr<Object>> made_;
 };
-
-// An object of `property`, never null, which may go on referring to it. Booleans, arrays and
-// dates have a type and no value.
-std::unique_ptr<Object> MakeObject(const Property& property);
 
 // Gives the probe the only reference to `object`, entered in the ledger as `kind`.
 CFTypeRef HandOut(std::unique_ptr<Object> object, ReferenceKind kind);
@@ -101,6 +87,18 @@ const T& Deref(CFTypeRef ref, const char* call) {
   const Object& object = Deref(ref, call);
   if (object.Type() != T::kType) Misuse(call, "the object is of another type");
   return static_cast<const T&>(object);
+}
+
+// The value that `ref` points to; an object of another type is misuse of `call`.
+template <typename T>
+const T& ValueOf(CFTypeRef ref, const char* call) {
+  const Object& object = Deref(ref, call);
+  ValueObject::Value value;
+  if (object.Type() <= ObjectType::kDate)
+    value = static_cast<const ValueObject&>(object).Borrowed();
+  const T* const* found = std::get_if<const T*>(&value);
+  if (found == nullptr || *found == nullptr) Misuse(call, "the object is of another type");
+  return **found;
 }
 
 }  // namespace platform

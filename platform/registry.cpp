@@ -25,73 +25,51 @@ struct Node {
   std::size_t end;
 };
 
-// What a search for one key found from each node on: null where none was made.
-struct Searches {
-  explicit Searches(std::size_t nodes) : upwards(nodes), downwards(nodes) {}
-  std::vector<const Property*> upwards, downwards;
-};
+const Property kNothing;  // what a search may find
 
-const Property kNothing;  // was found
-
-// The machine's tree, made when it is first asked for. Thousands of devices may have thousands of
-// entries above or below them in common, so no search is made twice.
+// The machine's entries, and what was found from each on, if anything was looked for there: null
+// where none was. Thousands of devices may have thousands of entries above or below them in common,
+// so no search is made twice.
 class Tree {
  public:
   Tree() {
-    for (const Entry& root : ThisMachine().roots) Add(root, nodes_.size());
+    for (const Entry& root : ThisMachine().roots) Add(root, nodes.size());
   }
 
-  const std::vector<Node>& Nodes() const { return nodes_; }
+  // The value of the first that has the key, or null: the node and then what is above it, or the
+  // node and then what is below it.
+  const Property* Find(std::size_t node, std::string_view key, bool upwards) {
+    auto& found = found_.try_emplace({std::string(key), upwards}, nodes.size()).first->second;
+    const Property* first = Search(node, key, upwards, found);
+    return first == &kNothing ? nullptr : first;
+  }
 
-  // The value of the first of these that has the key, or null: the node and then what is above it,
-  // or the node and then what is below it.
-  const Property* FindUpwards(std::size_t node, std::string_view key) {
-    return OrNull(Upwards(node, key, SearchesFor(key).upwards));
-  }
-  const Property* FindDownwards(std::size_t node, std::string_view key) {
-    return OrNull(Downwards(node, key, SearchesFor(key).downwards));
-  }
+  std::vector<Node> nodes;
 
  private:
+  using Found = std::vector<const Property*>;
+
   void Add(const Entry& entry, std::size_t parent) {
-    const std::size_t node = nodes_.size();
-    nodes_.push_back({&entry, parent, 0});
+    const std::size_t node = nodes.size();
+    nodes.push_back({&entry, parent, 0});
     for (const Entry& child : entry.children) Add(child, node);
-    nodes_[node].end = nodes_.size();
+    nodes[node].end = nodes.size();
   }
 
-  Searches& SearchesFor(std::string_view key) {
-    const auto known = searches_.find(key);
-    return known != searches_.end() ? known->second
-                                    : searches_.emplace(key, nodes_.size()).first->second;
-  }
-
-  static const Property* OrNull(const Property* found) {
-    return found == &kNothing ? nullptr : found;
-  }
-
-  const Property* Upwards(std::size_t node, std::string_view key,
-                          std::vector<const Property*>& found) {
+  const Property* Search(std::size_t node, std::string_view key, bool upwards, Found& found) {
     if (found[node] != nullptr) return found[node];
-    const Property* own = Find(nodes_[node].entry->properties, key);
-    const std::size_t parent = nodes_[node].parent;
-    if (own == nullptr) own = parent == node ? &kNothing : Upwards(parent, key, found);
-    return found[node] = own;
-  }
-
-  const Property* Downwards(std::size_t node, std::string_view key,
-                            std::vector<const Property*>& found) {
-    if (found[node] != nullptr) return found[node];
-    const Property* first = Find(nodes_[node].entry->properties, key);
-    std::size_t child = node + 1;
-    for (; first == nullptr && child < nodes_[node].end; child = nodes_[child].end) {
-      first = OrNull(Downwards(child, key, found));
+    const auto& [entry, parent, end] = nodes[node];
+    const Property* own = platform::Find(entry->properties, key);
+    const Property* first = own != nullptr ? own : &kNothing;
+    if (first == &kNothing && upwards && parent != node) first = Search(parent, key, true, found);
+    std::size_t child = upwards ? end : node + 1;
+    for (; first == &kNothing && child < end; child = nodes[child].end) {
+      first = Search(child, key, false, found);
     }
-    return found[node] = first == nullptr ? &kNothing : first;
+    return found[node] = first;
   }
 
-  std::vector<Node> nodes_;
-  std::map<std::string, Searches, std::less<>> searches_;
+  std::map<std::pair<std::string, bool>, Found> found_;  // by the key, and whether upwards
 };
 
 // Never destroyed, like the handles.
@@ -140,7 +118,7 @@ T& ObjectOf(io_object_t handle, const char* call) {
 }  // namespace
 
 const Entry& EntryOf(io_service_t service, const char* call) {
-  return *TheTree().Nodes()[ObjectOf<Service>(service, call).node].entry;
+  return *TheTree().nodes[ObjectOf<Service>(service, call).node].entry;
 }
 
 void CountRegistryHandles(Ledger& ledger) {
@@ -158,7 +136,6 @@ void DropRegistryHandles() {
 }  // namespace platform
 
 using platform::Deref;
-using platform::DictionaryObject;
 using platform::Entry;
 using platform::Property;
 using platform::ReferenceKind;
@@ -193,11 +170,9 @@ CFMutableDictionaryRef NewMatching(const char* name, const char* className) {
 
 const Property* Search(std::size_t node, std::string_view key, IOOptionBits options) {
   platform::Tree& tree = platform::TheTree();
-  if ((options & kIORegistryIterateRecursively) == 0) {
-    return Find(tree.Nodes()[node].entry->properties, key);
-  }
-  return (options & kIORegistryIterateParents) != 0 ? tree.FindUpwards(node, key)
-                                                    : tree.FindDownwards(node, key);
+  const bool isRecursive = (options & kIORegistryIterateRecursively) != 0;
+  if (isRecursive) return tree.Find(node, key, (options & kIORegistryIterateParents) != 0);
+  return platform::Find(tree.nodes[node].entry->properties, key);
 }
 
 }  // namespace
@@ -210,7 +185,7 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDiction
                                            io_iterator_t* existing) {
   static constexpr const char* kCall = "IOServiceGetMatchingServices";
   const auto& wanted = Deref<MatchingObject>(matching, kCall);
-  const std::vector<platform::Node>& nodes = platform::TheTree().Nodes();
+  const std::vector<platform::Node>& nodes = platform::TheTree().nodes;
   platform::Iterator found;
   for (std::size_t node = 0; node < nodes.size(); node++) {
     if (wanted.Matches(*nodes[node].entry)) found.matches.push_back(node);
@@ -232,7 +207,7 @@ kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFAllocatorRef /*allocator*/,
                                                 IOOptionBits /*options*/) {
   const Entry& known = platform::EntryOf(entry, "IORegistryEntryCreateCFProperties");
-  *properties = HandOutDictionary(std::make_unique<DictionaryObject>(known.properties),
+  *properties = HandOutDictionary(std::make_unique<platform::ValueObject>(&known.properties),
                                   ReferenceKind::kPropertyDictionary);
   return kIOReturnSuccess;
 }
@@ -243,9 +218,10 @@ CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_na
   static constexpr const char* kCall = "IORegistryEntrySearchCFProperty";
   const std::size_t node = platform::ObjectOf<platform::Service>(entry, kCall).node;
   if (std::string_view(plane) != kIOServicePlane) return nullptr;  // the machine has no other
-  const Property* found = Search(node, Deref<platform::StringObject>(key, kCall).text, options);
+  const Property* found = Search(node, platform::ValueOf<std::string>(key, kCall), options);
   if (found == nullptr) return nullptr;
-  return platform::HandOut(platform::MakeObject(*found), ReferenceKind::kFoundValue);
+  return platform::HandOut(std::make_unique<platform::ValueObject>(*found),
+                           ReferenceKind::kFoundValue);
 }
 
 kern_return_t IOObjectRelease(io_object_t object) {

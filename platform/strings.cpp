@@ -5,15 +5,17 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "platform/objects.h"
 
-using platform::Deref;
-using platform::StringObject;
+using platform::ValueObject;
+using platform::ValueOf;
 
 namespace {
 
@@ -34,16 +36,16 @@ std::size_t ConvertiblePrefix(std::string_view text, CFStringEncoding encoding) 
   return encoding == kCFStringEncodingASCII ? AsciiPrefix(text) : 0;
 }
 
-// Whether data are text. They may be long, and those of every device, so it is found out once.
-std::unordered_map<const platform::Data*, bool>& KnownTexts() {
-  static auto& texts = *new std::unordered_map<const platform::Data*, bool>;
+// The texts of data, nullopt if they are none. They may be long, and those of every device, so
+// they are converted once.
+std::unordered_map<const platform::Data*, std::optional<std::string>>& TextsOfData() {
+  static auto& texts = *new std::unordered_map<const platform::Data*, std::optional<std::string>>;
   return texts;
 }
 
-bool IsText(const platform::Data& bytes) {
-  const auto [known, isNew] = KnownTexts().try_emplace(&bytes);
-  if (isNew) known->second = utf8::is_valid(bytes.begin(), bytes.end());
-  return known->second;
+CFStringRef HandOutString(const std::string& text) {
+  return static_cast<CFStringRef>(
+      platform::HandOut(std::make_unique<ValueObject>(&text), platform::ReferenceKind::kString));
 }
 
 // What a failed conversion leaves in the buffer: part of the text, and no NUL.
@@ -60,20 +62,20 @@ struct BundleObject : platform::Object {
 }  // namespace
 
 CFStringRef PlatformConstantString(const char* text) {
-  static auto& constants = *new std::unordered_map<std::string_view, std::unique_ptr<StringObject>>;
-  const auto known = constants.find(text);
-  if (known != constants.end()) return static_cast<CFStringRef>(platform::Ref(known->second.get()));
-  auto made = std::make_unique<StringObject>(text);
-  const std::string_view key = made->text;
-  return static_cast<CFStringRef>(
-      platform::Ref(constants.emplace(key, std::move(made)).first->second.get()));
+  static auto& constants = *new std::map<std::string, std::unique_ptr<ValueObject>, std::less<>>;
+  auto known = constants.find(std::string_view(text));
+  if (known == constants.end()) {
+    known = constants.emplace(text, nullptr).first;
+    known->second = std::make_unique<ValueObject>(&known->first);
+  }
+  return static_cast<CFStringRef>(platform::Ref(known->second.get()));
 }
 
-CFTypeID CFStringGetTypeID() { return static_cast<CFTypeID>(StringObject::kType); }
+CFTypeID CFStringGetTypeID() { return static_cast<CFTypeID>(platform::ObjectType::kString); }
 
 Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize,
                            CFStringEncoding encoding) {
-  const std::string_view text = Deref<StringObject>(string, "CFStringGetCString").text;
+  const std::string_view text = ValueOf<std::string>(string, "CFStringGetCString");
   if (bufferSize <= 0) return false;
   const auto size = static_cast<std::size_t>(bufferSize);
   const std::size_t convertible = ConvertiblePrefix(text.substr(0, size), encoding);
@@ -91,12 +93,13 @@ TextEncoding GetApplicationTextEncoding() { return kEncodingUTF8; }
 
 CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef /*allocator*/, CFDataRef data,
                                                      CFStringEncoding encoding) {
-  const platform::Data& bytes =
-      Deref<platform::DataObject>(data, "CFStringCreateFromExternalRepresentation").bytes;
-  if (encoding != kEncodingUTF8 || !IsText(bytes)) return nullptr;
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  return static_cast<CFStringRef>(
-      platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
+  const auto& bytes = ValueOf<platform::Data>(data, "CFStringCreateFromExternalRepresentation");
+  if (encoding != kEncodingUTF8) return nullptr;
+  const auto [text, isNew] = TextsOfData().try_emplace(&bytes);
+  if (isNew && utf8::is_valid(bytes.begin(), bytes.end())) {
+    text->second.emplace(bytes.begin(), bytes.end());
+  }
+  return text->second ? HandOutString(*text->second) : nullptr;
 }
 
 CFBundleRef CFBundleGetMainBundle() {
@@ -107,14 +110,11 @@ CFBundleRef CFBundleGetMainBundle() {
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef /*tableName*/) {
   static constexpr const char* kCall = "CFBundleCopyLocalizedString";
-  Deref<BundleObject>(bundle, kCall);
+  platform::Deref<BundleObject>(bundle, kCall);
   const auto& strings = platform::ThisMachine().mainBundleStrings;
-  const auto translation = strings.find(Deref<StringObject>(key, kCall).text);
-  const std::string_view text = translation != strings.end()
-                                    ? std::string_view(translation->second)
-                                    : Deref<StringObject>(value, kCall).text;
-  return static_cast<CFStringRef>(
-      platform::HandOut(std::make_unique<StringObject>(text), platform::ReferenceKind::kString));
+  const auto translation = strings.find(ValueOf<std::string>(key, kCall));
+  return HandOutString(translation != strings.end() ? translation->second
+                                                    : ValueOf<std::string>(value, kCall));
 }
 
-void platform::DropTexts() { KnownTexts().clear(); }
+void platform::DropTexts() { TextsOfData().clear(); }

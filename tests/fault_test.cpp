@@ -33,7 +33,7 @@ bool Fails(const char* name, const void* key = nullptr) {
   Ledger open = OpenReferences();
   EXPECT_TRUE(now.name != "IODestroyPlugInInterface" || open[kSMARTInterface] < open[kPlugIn]);
   EXPECT_TRUE(now.name != "IOObjectRelease" || open[kPlugIn] < open[kService]);
-  if (key != nullptr) now.key = platform::Deref<platform::StringObject>(key, "test").text;
+  if (key != nullptr) now.key = platform::ValueOf<std::string>(key, "test");
   if (--callsUntilFailure == 0) failed = now;
   if (callsUntilFailure != 0) done[name]++;
   return callsUntilFailure == 0;
@@ -254,13 +254,14 @@ TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
 // Neither can fail in a pass whose report shows it.
 TEST(Faults, LeaveATextEmptyOrAsItWas) {
   const Data data = {1, 2};
-  const platform::DataObject object(data);
+  const platform::ValueObject object(&data);
   char text[] = "untouched";
   callsUntilFailure = 1;
   BytesSInt64ToCStrWLabel(5, text, true);
   EXPECT_STREQ(text, "untouched");
   for (CFNumberType type = kCFNumberSInt8Type; type <= kCFNumberDoubleType; type++) {
-    const platform::NumberObject number({type, 5});
+    const platform::Number five = {type, 5};
+    const platform::ValueObject number(&five);
     callsUntilFailure = 1;
     ConvertCFNumberToCStr(static_cast<CFNumberRef>(platform::Ref(&number)), text, true);
     EXPECT_STREQ(text, "untouched") << type;

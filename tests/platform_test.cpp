@@ -11,7 +11,7 @@
 TEST(Platform, FailedCallsLeaveWhatTheyMay) {
   SInt32 value[2] = {};
   const auto fetches = [&](platform::Number number, CFNumberType type) {
-    const platform::NumberObject object(number);
+    const platform::ValueObject object(&number);
     return CFNumberGetValue(static_cast<CFNumberRef>(platform::Ref(&object)), type, value) != 0;
   };
   EXPECT_FALSE(fetches(platform::Float64Number(1.5), kCFNumberSInt32Type));

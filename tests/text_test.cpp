@@ -22,7 +22,7 @@ std::string Label(SInt64 count, SInt32 version, bool fullNames) {
 }
 
 std::string Converted(Number number, bool hexadecimal) {
-  const platform::NumberObject object(number);
+  const platform::ValueObject object(&number);
   const auto text = std::make_unique<char[]>(kNumberTextSize);
   std::strcpy(text.get(), "untouched");
   ConvertCFNumberToCStr(static_cast<CFNumberRef>(platform::Ref(&object)), text.get(), hexadecimal);
