@@ -201,10 +201,10 @@ kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef 
   static IOCFPlugInInterface table = {nullptr, QuerySMARTInterface, AddReference<PlugIn>,
                                       DropReference<PlugIn>};
   const Entry& entry = platform::EntryOf(service, "IOCreatePlugInInterfaceForService");
-  if (pluginType != kIOATASMARTUserClientTypeID || interfaceType != kIOCFPlugInInterfaceID) {
+  if (pluginType != kIOATASMARTUserClientTypeID || interfaceType != kIOCFPlugInInterfaceID ||
+      !entry.drive) {
     return kIOReturnUnsupported;
   }
-  if (!entry.drive) return kIOReturnUnsupported;
   if (!BusyEntries().insert(&entry).second) return kIOReturnNoResources;
   *theInterface = &NewInstance(PlugIn{&table, &entry}).table;
   *theScore = 0;

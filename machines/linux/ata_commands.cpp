@@ -15,8 +15,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::size_t kHeaderSize = 8;  // of both formats; its last byte counts what follows
-
 // Bits of the status and error registers.
 constexpr std::uint8_t kBusy = 0x80;
 constexpr std::uint8_t kDeviceFault = 0x20;
@@ -31,46 +29,43 @@ struct Sense {
   std::optional<ReturnedRegisters> registers = std::nullopt;
 };
 
-// `sense` as far as its header says that it is used.
-Bytes Used(Bytes sense) { return sense.first(std::min(sense.size(), kHeaderSize + sense[7])); }
-
-// nullopt if the registers are cut short.
-std::optional<Sense> ParseDescriptors(Bytes sense) {
+// The registers in either format, if they are there. False if they are cut short.
+//
+// Of fixed data those of a success stand in the fields for information if the additional code says
+// so. Those of an error stand there beside its own code, and a status of 0 is none.
+bool FindRegisters(Bytes sense, bool isFixed, Sense& parsed) {
   constexpr int kAtaStatusReturn = 0x09;
-  constexpr std::size_t kSize = 14;
-  Sense parsed = {static_cast<std::uint8_t>(sense[1] & 0x0F), sense[2], sense[3]};
+  constexpr std::uint8_t kInformationAvailable = 0x1D;  // qualifies the code 00h
+  constexpr std::size_t kSize = 14;                     // of the descriptor, and of all fixed data
+  if (isFixed) {
+    if (sense.size() < kSize) return false;
+    const bool isAnnounced = parsed.code == 0 && parsed.qualifier == kInformationAvailable;
+    const bool isOfError = parsed.key > 1 && (sense[4] & kError) != 0;
+    if (isAnnounced || isOfError) parsed.registers = {sense[3], sense[4], sense[10], sense[11]};
+    return true;
+  }
   const std::uint8_t* found =
       sg_scsi_sense_desc_find(sense.data(), static_cast<int>(sense.size()), kAtaStatusReturn);
-  if (found == nullptr) return parsed;
+  if (found == nullptr) return true;
   const Bytes descriptor = sense.subspan(static_cast<std::size_t>(found - sense.data()));
-  if (descriptor.size() < kSize || descriptor[1] != kSize - 2) return std::nullopt;
+  if (descriptor.size() < kSize || descriptor[1] != kSize - 2) return false;
   parsed.registers = {descriptor[3], descriptor[13], descriptor[9], descriptor[11]};
-  return parsed;
+  return true;
 }
 
-// The registers of a success stand in the fields for information if the additional code says
-// so. Those of an error stand there beside its own code, and a status of 0 is none.
-std::optional<Sense> ParseFixed(Bytes sense) {
-  constexpr std::size_t kSizeWithCode = 14;
-  constexpr std::uint8_t kInformationAvailable = 0x1D;  // qualifies the code 00h
-  if (sense.size() < kSizeWithCode) return std::nullopt;
-  Sense parsed = {static_cast<std::uint8_t>(sense[2] & 0x0F), sense[12], sense[13]};
-  const bool isAnnounced = parsed.code == 0 && parsed.qualifier == kInformationAvailable;
-  const bool isOfError = parsed.key > 1 && (sense[4] & kError) != 0;
-  if (isAnnounced || isOfError) {
-    parsed.registers = {sense[3], sense[4], sense[10], sense[11]};
-  }
-  return parsed;
-}
-
-std::optional<Sense> Parse(Bytes sense) {
+// False if it is no sense data, or of an earlier command, or cut short.
+bool Parse(Bytes sense, Sense& parsed) {
+  constexpr std::size_t kHeaderSize = 8;  // its last byte counts what follows
   constexpr std::uint8_t kFixed = 0x70;
-  constexpr std::uint8_t kFixedValid = 0xF0;
   constexpr std::uint8_t kDescriptors = 0x72;
-  if (sense.size() < kHeaderSize) return std::nullopt;
-  if (sense[0] == kDescriptors) return ParseDescriptors(Used(sense));
-  if (sense[0] == kFixed || sense[0] == kFixedValid) return ParseFixed(Used(sense));
-  return std::nullopt;
+  if (sense.size() < kHeaderSize) return false;
+  sense = sense.first(std::min(sense.size(), kHeaderSize + sense[7]));
+  sg_scsi_sense_hdr header{};
+  sg_scsi_normalize_sense(sense.data(), static_cast<int>(sense.size()), &header);
+  const bool isFixed = header.response_code == kFixed;
+  if (!isFixed && header.response_code != kDescriptors) return false;
+  parsed = {header.sense_key, header.asc, header.ascq, std::nullopt};
+  return FindRegisters(sense, isFixed, parsed);
 }
 
 // A drive that aborts a command says so in its registers. Some layers drop them, but keep
@@ -104,9 +99,9 @@ CommandEnd EndOf(const Sense& sense) {
 }  // namespace
 
 CommandResult ParseSense(Bytes sense) {
-  const std::optional<Sense> parsed = Parse(sense);
-  if (!parsed) return {};
-  return {EndOf(*parsed), parsed->registers};
+  Sense parsed;
+  if (!Parse(sense, parsed)) return {};
+  return {EndOf(parsed), parsed.registers};
 }
 
 StatusAnswer ParseReturnStatus(const CommandResult& result) {

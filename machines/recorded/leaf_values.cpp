@@ -43,8 +43,8 @@ bool HasForm(std::string_view text, std::string_view form) {
   });
 }
 
-// The six bits that a character of base64 stands for, or one of the others.
-constexpr std::uint8_t kNoDigit = 64, kSpace = 65;
+// The six bits that a character of base64 stands for.
+constexpr std::uint8_t kNoDigit = 64;
 constexpr std::array<std::uint8_t, 256> kBase64 = [] {
   constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -52,34 +52,29 @@ constexpr std::array<std::uint8_t, 256> kBase64 = [] {
   bits.fill(kNoDigit);
   std::uint8_t value = 0;
   for (const char digit : kDigits) bits[static_cast<unsigned char>(digit)] = value++;
-  for (const char space : kWhiteSpace) bits[static_cast<unsigned char>(space)] = kSpace;
   return bits;
 }();
 
 std::uint32_t Bits(char c) { return kBase64[static_cast<unsigned char>(c)]; }
 
-// The bytes of base64 that has white space only between its groups of four, and none around.
-std::optional<Property> ParseGroups(std::string text) {
+std::optional<Property> ParseData(std::string text) {
+  std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n'; });
+  if (text.size() % 4 != 0) return std::nullopt;
   const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
   std::fill_n(text.rbegin(), padding, 'A');
   platform::Data bytes(text.size() / 4 * 3);
   std::uint8_t* next = bytes.data();
-  std::size_t parsed = 0;
-  while (parsed + 4 <= text.size()) {
-    const char* group = text.data() + parsed;
+  for (const char* group = text.data(); group != text.data() + text.size(); group += 4) {
     const std::uint32_t a = Bits(group[0]);
     const std::uint32_t b = Bits(group[1]);
     const std::uint32_t c = Bits(group[2]);
     const std::uint32_t d = Bits(group[3]);
-    parsed += a == kSpace ? 1 : 4;
-    if (a == kSpace) continue;
     if ((a | b | c | d) >= kNoDigit) return std::nullopt;
     *next++ = static_cast<std::uint8_t>(a << 2 | b >> 4);
     *next++ = static_cast<std::uint8_t>(b << 4 | c >> 2);
     *next++ = static_cast<std::uint8_t>(c << 6 | d);
   }
-  if (parsed != text.size()) return std::nullopt;
-  bytes.resize(static_cast<std::size_t>(next - bytes.data()) - padding);
+  bytes.resize(bytes.size() - padding);
   return Property{std::move(bytes)};
 }
 
@@ -118,13 +113,6 @@ std::optional<Property> ParseDate(std::string_view text) {
   constexpr sys_days kEpoch = year(2001) / January / 1;
   const seconds since = sys_days(day) - kEpoch + hour + minute + second;
   return Property{platform::Date{since.count()}};
-}
-
-std::optional<Property> ParseData(const std::string& text) {
-  if (auto data = ParseGroups(std::string(Trimmed(text)))) return data;
-  std::string digits = text;
-  std::erase_if(digits, [](char c) { return Bits(c) == kSpace; });
-  return ParseGroups(std::move(digits));
 }
 
 }  // namespace

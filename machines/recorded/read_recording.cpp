@@ -4,7 +4,6 @@
 #include <array>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -24,19 +23,15 @@ using platform::Dictionary;
 using platform::Entry;
 using platform::Property;
 
-template <typename Type>
-constexpr const char* TypeName() {
-  if (std::is_same_v<Type, std::string>) return "a <string>";
-  if (std::is_same_v<Type, bool>) return "<true/> or <false/>";
-  if (std::is_same_v<Type, Data>) return "<data>";
-  return std::is_same_v<Type, Array> ? "an <array>" : "a <dict>";
-}
-
-// A value that has one type only. Throws RecordingError when it is of another.
+// A value that has one type only, as every key that has a meaning. Throws RecordingError when it
+// is of another.
 template <typename Type>
 Type& TypedValue(std::string_view key, Property& property) {
+  constexpr std::array kTypes = {"a <string>",          "a number",  "<data>", "a <dict>",
+                                 "<true/> or <false/>", "an <array>"};
   if (Type* value = std::get_if<Type>(&property.value)) return *value;
-  throw RecordingError(Excerpt(key) + " is not " + TypeName<Type>());
+  throw RecordingError(Excerpt(key) + " is not " +
+                       kTypes.at(decltype(property.value)(Type()).index()));
 }
 
 Data MoveBlock(std::string_view key, Property& recorded) {
