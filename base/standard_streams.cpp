@@ -28,7 +28,6 @@ void FillClosedDescriptors() {
 }  // namespace
 
 void PrepareStandardStreams() {
-  std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   FillClosedDescriptors();
 }

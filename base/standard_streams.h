@@ -10,9 +10,9 @@ namespace base {
 // always 0, and for a verdict or a mistake in the arguments, which have theirs.
 inline constexpr int kFailureStatus = 1;
 
-// To be called before any file is opened. From then on a reader of the output that has
-// gone, or a file at its limit of size, makes a write fail and does not end the process;
-// and no file gets the descriptor of a standard stream that was closed at the start.
+// To be called before any file is opened. From then on a file at its limit of size makes a write
+// fail and does not end the process, and no file gets the descriptor of a standard stream that was
+// closed at the start. SIGPIPE stays as it was: by default it ends the process without a word.
 void PrepareStandardStreams();
 
 // Prints "program: what" as one line on standard error; OneLine (printable_text.h) says what

@@ -35,7 +35,8 @@ refused '.*a.*b: No such file' $'a\n\e[1m\xffb'
 refused '/dev/zero: the file is larger than 64 MiB' /dev/zero
 shell 1 "$name: standard output: No space left" '"$0" "$1" >/dev/full'
 shell 1 "$name: standard output: Bad file descriptor" '"$0" "$1" >&-'
-shell 1 "$name: standard output: Broken pipe" \
-  '{ sleep 0.2; exec "$0" "$1"; } | true; exit "${PIPESTATUS[0]}"'
+piped='{ sleep 0.2; exec env --$signal-signal=PIPE "$0" "$1"; } | true; exit "${PIPESTATUS[0]}"'
+shell 141 '' "signal=default; $piped"
+shell 1 "$name: standard output: Broken pipe" "signal=ignore; $piped"
 
 [ ! -e "$work/failed" ]

@@ -1,4 +1,6 @@
 // The machine of the program smartprobe: the one that it runs on.
+#include <csignal>
+
 #include "base/standard_streams.h"
 #include "machines/linux/sysfs_machine.h"
 #include "platform/machine.h"
@@ -6,7 +8,9 @@
 namespace {
 
 // The probe's first question is the system's version. Nothing is opened or printed before.
+// Unlike a tool, smartprobe ends with status 0 also where nobody reads its report to the end.
 platform::Machine StartMachine() {
+  std::signal(SIGPIPE, SIG_IGN);
   base::PrepareStandardStreams();
   return machines::ReadLinuxMachine();
 }
