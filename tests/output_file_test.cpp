@@ -24,26 +24,32 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   fs::remove_all(folder);
   fs::create_directories(folder / "folder");
   const std::string file = folder / "file";
-  tools::OutputFile(file).Finish("old");
   const mode_t mask = umask(027);
-  tools::OutputFile(file).Finish("new");
-  umask(mask);
+  tools::WriteOutputFile(file, "old");
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "as any other new file";
+  fs::permissions(file, fs::perms(0604));
+  tools::WriteOutputFile(file, "new");
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604)) << "as the file before";
+  umask(mask);
 
   fs::create_symlink(file, folder / "link");
   for (const char* refused : {"link", "folder", "none/file", "/dev/null"}) {
-    EXPECT_THROW(tools::OutputFile((folder / refused).string()), std::runtime_error) << refused;
+    EXPECT_THROW(tools::CheckOutputFile(folder / refused), std::runtime_error) << refused;
   }
+  const auto interrupted = [&] {
+    for (ualarm(20000, 0);;) tools::WriteOutputFile(folder / "whole", std::string(50000, 'x'));
+  };
+  for (int i = 0; i < 10; i++) EXPECT_EXIT(interrupted(), testing::KilledBySignal(SIGALRM), "");
 
   std::signal(SIGXFSZ, SIG_IGN);
   const rlimit few{.rlim_cur = 8, .rlim_max = RLIM_INFINITY};
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   setrlimit(RLIMIT_FSIZE, &few);
-  EXPECT_THROW(tools::OutputFile(file).Finish("more than a few"), std::runtime_error);
+  EXPECT_THROW(tools::WriteOutputFile(file, "more than a few"), std::runtime_error);
   setrlimit(RLIMIT_FSIZE, &before);
   EXPECT_EQ(base::ReadUpTo(100, file), "new");
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 3) << "nothing else is left";
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 4) << "nothing else is left";
 }
 
 // Without this, messages would end in a file that got the number of a closed stream.

@@ -5,31 +5,36 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
-#include <utility>
 
+#include "base/descriptor.h"
 #include "base/files.h"
 
 namespace tools {
 namespace {
 
 constexpr mode_t kModeBeforeMask = 0666;
+// Not the bits that lend the owner's rights: the owner may be another.
+constexpr mode_t kKeptMode = 0777;
 
-mode_t FileModeMask() {
+mode_t ModeOfNewFiles() {
   const mode_t mask = umask(0);
   umask(mask);
-  return mask;
+  return kModeBeforeMask & ~mask;
 }
 
-void CheckReplaceable(const std::string& file) {
+// The mode that the file in the place of `file` is to have.
+mode_t ModeFor(const std::string& file) {
   struct stat status {};
   if (lstat(file.c_str(), &status) != 0) {
-    if (errno == ENOENT) return;
+    if (errno == ENOENT) return ModeOfNewFiles();
     throw base::SystemError(file);
   }
   if (!S_ISREG(status.st_mode)) throw std::runtime_error(file + ": not a regular file");
+  return status.st_mode & kKeptMode;
 }
 
 void Write(int descriptor, std::string_view bytes, const std::string& file) {
@@ -40,28 +45,62 @@ void Write(int descriptor, std::string_view bytes, const std::string& file) {
   }
 }
 
+// No signal ends the process while one of these lives; those that came do so afterwards.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &before_);
+  }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+  ~HeldSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
+
+// A new file beside `file`, which is gone with its object unless it has taken that place.
+class NewFile {
+ public:
+  explicit NewFile(const std::string& file) : file_(file), path_(file + ".XXXXXX") {
+    descriptor_ = base::Descriptor(mkostemp(path_.data(), O_CLOEXEC));
+    if (!descriptor_.IsOpen()) throw base::SystemError(file_);
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile() {
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+
+  // On the disk before it has the name: a crash leaves no empty file under it.
+  void Finish(std::string_view bytes, mode_t mode) {
+    Write(descriptor_.Number(), bytes, file_);
+    if (fchmod(descriptor_.Number(), mode) != 0) throw base::SystemError(file_);
+    if (fsync(descriptor_.Number()) != 0) throw base::SystemError(file_);
+    if (close(descriptor_.Release()) != 0) throw base::SystemError(file_);
+    if (rename(path_.c_str(), file_.c_str()) != 0) throw base::SystemError(file_);
+    path_.clear();
+  }
+
+ private:
+  HeldSignals heldSignals_;  // the first member, so that they are held until all is undone
+  const std::string& file_;
+  std::string path_;
+  base::Descriptor descriptor_;
+};
+
 }  // namespace
 
-OutputFile::OutputFile(std::string file) : file_(std::move(file)), path_(file_ + ".XXXXXX") {
-  CheckReplaceable(file_);
-  descriptor_ = base::Descriptor(mkostemp(path_.data(), O_CLOEXEC));
-  if (!descriptor_.IsOpen()) throw base::SystemError(file_);
+void CheckOutputFile(const std::string& file) {
+  ModeFor(file);
+  const NewFile canBeMade(file);
 }
 
-OutputFile::~OutputFile() {
-  if (!renamed_) unlink(path_.c_str());
-}
-
-// On the disk before it has the name: a crash leaves no empty file under it.
-void OutputFile::Finish(std::string_view bytes) {
-  Write(descriptor_.Number(), bytes, file_);
-  if (fchmod(descriptor_.Number(), kModeBeforeMask & ~FileModeMask()) != 0)
-    throw base::SystemError(file_);
-  if (fsync(descriptor_.Number()) != 0) throw base::SystemError(file_);
-  if (close(descriptor_.Release()) != 0) throw base::SystemError(file_);
-  CheckReplaceable(file_);  // it may have changed meanwhile
-  if (rename(path_.c_str(), file_.c_str()) != 0) throw base::SystemError(file_);
-  renamed_ = true;
+void WriteOutputFile(const std::string& file, std::string_view bytes) {
+  const mode_t mode = ModeFor(file);
+  NewFile(file).Finish(bytes, mode);
 }
 
 }  // namespace tools

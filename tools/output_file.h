@@ -4,34 +4,20 @@
 #include <string>
 #include <string_view>
 
-#include "base/descriptor.h"
-
 namespace tools {
 
-// A new file beside `file`, which takes its place when it is whole: a reader finds the old
-// file or the new one. It is removed again unless Finish succeeds; a process
-// that is killed leaves it: `file`, a dot and six characters.
-class OutputFile {
- public:
-  // Throws std::runtime_error, whose what() names the file, when it cannot be made, or when
-  // `file` exists and is no regular file: a device, a folder or a link is not what a rename
-  // should replace.
-  explicit OutputFile(std::string file);
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-  ~OutputFile();
+// Throws std::runtime_error, whose what() names the file, if WriteOutputFile could not write
+// `file` even now: its folder takes no new file, or it exists and is no regular file. A device, a
+// folder or a link is not what a rename should replace. To be called before long work for the
+// output. Changes nothing that stays.
+void CheckOutputFile(const std::string& file);
 
-  // Writes all of the file and gives it its name. The mode is 0666 without the bits of the
-  // umask, which is changed for a moment: not for a program with threads. To be called once, even
-  // after a failure. Waits until the disk has the bytes. Throws as the constructor does; the old
-  // file is left then.
-  void Finish(std::string_view bytes);
-
- private:
-  std::string file_;
-  std::string path_;  // of the new file
-  base::Descriptor descriptor_;
-  bool renamed_ = false;
-};
+// Writes a new file of these bytes beside `file`, which takes its place when it is whole and on
+// the disk: a reader finds the old file or the new one, and a failure leaves the old one. The new
+// file has the mode of the old one, or else 0666 without the bits of the umask, which is changed
+// for a moment: not for a program with threads. Its owner is the caller's, whosever the old file
+// was. Signals wait until all is done. Only a process that is killed in the middle
+// (SIGKILL) leaves the new file: `file`, a dot and six characters. Throws as CheckOutputFile does.
+void WriteOutputFile(const std::string& file, std::string_view bytes);
 
 }  // namespace tools

@@ -80,7 +80,7 @@ void Read(const Options& options, Reading& reading) {
   if (options.output.empty()) {
     reading.text = TextOf(reading.report, options);
   } else if (!reading.report.damage) {
-    tools::OutputFile(options.output).Finish(TextOf(reading.report, options));
+    tools::WriteOutputFile(options.output, TextOf(reading.report, options));
   }
 }
 

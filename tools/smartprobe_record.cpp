@@ -43,10 +43,10 @@ platform::Dictionary Record(const platform::Entry& device) {
 }
 
 int RecordHost(const tools::Arguments& arguments) {
-  tools::OutputFile output(*arguments.file);  // before any drive is woken for nothing
+  tools::CheckOutputFile(*arguments.file);  // before any drive is woken for nothing
   platform::Property listing = machines::ListingOf(machines::ReadLinuxMachine(), Record);
   if (arguments.Has("no-serials")) tools::MaskSerials(listing);
-  output.Finish(machines::WritePropertyList(listing));
+  tools::WriteOutputFile(*arguments.file, machines::WritePropertyList(listing));
   return 0;
 }
 
