@@ -25,8 +25,8 @@ std::system_error SystemError(const std::string& file) {
 }
 
 Descriptor OpenInput(const std::string& file) {
-  Descriptor input(file == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                               : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  Descriptor input(IsStandardStream(file) ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                          : open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (!input.IsOpen()) throw SystemError(file);
   return input;
 }

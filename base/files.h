@@ -1,4 +1,4 @@
-// Files by their names: input, standard input among it, and what went wrong with one.
+// Files by their names, "-" among them: the reading of one, and what went wrong with one.
 #pragma once
 
 #include <cstddef>
@@ -9,11 +9,14 @@
 
 namespace base {
 
+// Whether `file` names a standard stream: input where it is read, output where it is written.
+inline bool IsStandardStream(const std::string& file) { return file == "-"; }
+
 // The error that the last system call left in errno, so to be called before any other.
 // what() names the file.
 std::system_error SystemError(const std::string& file);
 
-// The file, opened for reading; "-" is standard input, which stays open when the result
+// The file, opened for reading; standard input stays open when the result
 // is closed: it is a second descriptor of the same open file, with the same position. A folder
 // opens, and fails when it is read; a named pipe waits for its writer. Throws std::system_error.
 Descriptor OpenInput(const std::string& file);

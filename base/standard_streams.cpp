@@ -3,16 +3,18 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
+#include <stdexcept>
 #include <string>
 
+#include "base/files.h"
 #include "base/printable_text.h"
 
 namespace base {
 namespace {
+
+constexpr const char* kOutput = "standard output";
 
 // A file that is opened gets the lowest free descriptor, so that one opened later could
 // become standard output. O_PATH occupies the descriptor of a closed stream, which still
@@ -37,13 +39,15 @@ void PrintError(std::string_view program, std::string_view what) {
   std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-int FinishOutput(std::string_view program) {
+void FinishOutput() {
   const bool failedBefore = std::ferror(stdout) != 0;
-  const bool failsNow = std::fflush(stdout) != 0;
-  if (!failedBefore && !failsNow) return 0;
-  PrintError(program, std::string("standard output: ") +
-                          (failsNow ? std::strerror(errno) : "some of it could not be written"));
-  return kFailureStatus;
+  if (std::fflush(stdout) != 0) throw SystemError(kOutput);
+  if (failedBefore) throw std::runtime_error(std::string(kOutput) + ": some of it is lost");
+}
+
+void Print(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) throw SystemError(kOutput);
+  FinishOutput();
 }
 
 }  // namespace base

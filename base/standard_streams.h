@@ -6,10 +6,6 @@
 
 namespace base {
 
-// The status of a program that could not do its work, but for smartprobe's own, which is
-// always 0, and for a verdict or a mistake in the arguments, which have theirs.
-inline constexpr int kFailureStatus = 1;
-
 // To be called before any file is opened. From then on a file at its limit of size makes a write
 // fail and does not end the process, and no file gets the descriptor of a standard stream that was
 // closed at the start. SIGPIPE stays as it was: by default it ends the process without a word.
@@ -19,9 +15,11 @@ void PrepareStandardStreams();
 // becomes of characters that do not fit one. A failure to print it is ignored.
 void PrintError(std::string_view program, std::string_view what);
 
-// To be called when the last of the output is written. Returns the status with which
-// the program ends: 0, or kFailureStatus after a message when some of it was lost. Flushes the
-// output and does not close it; an earlier failure counts, even if all is well by now.
-int FinishOutput(std::string_view program);
+// To be called when the last of the output is written: flushes it and does not close it. Throws
+// std::runtime_error, "standard output: why", when any of it was lost, also long before.
+void FinishOutput();
+
+// Prints `text` as the last of the output. Throws as FinishOutput does.
+void Print(std::string_view text);
 
 }  // namespace base

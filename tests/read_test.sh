@@ -30,7 +30,7 @@ shell 1 "$name: none: No such file or directory\$" '"$0" none'
 shell 1 "$name: -: line [0-9]*: the report is larger than 4 MiB\$" 'yes "$(cat good)" | "$0" --brief'
 shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 
-shell 2 "${critical//[()]/.}\$" '"$0" --check --json "$1"'
+shell 2 "${critical//[()]/.}\$" '"$0" --check --json --output - "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
 printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 25

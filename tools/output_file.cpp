@@ -12,6 +12,7 @@
 
 #include "base/descriptor.h"
 #include "base/files.h"
+#include "base/standard_streams.h"
 
 namespace tools {
 namespace {
@@ -94,11 +95,16 @@ class NewFile {
 }  // namespace
 
 void CheckOutputFile(const std::string& file) {
+  if (base::IsStandardStream(file)) return;
   ModeFor(file);
   const NewFile canBeMade(file);
 }
 
 void WriteOutputFile(const std::string& file, std::string_view bytes) {
+  if (base::IsStandardStream(file)) {
+    base::Print(bytes);
+    return;
+  }
   const mode_t mode = ModeFor(file);
   NewFile(file).Finish(bytes, mode);
 }

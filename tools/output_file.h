@@ -1,4 +1,5 @@
-// The writing of a program's output file, whole or not at all.
+// The writing of what a program was asked for: of a file, whole or not at all, or of standard
+// output, whose name is "-".
 #pragma once
 
 #include <string>
@@ -9,7 +10,7 @@ namespace tools {
 // Throws std::runtime_error, whose what() names the file, if WriteOutputFile could not write
 // `file` even now: its folder takes no new file, or it exists and is no regular file. A device, a
 // folder or a link is not what a rename should replace. To be called before long work for the
-// output. Changes nothing that stays.
+// output. Changes nothing that stays. Standard output is not tried.
 void CheckOutputFile(const std::string& file);
 
 // Writes a new file of these bytes beside `file`, which takes its place when it is whole and on
@@ -18,6 +19,7 @@ void CheckOutputFile(const std::string& file);
 // for a moment: not for a program with threads. Its owner is the caller's, whosever the old file
 // was. Signals wait until all is done. Only a process that is killed in the middle
 // (SIGKILL) leaves the new file: `file`, a dot and six characters. Throws as CheckOutputFile does.
+// Standard output gets the bytes as base::Print does it.
 void WriteOutputFile(const std::string& file, std::string_view bytes);
 
 }  // namespace tools

@@ -93,15 +93,14 @@ std::string HelpText(const CommandLine& line) {
   return text;
 }
 
-int Print(const CommandLine& line, const std::string& text) {
-  std::fputs(text.c_str(), stdout);
-  return base::FinishOutput(line.program);
-}
-
 int RunOrAnswer(const CommandLine& line, const Arguments& arguments, int (*run)(const Arguments&)) {
-  if (arguments.Has("help")) return Print(line, HelpText(line));
+  if (arguments.Has("help")) {
+    base::Print(HelpText(line));
+    return 0;
+  }
   if (arguments.Has("version")) {
-    return Print(line, std::string(line.program) + " " SMARTPROBE_VERSION "\n");
+    base::Print(std::string(line.program) + " " SMARTPROBE_VERSION "\n");
+    return 0;
   }
   if (line.needsFile && !arguments.file) throw UsageError("there is no FILE");
   if (arguments.file && arguments.file->empty()) throw UsageError("the name of FILE is empty");
@@ -124,7 +123,7 @@ int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const 
   } catch (const std::exception& error) {
     base::PrintError(line.program, error.what());
   }
-  return base::kFailureStatus;
+  return kFailureStatus;
 }
 
 }  // namespace tools

@@ -38,12 +38,16 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The status of a program that could not do its work, but for a verdict and a mistake in the
+// arguments, which have theirs.
+inline constexpr int kFailureStatus = 1;
+
 // The whole of a program's main: prepares the standard streams, parses the arguments, answers
 // --help and --version, and else returns what `run` returns. Options may stand before and
 // after the file; "--" ends them. After a mistake in the arguments, which `run` may throw as
 // UsageError too, the help is printed on standard error and `usageStatus` returned; after any
-// other exception it is 1, when its message was printed as one line. To be called once: getopt
-// keeps its place in the arguments, whose order it changes.
+// other exception it is kFailureStatus, when its message was printed as one line. To be called
+// once: getopt keeps its place in the arguments, whose order it changes.
 int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
                int usageStatus = 2);
 

@@ -1,12 +1,11 @@
 // smartprobe-read: a report for people and for monitoring.
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,7 +28,8 @@ const tools::CommandLine kCommandLine = {
      {"json", nullptr, "One JSON document, for programs"},
      {"prometheus", nullptr, "Metrics for Prometheus"},
      {"check", nullptr, "Say first if all is well; status 0 well, 1 worn, 2 failing, 3 unknown"},
-     {"output", "FILE", "Print into FILE, which only a whole report replaces"}},
+     {"output", "FILE",
+      "Print into FILE, which only a whole report replaces; - is standard output"}},
     "The report; - is standard input, which is the default",
     false};
 
@@ -41,7 +41,7 @@ enum class Form { kTable, kBrief, kJson, kPrometheus };
 struct Options {
   Form form = Form::kTable;
   bool checks = false;
-  std::string output;  // empty: standard output
+  std::string output = "-";
   std::string file = "-";
 };
 
@@ -52,10 +52,12 @@ struct Reading {
   std::vector<std::string> faults;  // the report's damage among them
 };
 
+bool IsPrinted(const Options& options) { return base::IsStandardStream(options.output); }
+
 bool HasColors(const Options& options) {
   const char* noColor = std::getenv("NO_COLOR");
   if (noColor != nullptr && *noColor != '\0') return false;
-  return options.output.empty() && isatty(STDOUT_FILENO) != 0;
+  return IsPrinted(options) && isatty(STDOUT_FILENO) != 0;
 }
 
 std::string TextOf(const report::Report& report, const Options& options) {
@@ -77,7 +79,7 @@ void Read(const Options& options, Reading& reading) {
   if (const auto& damage = reading.report.damage) {
     reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
   }
-  if (options.output.empty()) {
+  if (IsPrinted(options)) {
     reading.text = TextOf(reading.report, options);
   } else if (!reading.report.damage) {
     tools::WriteOutputFile(options.output, TextOf(reading.report, options));
@@ -96,32 +98,27 @@ Reading TryToRead(const Options& options) {
   return reading;
 }
 
-// Returns 0, or kFailureStatus after a message when some of it was lost.
-int Print(const std::string& text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size()) {
-    return base::FinishOutput(kCommandLine.program);
-  }
-  base::PrintError(kCommandLine.program, std::string("standard output: ") + std::strerror(errno));
-  return base::kFailureStatus;
-}
-
 int Show(const Reading& reading) {
   for (const std::string& fault : reading.faults) {
     base::PrintError(kCommandLine.program, fault);
   }
-  const int status = Print(reading.text);
-  return reading.faults.empty() ? status : base::kFailureStatus;
+  base::Print(reading.text);
+  return reading.faults.empty() ? 0 : tools::kFailureStatus;
 }
 
 // A JSON document or metrics on standard output must not have the summary among them.
 int ShowChecked(const Reading& reading, const Options& options) {
   const auto [verdict, summary] = report::Check(reading.report, reading.faults);
   const bool isForPeople = options.form == Form::kTable || options.form == Form::kBrief;
-  const bool isApart = options.output.empty() && !isForPeople;
+  const bool isApart = IsPrinted(options) && !isForPeople;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
-  const bool isLost = Print(reading.text) != 0;
-  return isLost && verdict != report::Verdict::kCritical ? kUnknownStatus
-                                                         : static_cast<int>(verdict);
+  try {
+    base::Print(reading.text);
+  } catch (const std::runtime_error& error) {
+    base::PrintError(kCommandLine.program, error.what());
+    if (verdict != report::Verdict::kCritical) return kUnknownStatus;
+  }
+  return static_cast<int>(verdict);
 }
 
 Options OptionsOf(const tools::Arguments& arguments) {

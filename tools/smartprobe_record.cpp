@@ -20,7 +20,7 @@ const tools::CommandLine kCommandLine = {
     "Writes the drives of this host as a recorded machine.",
     {{"no-serials", nullptr,
       "Put X in the place of serial numbers, for a file that others may see"}},
-    "The property list to write",
+    "The property list to write; - is standard output",
     true};
 
 // The name of the medium below a device, such as "sda".
