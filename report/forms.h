@@ -17,7 +17,7 @@ std::string TableText(const Report& report, bool hasColors);
 // For people with many drives: one line a drive, and the devices that could not be read.
 std::string BriefText(const Report& report, bool hasColors);
 
-// One JSON document, a drive a line, with the report's characters as they are. "flags" is the
+// One JSON document in ASCII, a drive a line, whose texts are the report's exactly. "flags" is the
 // report's number, "flags_ata" the same with its bytes exchanged, as the standard numbers its
 // bits. Throws where a text is not UTF-8, which ParseReport never gives.
 std::string JsonText(const Report& report);

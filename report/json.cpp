@@ -9,6 +9,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+// In ASCII, whatever the texts are: every other character is escaped, and so comes through any
+// channel as it was.
+std::string Dump(const Json& value) { return value.dump(-1, ' ', true); }
+
 // The flags word with its bytes in the order of the drive's standard.
 unsigned AtaFlags(std::uint16_t flags) { return (flags & 0xFFU) << 8U | flags >> 8U; }
 
@@ -44,10 +48,10 @@ std::string JsonText(const Report& report) {
   for (const Drive& drive : report.drives) {
     if (&drive != &report.drives.front()) text += ',';
     Set(object, drive);
-    text.append("\n").append(object.dump());
+    text.append("\n").append(Dump(object));
   }
   if (!report.drives.empty()) text += '\n';
-  return text + "],\"not_read\":" + Json(report.notRead).dump() + "}\n";
+  return text + "],\"not_read\":" + Dump(report.notRead) + "}\n";
 }
 
 }  // namespace report

@@ -113,10 +113,9 @@ std::string Marked(const std::string& colored) {
 TEST(Report, AsJson) {
   EXPECT_EQ(report::JsonText(report::ParseReport(kOdd)),
             R"({"drives":[
-{"device":"d","product":" \"q\\:::x ","revision":"  r\u001b[ʎ ","capacity":"1.00 TB","serial":"  s\u0000��� ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off Tra\u001bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
+{"device":"d","product":"\u00a0\"q\\:::x ","revision":"  r\u001b[\u028e ","capacity":"1.00 TB","serial":"  s\u0000\ufffd\ufffd\ufffd ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00a0Tra\u001bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
 {"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","threshold_exceeded":false,"attributes":[]}
-],"not_read":["d","/dev/a\"\\\u0001)" +
-                kUnfit.substr(1) + R"(",""]}
+],"not_read":["d","/dev/a\"\\\u0001\u007f\u009b\u061c\u200d\u200e\u200f\u2028\u202e\u202c\u202f\u2065\u2066\u2069\u206a",""]}
 )");
 }
 
