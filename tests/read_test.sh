@@ -49,7 +49,7 @@ shell 1 "$name: file: File too large" \
   'ulimit -f 1; "$0" --prometheus --output file "$1"'
 shell 2 '' '"$0" --check --output none/file "$1"'
 printed "${critical%; *}; none/file: No such file or directory; ${critical##*; }" 1
-for arguments in '--json --table' '--output= file' '--output "" file' '--output'; do
+for arguments in '--json --table' '--output= file' '--output "" file' '--output' '--js' '--json=1'; do
   bash -c "\"\$0\" $arguments" "$program" 2>"$work/err" >"$work/out" <"$input"
   [ $? = 3 ] && [ ! -s "$work/out" ] && grep -q "^Usage: $name" "$work/err" || fail "$arguments"
 done

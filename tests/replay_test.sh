@@ -20,7 +20,7 @@ for input in "$examples"/*.plist; do
 done
 check 0 '' "$program" --version
 grep -Eq "^$name [0-9]+\.[0-9]+\.[0-9]+$" "$work/out" || fail '--version'
-check 0 '' "$program" --help
+check 0 '' "$program" -h
 grep -q "^Usage: $name" "$work/out" || fail '--help'
 
 for arguments in '' '--unknown' 'one two'; do

@@ -1,11 +1,8 @@
 #include "tools/program.h"
 
-#include <getopt.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <new>
 #include <utility>
@@ -15,62 +12,56 @@
 namespace tools {
 namespace {
 
-// What getopt returns for the first option; no character is so large.
-constexpr int kFirstOption = 256;
-
 std::vector<Option> AllOptions(const CommandLine& line) {
   std::vector<Option> options = line.options;
-  options.push_back({"help", nullptr, "Print this help and exit"});
+  options.push_back({"help", nullptr, "Print this help and exit, as -h does"});
   options.push_back({"version", nullptr, "Print the version and exit"});
   return options;
 }
 
-std::vector<option> GetoptOptions(const std::vector<Option>& options) {
-  std::vector<option> known;
-  known.reserve(options.size() + 1);
-  for (const Option& each : options) {
-    const int hasValue = each.value == nullptr ? no_argument : required_argument;
-    known.push_back({each.name, hasValue, nullptr, kFirstOption + static_cast<int>(known.size())});
-  }
-  known.push_back({});
-  return known;
-}
-
-const Option& OptionOf(int code, const std::vector<Option>& options) {
-  return options[static_cast<std::size_t>(code - kFirstOption)];
-}
-
 std::string Dashed(const Option& option) { return std::string("--") + option.name; }
 
-// What is wrong, in words; `found` is what getopt returned.
-std::string Mistake(int found, const char* argument, const std::vector<Option>& options) {
-  if (optopt >= kFirstOption) {
-    return Dashed(OptionOf(optopt, options)) +
-           (found == ':' ? " needs a value" : " takes no value");
+// getopt_long would take an abbreviation too, which a later option can make ambiguous.
+const Option& OptionOf(const std::string& name, const std::vector<Option>& options) {
+  for (const Option& option : options) {
+    if (Dashed(option) == (name == "-h" ? "--help" : name)) return option;
   }
-  const std::string unknown = "unknown option ";
-  return optopt != 0 ? unknown + '-' + static_cast<char>(optopt) : unknown + argument;
+  throw UsageError("unknown option " + name);
+}
+
+// Adds the option at given[i], and moves i to its value if that is an argument of its own.
+void AddOption(Arguments& arguments, const std::vector<Option>& options,
+               const std::vector<std::string>& given, std::size_t& i) {
+  const std::size_t equals = given[i].find('=');
+  const bool hasValue = equals != std::string::npos;
+  const Option& option = OptionOf(given[i].substr(0, equals), options);
+  std::string value;
+  if (option.value == nullptr) {
+    if (hasValue) throw UsageError(Dashed(option) + " takes no value");
+  } else {
+    if (!hasValue && i + 1 == given.size()) throw UsageError(Dashed(option) + " needs a value");
+    value = hasValue ? given[i].substr(equals + 1) : given[++i];
+    if (value.empty()) throw UsageError(Dashed(option) + " has an empty value");
+  }
+  arguments.options[option.name] = value;
 }
 
 Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
   const std::vector<Option> options = AllOptions(line);
-  const std::vector<option> known = GetoptOptions(options);
+  const std::vector<std::string> given(argv, argv + argc);
   Arguments arguments;
-  unsetenv("POSIXLY_CORRECT");  // with it, options after the file would be files
-  opterr = 0;
-  for (;;) {
-    const int found = getopt_long(argc, argv, ":", known.data(), nullptr);
-    if (found == -1) break;
-    if (found < kFirstOption) throw UsageError(Mistake(found, argv[optind - 1], options));
-    const Option& option = OptionOf(found, options);
-    const std::string value = option.value == nullptr ? "" : optarg;
-    if (option.value != nullptr && value.empty()) {
-      throw UsageError(Dashed(option) + " has an empty value");
+  bool mayBeOption = true;
+  for (std::size_t i = 1; i < given.size(); i++) {
+    if (mayBeOption && given[i] == "--") {
+      mayBeOption = false;
+    } else if (mayBeOption && given[i].size() > 1 && given[i].front() == '-') {
+      AddOption(arguments, options, given, i);
+    } else if (arguments.file) {
+      throw UsageError("one FILE too many, " + given[i]);
+    } else {
+      arguments.file = given[i];
     }
-    arguments.options[option.name] = value;
   }
-  if (optind < argc) arguments.file = argv[optind++];
-  if (optind < argc) throw UsageError(std::string("one FILE too many, ") + argv[optind]);
   return arguments;
 }
 

@@ -43,11 +43,10 @@ struct UsageError : std::runtime_error {
 inline constexpr int kFailureStatus = 1;
 
 // The whole of a program's main: prepares the standard streams, parses the arguments, answers
-// --help and --version, and else returns what `run` returns. Options may stand before and
-// after the file; "--" ends them. After a mistake in the arguments, which `run` may throw as
-// UsageError too, the help is printed on standard error and `usageStatus` returned; after any
-// other exception it is kFailureStatus, when its message was printed as one line. To be called
-// once: getopt keeps its place in the arguments, whose order it changes.
+// --help, -h and --version, and else returns what `run` returns. Options may stand before and
+// after the file, none abbreviated; "--" ends them. After a mistake in the arguments, which `run`
+// may throw as UsageError too, the help is printed on standard error and `usageStatus` returned;
+// after any other exception it is kFailureStatus, when its message was printed as one line.
 int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
                int usageStatus = 2);
 
