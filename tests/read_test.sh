@@ -63,6 +63,8 @@ colors() {
 }
 if script -qec true /dev/null >"$work/out" 2>&1 </dev/null; then
   [ "$(colors NO_COLOR=)/$(colors NO_COLOR=1)" = 17/0 ] || fail 'the colors on a terminal'
+  timeout 20 script -qec "$program" /dev/null </dev/null | grep 'waiting for a report' >/dev/null ||
+    fail 'nobody is told that the program waits'
 else
   echo "SKIPPED: no terminal: $(head -1 "$work/out")"
 fi

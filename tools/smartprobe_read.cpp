@@ -74,7 +74,14 @@ std::string TextOf(const report::Report& report, const Options& options) {
   return report::TableText(report, HasColors(options));
 }
 
+// Whoever forgot the file would else wonder what takes so long.
+void TellOfWaiting(const Options& options) {
+  if (!base::IsStandardStream(options.file) || isatty(STDIN_FILENO) == 0) return;
+  base::PrintError(kCommandLine.program, "waiting for a report on standard input");
+}
+
 void Read(const Options& options, Reading& reading) {
+  TellOfWaiting(options);
   reading.report = report::ParseReport(base::ReadUpTo(report::kMaxReportSize + 1, options.file));
   if (const auto& damage = reading.report.damage) {
     reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
