@@ -16,6 +16,7 @@ std::string Dump(const Json& value) { return value.dump(-1, ' ', true); }
 // The flags word with its bytes in the order of the drive's standard.
 unsigned AtaFlags(std::uint16_t flags) { return (flags & 0xFFU) << 8U | flags >> 8U; }
 
+// `object` is one already: a null that becomes one while memory runs out cannot be destroyed.
 void Set(Json& object, const Attribute& attribute) {
   object["id"] = attribute.id;
   object["name"] = attribute.name;
@@ -37,14 +38,14 @@ void Set(Json& object, const Drive& drive) {
   object["threshold_exceeded"] = drive.thresholdExceeded;
   object["attributes"] = Json::array();
   for (const Attribute& attribute : drive.attributes)
-    Set(object["attributes"].emplace_back(), attribute);
+    Set(object["attributes"].emplace_back(Json::object()), attribute);
 }
 
 }  // namespace
 
 std::string JsonText(const Report& report) {
   std::string text = "{\"drives\":[";
-  Json object;
+  Json object = Json::object();
   for (const Drive& drive : report.drives) {
     if (&drive != &report.drives.front()) text += ',';
     Set(object, drive);

@@ -98,23 +98,34 @@ int RunOrAnswer(const CommandLine& line, const Arguments& arguments, int (*run)(
   return run(arguments);
 }
 
-}  // namespace
-
-int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
-               int usageStatus) {
-  base::PrepareStandardStreams();
+// Throws std::bad_alloc alone, which may also happen where a failure is told.
+int RunAndTell(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
+               Statuses statuses) {
   try {
     return RunOrAnswer(line, ParseArguments(line, argc, argv), run);
   } catch (const UsageError& error) {
     base::PrintError(line.program, error.what());
     std::fputs(HelpText(line).c_str(), stderr);
-    return usageStatus;
+    return statuses.usage;
   } catch (const std::bad_alloc&) {
-    std::fprintf(stderr, "%s: out of memory\n", line.program);
+    throw;
   } catch (const std::exception& error) {
     base::PrintError(line.program, error.what());
+    return statuses.failure;
   }
-  return kFailureStatus;
+}
+
+}  // namespace
+
+int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
+               Statuses statuses) {
+  base::PrepareStandardStreams();
+  try {
+    return RunAndTell(line, argc, argv, run, statuses);
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "%s: out of memory\n", line.program);
+    return statuses.failure;
+  }
 }
 
 }  // namespace tools

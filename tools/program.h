@@ -38,16 +38,18 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The status of a program that could not do its work, but for a verdict and a mistake in the
-// arguments, which have theirs.
-inline constexpr int kFailureStatus = 1;
+// With what a program ends that could not do its work.
+struct Statuses {
+  int failure = 1;
+  int usage = 2;  // after a mistake in the arguments
+};
 
 // The whole of a program's main: prepares the standard streams, parses the arguments, answers
 // --help, -h and --version, and else returns what `run` returns. Options may stand before and
-// after the file, none abbreviated; "--" ends them. After a mistake in the arguments, which `run`
-// may throw as UsageError too, the help is printed on standard error and `usageStatus` returned;
-// after any other exception it is kFailureStatus, when its message was printed as one line.
+// after the file, none abbreviated; "--" ends them. A mistake in the arguments, which `run` may
+// throw as UsageError too, is printed on standard error with the help; any other exception as one
+// line. Then the status is one of `statuses`.
 int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
-               int usageStatus = 2);
+               Statuses statuses = {});
 
 }  // namespace tools

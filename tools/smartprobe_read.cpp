@@ -1,12 +1,14 @@
 // smartprobe-read: a report for people and for monitoring.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/files.h"
@@ -110,7 +112,7 @@ int Show(const Reading& reading) {
     base::PrintError(kCommandLine.program, fault);
   }
   base::Print(reading.text);
-  return reading.faults.empty() ? 0 : tools::kFailureStatus;
+  return reading.faults.empty() ? 0 : tools::Statuses().failure;
 }
 
 // A JSON document or metrics on standard output must not have the summary among them.
@@ -150,18 +152,24 @@ Options OptionsOf(const tools::Arguments& arguments) {
 int ReadReport(const tools::Arguments& arguments) {
   const Options options = OptionsOf(arguments);
   const Reading reading = TryToRead(options);
-  if (!options.checks) return Show(reading);
-  try {
-    return ShowChecked(reading, options);
-  } catch (const std::bad_alloc&) {
-    // Any other status would be taken for a verdict.
-    std::fprintf(stderr, "%s: out of memory\n", kCommandLine.program);
-    return kUnknownStatus;
-  }
+  return options.checks ? ShowChecked(reading, options) : Show(reading);
+}
+
+// Nothing is allocated for it: memory may run out before the arguments are parsed.
+bool IsCheck(int argc, char** argv) {
+  return std::any_of(argv, argv + argc,
+                     [](std::string_view argument) { return argument == "--check"; });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, kUnknownStatus);
+  tools::Statuses statuses{.usage = kUnknownStatus};
+  if (IsCheck(argc, argv)) {
+    // Monitoring would take any other for a verdict.
+    statuses.failure = kUnknownStatus;
+    // Destroying a JSON value takes memory too, and must not throw.
+    std::set_terminate([] { std::_Exit(kUnknownStatus); });
+  }
+  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, statuses);
 }
