@@ -6,6 +6,8 @@
 #include <array>
 #include <iterator>
 
+#include "base/trimmed.h"
+
 namespace base {
 namespace {
 
@@ -47,9 +49,7 @@ std::string OneLine(std::string_view text) {
 
 std::string PrintableASCII(std::string_view text) {
   constexpr std::string_view kPadding(" \0", 2);
-  const std::size_t first = text.find_first_not_of(kPadding);
-  if (first == std::string_view::npos) return "";
-  std::string printable(text.substr(first, text.find_last_not_of(kPadding) + 1 - first));
+  std::string printable(Trimmed(text, kPadding));
   for (char& character : printable) {
     if (character < 0x20 || character > 0x7E) character = '?';
   }

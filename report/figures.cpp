@@ -1,7 +1,6 @@
 #include "report/figures.h"
 
 #include <array>
-#include <charconv>
 #include <span>
 
 namespace report {
@@ -29,9 +28,9 @@ std::optional<Figure> Parse(std::string_view text, std::span<const FixedText> fi
   for (const FixedText& fixed : fixedTexts) {
     if (fixed.text == text) return fixed.figure;
   }
-  const std::optional<unsigned> number = ParseDecimal(text, UINT8_MAX);
+  const auto number = ParseDecimal<std::uint8_t>(text);
   if (!number) return std::nullopt;
-  return Figure{static_cast<std::uint8_t>(*number), true};
+  return Figure{*number, true};
 }
 
 std::string Text(std::uint8_t number, std::span<const FixedText> fixedTexts) {
@@ -42,15 +41,6 @@ std::string Text(std::uint8_t number, std::span<const FixedText> fixedTexts) {
 }
 
 }  // namespace
-
-std::optional<unsigned> ParseDecimal(std::string_view text, unsigned max) {
-  unsigned number = 0;
-  const char* end = text.data() + text.size();
-  const auto [parsed, error] = std::from_chars(text.data(), end, number);
-  const bool hasLeadingZero = text.size() > 1 && text.front() == '0';
-  if (error != std::errc() || parsed != end || hasLeadingZero || number > max) return std::nullopt;
-  return number;
-}
 
 std::optional<Figure> ParseValue(std::string_view text) { return Parse(text, kValueTexts); }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/numbers.h"
+
 namespace report {
 
 struct Figure {
@@ -13,8 +15,13 @@ struct Figure {
   bool valid = true;  // false: the report calls the number invalid
 };
 
-// A decimal number of at most `max` without sign or leading zeros. Nothing: it is none.
-std::optional<unsigned> ParseDecimal(std::string_view text, unsigned max);
+// A decimal number of an unsigned type, as the report has it; nullopt if `text` is none, or has a
+// leading zero.
+template <typename Number>
+std::optional<Number> ParseDecimal(std::string_view text) {
+  if (text.size() > 1 && text.front() == '0') return std::nullopt;
+  return base::ParseNumber<Number>(text, 10);
+}
 
 // Nothing: `text` is neither a number up to 255 nor a text that stands for one. "No Data" is 100
 // and valid: the probe prints that for a value of 100.

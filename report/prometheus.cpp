@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/printable_text.h"
+#include "base/trimmed.h"
 #include "report/forms.h"
 #include "report/health.h"
 #include "report/text.h"
@@ -57,8 +58,8 @@ Devices DevicesOf(const Report& report) {
   };
   Devices devices;
   for (const Drive& drive : report.drives) {
-    const std::string names =
-        Labels({{"product", Trim(drive.product)}, {"serial", Trim(drive.serial)}});
+    const std::string names = Labels({{"product", base::Trimmed(drive.product, kPadding)},
+                                      {"serial", base::Trimmed(drive.serial, kPadding)}});
     devices.read.push_back({&drive, numbered(drive.device) + "," + names});
   }
   for (const std::string& device : report.notRead) devices.notRead.push_back(numbered(device));

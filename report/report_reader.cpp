@@ -91,9 +91,9 @@ const Status& ParseStatus(std::string_view text) {
 }
 
 std::uint8_t ParseId(std::string_view text) {
-  const unsigned id = Checked(ParseDecimal(text, UINT8_MAX), "the identifier is no number to 255");
+  const auto id = Checked(ParseDecimal<std::uint8_t>(text), "the identifier is no number to 255");
   if (id == 0) throw BadLine("the identifier is 0");
-  return static_cast<std::uint8_t>(id);
+  return id;
 }
 
 Line ParseTag(std::string_view line) {
@@ -128,8 +128,8 @@ Attribute ParseAttribute(std::string_view fields) {
   attribute.threshold = threshold.number;
   attribute.value = value.number;
   attribute.valid = value.valid && threshold.valid;
-  attribute.flags = static_cast<std::uint16_t>(
-      Checked(ParseDecimal(PopLast(fields), UINT16_MAX), "the flags are no number to 65535"));
+  attribute.flags =
+      Checked(ParseDecimal<std::uint16_t>(PopLast(fields)), "the flags are no number to 65535");
   attribute.name = ToText(fields);
   return attribute;
 }

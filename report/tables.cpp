@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/printable_text.h"
+#include "base/trimmed.h"
 #include "report/figures.h"
 #include "report/forms.h"
 #include "report/health.h"
@@ -129,7 +130,7 @@ std::vector<Row> RowsOf(const Drive& drive) {
 }
 
 void AppendField(std::string& heading, std::string_view label, std::string_view field) {
-  const std::string_view trimmed = Trim(field);
+  const std::string_view trimmed = base::Trimmed(field, kPadding);
   if (!trimmed.empty()) heading.append(", ").append(label).append(base::OneLine(trimmed));
 }
 
@@ -158,7 +159,7 @@ constexpr const char* kNothing = "-";
 
 // An empty cell would be hard to see among the others.
 std::string Cell(std::string_view field) {
-  const std::string_view trimmed = Trim(field);
+  const std::string_view trimmed = base::Trimmed(field, kPadding);
   return trimmed.empty() ? kNothing : base::OneLine(trimmed);
 }
 

@@ -29,12 +29,6 @@ std::size_t Width(std::string_view text) {
   return static_cast<std::size_t>(utf8::unchecked::distance(text.begin(), text.end()));
 }
 
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 std::string Shortened(const std::string& text, std::size_t width) {
   if (Width(text) <= width) return text;
   auto end = text.begin();

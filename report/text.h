@@ -17,8 +17,8 @@ std::string ToText(std::string_view bytes);
 // In code points; `text` is UTF-8. Characters of two columns, or of none, count as one.
 std::size_t Width(std::string_view text);
 
-// `text` without the blanks that pad it, borrowed from it. No other white space counts.
-std::string_view Trim(std::string_view text);
+// What pads texts in a report. No other white space counts.
+inline constexpr std::string_view kPadding = " ";
 
 // `text`, or of one wider than `width`, which is not 0, the start and an ellipsis,
 // `width` code points together.
