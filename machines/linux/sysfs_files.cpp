@@ -4,27 +4,17 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstddef>
 #include <string_view>
-#include <system_error>
 
 #include "base/descriptor.h"
+#include "base/numbers.h"
+#include "base/trimmed.h"
 
 namespace machines {
 namespace {
 
 constexpr std::size_t kPageSize = 4096;
-
-// All of `text` as a decimal number.
-template <typename T>
-std::optional<T> ParseDecimal(std::string_view text) {
-  T value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || stop != end) return std::nullopt;
-  return value;
-}
 
 }  // namespace
 
@@ -44,23 +34,19 @@ std::optional<std::string> ReadFile(const std::filesystem::path& file) {
 }
 
 std::string ReadText(const std::filesystem::path& file) {
-  constexpr std::string_view kWhiteSpace = " \t\n";
-  const std::string content = ReadFile(file).value_or("");
-  const std::size_t first = content.find_first_not_of(kWhiteSpace);
-  if (first == std::string::npos) return "";
-  return content.substr(first, content.find_last_not_of(kWhiteSpace) + 1 - first);
+  return std::string(base::Trimmed(ReadFile(file).value_or(""), " \t\n"));
 }
 
 std::optional<std::uint64_t> ReadNumber(const std::filesystem::path& file) {
-  return ParseDecimal<std::uint64_t>(ReadText(file));
+  return base::ParseNumber<std::uint64_t>(ReadText(file), 10);
 }
 
 std::optional<dev_t> ReadDeviceNumber(const std::filesystem::path& file) {
   const std::string text = ReadText(file);
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos) return std::nullopt;
-  const auto major = ParseDecimal<unsigned int>(std::string_view(text).substr(0, colon));
-  const auto minor = ParseDecimal<unsigned int>(std::string_view(text).substr(colon + 1));
+  const auto major = base::ParseNumber<unsigned int>(std::string_view(text).substr(0, colon), 10);
+  const auto minor = base::ParseNumber<unsigned int>(std::string_view(text).substr(colon + 1), 10);
   if (!major || !minor) return std::nullopt;
   return makedev(*major, *minor);
 }

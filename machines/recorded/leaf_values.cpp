@@ -6,35 +6,24 @@
 #include <chrono>
 #include <cstdint>
 #include <string_view>
-#include <system_error>
 #include <utility>
+
+#include "base/numbers.h"
+#include "base/trimmed.h"
 
 namespace machines {
 namespace {
 
+using base::ParseNumber;
+using base::Trimmed;
 using platform::Property;
 
 constexpr std::string_view kWhiteSpace = " \t\n";
-
-std::string_view Trimmed(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
-  return text.substr(0, text.find_last_not_of(kWhiteSpace) + 1);
-}
 
 bool RemovePrefix(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
   text.remove_prefix(prefix.size());
   return true;
-}
-
-// The number that the whole of `text` is. `format` is from_chars' base or chars_format.
-template <typename Value, typename Format>
-std::optional<Value> ParseNumber(std::string_view text, Format format) {
-  Value value{};
-  const char* end = text.data() + text.size();
-  const auto [parsed, error] = std::from_chars(text.data(), end, value, format);
-  if (error != std::errc() || parsed != end) return std::nullopt;
-  return value;
 }
 
 bool HasForm(std::string_view text, std::string_view form) {
@@ -79,7 +68,7 @@ std::optional<Property> ParseData(std::string text) {
 }
 
 std::optional<Property> ParseInteger(std::string_view text) {
-  std::string_view figures = Trimmed(text);
+  std::string_view figures = Trimmed(text, kWhiteSpace);
   const bool isNegative = RemovePrefix(figures, "-");
   if (!isNegative) RemovePrefix(figures, "+");
   const bool isHexadecimal = RemovePrefix(figures, "0x") || RemovePrefix(figures, "0X");
@@ -90,7 +79,7 @@ std::optional<Property> ParseInteger(std::string_view text) {
 }
 
 std::optional<Property> ParseReal(std::string_view text) {
-  std::string_view figures = Trimmed(text);
+  std::string_view figures = Trimmed(text, kWhiteSpace);
   if (RemovePrefix(figures, "+") && figures.starts_with('-')) return std::nullopt;
   const auto value = ParseNumber<double>(figures, std::chars_format::general);
   if (!value) return std::nullopt;
@@ -99,7 +88,7 @@ std::optional<Property> ParseReal(std::string_view text) {
 
 std::optional<Property> ParseDate(std::string_view text) {
   using namespace std::chrono;
-  const std::string_view date = Trimmed(text);
+  const std::string_view date = Trimmed(text, kWhiteSpace);
   if (!HasForm(date, "0000-00-00T00:00:00Z")) return std::nullopt;
   const auto figures = [date](std::size_t first, std::size_t count = 2) {
     return *ParseNumber<int>(date.substr(first, count), 10);
