@@ -12,8 +12,8 @@ namespace base {
 // Whether `file` names a standard stream: input where it is read, output where it is written.
 inline bool IsStandardStream(const std::string& file) { return file == "-"; }
 
-// The error that the last system call left in errno, so to be called before any other.
-// what() names the file.
+// An error whose what() is `file`, a colon and the meaning of errno. To be called right after the
+// system call that failed, since any other may change errno.
 std::system_error SystemError(const std::string& file);
 
 // The file, opened for reading; standard input stays open when the result

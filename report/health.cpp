@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/printable_text.h"
-#include "report/text.h"
 
 namespace report {
 namespace {
@@ -96,6 +95,14 @@ std::string_view HealthWord(Health health) {
       break;
   }
   return "failing";
+}
+
+std::string PathText(std::string_view device) {
+  return device.empty() ? "(no path)" : base::OneLine(device);
+}
+
+std::string DamageText(const Damage& damage) {
+  return "line " + std::to_string(damage.line) + ": " + damage.what;
 }
 
 const Attribute* FindNearestToThreshold(const Drive& drive) {

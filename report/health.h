@@ -1,5 +1,5 @@
 // What the report says about the health of each drive, in one of four grades, and of all of
-// them, in one verdict for monitoring.
+// them, in one verdict for monitoring; and the words for people to tell of it.
 #pragma once
 
 #include <string>
@@ -27,9 +27,15 @@ Health HealthOf(const Drive& drive);
 // What every form for people calls it: one or two words, static.
 std::string_view HealthWord(Health health);
 
-// The attribute whose value is the least above its threshold, or the most below it; the first
-// of several. Only valid figures count, and only a threshold that can be reached and passed:
-// 1 to 253. Null: there is none. The drive owns it.
+// The device's path for one line, or words for an empty one.
+std::string PathText(std::string_view device);
+
+// "line 12: what is wrong"
+std::string DamageText(const Damage& damage);
+
+// The attribute whose value is the least above its threshold, or the most below it; the first of
+// several. Only valid values and thresholds count, and no threshold that always passes or fails:
+// it has to be from 1 to 253. Null if there is none. The drive owns it.
 const Attribute* FindNearestToThreshold(const Drive& drive);
 
 // The numbers are the statuses that monitoring plug-ins end with.
@@ -37,15 +43,17 @@ enum class Verdict { kOk = 0, kWarning = 1, kCritical = 2, kUnknown = 3 };
 
 struct Judgement {
   Verdict verdict;
-  // "smartprobe CRITICAL: failing: /dev/rdisk1; not read: /dev/rdisk4", for one line
+  // "smartprobe CRITICAL: failing: /dev/rdisk1; not read: /dev/rdisk4", for one line, with every
+  // device that it tells of, however many
   std::string summary;
 };
 
-// `faults` are the words for what keeps a good verdict from being trusted, the report's damage
-// among them; a damaged report is never well, whatever they are. A drive that fails is worse than
-// one that nothing is known about, and that is worse than a worn one: the condition of an unknown
-// drive may be any. A report without drives is unknown, since a probe that finds nothing would else
-// look well for ever. The summary names every device that it tells of, whatever its length.
+// `faults`, words for the summary, keep the verdict from being good; so does the report's damage,
+// whether it is among them or not. The first of these that is so makes the verdict:
+// - critical: a drive is failing;
+// - unknown: there is a fault, a device that could not be read, or no drive. The drive that nothing
+//   is known of may be failing, and a probe that finds nothing would else look well for ever;
+// - warning: a drive is worn, or has no attributes.
 Judgement Check(const Report& report, const std::vector<std::string>& faults);
 
 }  // namespace report

@@ -1,5 +1,7 @@
 // The report in the text format of Prometheus, for a textfile collector: one metric after
 // the other, since the samples of each have to stand together.
+#include <utf8.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -11,25 +13,32 @@
 #include "base/trimmed.h"
 #include "report/forms.h"
 #include "report/health.h"
-#include "report/text.h"
 
 namespace report {
 namespace {
 
 // In characters. A label stands on many series, which a long one would blow up.
-constexpr std::size_t kMaxLabel = 64;
+constexpr std::ptrdiff_t kMaxLabel = 64;
 
 struct Label {
   std::string_view name;
   std::string_view value;
 };
 
+// `text`, or the start of one that is too long and an ellipsis.
+std::string Shortened(const std::string& text) {
+  if (utf8::unchecked::distance(text.begin(), text.end()) <= kMaxLabel) return text;
+  auto end = text.begin();
+  utf8::unchecked::advance(end, kMaxLabel - 1);
+  return std::string(text.begin(), end) + "\u2026";
+}
+
 std::string Labels(std::initializer_list<Label> labels) {
   std::string text;
   for (const Label& label : labels) {
     if (!text.empty()) text += ',';
     text.append(label.name).append("=\"");
-    for (const char c : Shortened(base::OneLine(label.value), kMaxLabel)) {
+    for (const char c : Shortened(base::OneLine(label.value))) {
       if (c == '\\' || c == '"') text += '\\';
       text += c;
     }
@@ -58,8 +67,8 @@ Devices DevicesOf(const Report& report) {
   };
   Devices devices;
   for (const Drive& drive : report.drives) {
-    const std::string names = Labels({{"product", base::Trimmed(drive.product, kPadding)},
-                                      {"serial", base::Trimmed(drive.serial, kPadding)}});
+    const std::string names = Labels({{"product", base::Trimmed(drive.product, " ")},
+                                      {"serial", base::Trimmed(drive.serial, " ")}});
     devices.read.push_back({&drive, numbered(drive.device) + "," + names});
   }
   for (const std::string& device : report.notRead) devices.notRead.push_back(numbered(device));

@@ -10,8 +10,8 @@
 
 namespace report {
 
-// All texts are valid UTF-8 (text.h) and may hold any character but the line feed; who
-// shows them has to make them fit for that.
+// All texts are valid UTF-8 and may hold any character but the line feed; who shows them has to
+// make them fit for that.
 
 struct Attribute {
   std::uint8_t id = 0;  // from 1 in a report

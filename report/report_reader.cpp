@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "report/figures.h"
-#include "report/text.h"
+#include "base/printable_text.h"
+#include "report/value_texts.h"
 
 namespace report {
 namespace {
@@ -31,6 +31,8 @@ struct EndLine {
 
 constexpr std::string_view kSeparator = ":::";
 constexpr std::string_view kFailureEnd = ":0";
+constexpr char kNoBreakByte = '\xCA';
+constexpr std::string_view kNoBreakSpace = "\u00A0";
 
 struct Tag {
   std::string_view text;
@@ -58,6 +60,21 @@ constexpr std::array kStatuses{
     Status{"Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy", false,
            true},
 };
+
+// `bytes` as UTF-8: a byte 0xCA that begins no character is a no-break space, as the probe
+// prints it in names of its own; what else is no text becomes U+FFFD.
+std::string ToText(std::string_view bytes) {
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i++) {
+    const bool beginsCharacter = i + 1 < bytes.size() && (bytes[i + 1] & 0xC0) == 0x80;
+    if (bytes[i] == kNoBreakByte && !beginsCharacter) {
+      text += kNoBreakSpace;
+    } else {
+      text += bytes[i];
+    }
+  }
+  return base::ValidUTF8(text);
+}
 
 // The field before the first separator; `fields` keeps what comes after it.
 std::string_view PopFirst(std::string_view& fields) {
@@ -154,7 +171,7 @@ class Lines {
   explicit Lines(std::string_view bytes)
       : rest_(bytes.substr(0, kMaxReportSize)), isCut_(bytes.size() > kMaxReportSize) {}
 
-  // The next line without its line feed, or nothing at the end. Throws BadLine.
+  // The next line without its line feed, or nullopt at the end. Throws BadLine.
   std::optional<std::string_view> Next() {
     ++number_;
     const std::size_t end = rest_.find('\n');

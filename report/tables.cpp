@@ -1,5 +1,7 @@
 // The forms for people: rows in aligned columns, a row an attribute or a row a drive, with the
 // colours of their health, and at the end the devices that could not be read.
+#include <utf8.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -10,10 +12,9 @@
 
 #include "base/printable_text.h"
 #include "base/trimmed.h"
-#include "report/figures.h"
 #include "report/forms.h"
 #include "report/health.h"
-#include "report/text.h"
+#include "report/value_texts.h"
 
 namespace report {
 namespace {
@@ -50,6 +51,11 @@ Row Headings(std::span<const Column> columns) {
   Row row{{}, Health::kGood};
   for (const Column& column : columns) row.cells.emplace_back(column.heading);
   return row;
+}
+
+// In code points: a character of two columns, or of none, counts as one.
+std::size_t Width(std::string_view text) {
+  return static_cast<std::size_t>(utf8::unchecked::distance(text.begin(), text.end()));
 }
 
 void Widen(Widths& widths, const Row& row) {
@@ -130,7 +136,7 @@ std::vector<Row> RowsOf(const Drive& drive) {
 }
 
 void AppendField(std::string& heading, std::string_view label, std::string_view field) {
-  const std::string_view trimmed = base::Trimmed(field, kPadding);
+  const std::string_view trimmed = base::Trimmed(field, " ");
   if (!trimmed.empty()) heading.append(", ").append(label).append(base::OneLine(trimmed));
 }
 
@@ -159,7 +165,7 @@ constexpr const char* kNothing = "-";
 
 // An empty cell would be hard to see among the others.
 std::string Cell(std::string_view field) {
-  const std::string_view trimmed = base::Trimmed(field, kPadding);
+  const std::string_view trimmed = base::Trimmed(field, " ");
   return trimmed.empty() ? kNothing : base::OneLine(trimmed);
 }
 

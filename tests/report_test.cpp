@@ -6,7 +6,6 @@
 #include "report/forms.h"
 #include "report/health.h"
 #include "report/report_reader.h"
-#include "report/text.h"
 #include "tests/support.h"
 
 using namespace std::string_literals;

@@ -21,7 +21,7 @@ struct CommandLine {
   const char* purpose;          // a sentence
   std::vector<Option> options;  // in the order of the help, which adds --help and --version
   const char* fileHelp;
-  bool needsFile;  // if not, `run` says what stands for a file that is not named
+  bool needsFile;  // false: it may be left out, and `run` is called without
 };
 
 struct Arguments {

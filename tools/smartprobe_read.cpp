@@ -16,7 +16,6 @@
 #include "report/forms.h"
 #include "report/health.h"
 #include "report/report_reader.h"
-#include "report/text.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
 

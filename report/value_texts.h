@@ -10,7 +10,8 @@
 
 namespace report {
 
-struct Figure {
+// A value or a threshold.
+struct ReportedValue {
   std::uint8_t number = 0;
   bool valid = true;  // false: the report calls the number invalid
 };
@@ -23,10 +24,10 @@ std::optional<Number> ParseDecimal(std::string_view text) {
   return base::ParseNumber<Number>(text, 10);
 }
 
-// Nothing: `text` is neither a number up to 255 nor a text that stands for one. "No Data" is 100
-// and valid: the probe prints that for a value of 100.
-std::optional<Figure> ParseValue(std::string_view text);
-std::optional<Figure> ParseThreshold(std::string_view text);
+// nullopt if `text` is neither a number up to 255 nor a text that stands for one. "No Data" is
+// 100 and valid: the probe prints that for a value of 100.
+std::optional<ReportedValue> ParseValue(std::string_view text);
+std::optional<ReportedValue> ParseThreshold(std::string_view text);
 
 // The report's text for the number. The parser of the same kind gives the number back.
 std::string ValueText(std::uint8_t value);

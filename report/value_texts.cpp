@@ -1,4 +1,4 @@
-#include "report/figures.h"
+#include "report/value_texts.h"
 
 #include <array>
 #include <span>
@@ -8,7 +8,7 @@ namespace {
 
 struct FixedText {
   std::string_view text;
-  Figure figure;
+  ReportedValue value;
 };
 
 constexpr std::array kValueTexts{
@@ -24,27 +24,29 @@ constexpr std::array kThresholdTexts{
     FixedText{"Always Failing", {255, true}},
 };
 
-std::optional<Figure> Parse(std::string_view text, std::span<const FixedText> fixedTexts) {
+std::optional<ReportedValue> Parse(std::string_view text, std::span<const FixedText> fixedTexts) {
   for (const FixedText& fixed : fixedTexts) {
-    if (fixed.text == text) return fixed.figure;
+    if (fixed.text == text) return fixed.value;
   }
   const auto number = ParseDecimal<std::uint8_t>(text);
   if (!number) return std::nullopt;
-  return Figure{*number, true};
+  return ReportedValue{*number, true};
 }
 
 std::string Text(std::uint8_t number, std::span<const FixedText> fixedTexts) {
   for (const FixedText& fixed : fixedTexts) {
-    if (fixed.figure.number == number) return std::string(fixed.text);
+    if (fixed.value.number == number) return std::string(fixed.text);
   }
   return std::to_string(number);
 }
 
 }  // namespace
 
-std::optional<Figure> ParseValue(std::string_view text) { return Parse(text, kValueTexts); }
+std::optional<ReportedValue> ParseValue(std::string_view text) { return Parse(text, kValueTexts); }
 
-std::optional<Figure> ParseThreshold(std::string_view text) { return Parse(text, kThresholdTexts); }
+std::optional<ReportedValue> ParseThreshold(std::string_view text) {
+  return Parse(text, kThresholdTexts);
+}
 
 std::string ValueText(std::uint8_t value) { return Text(value, kValueTexts); }
 
