@@ -16,9 +16,9 @@ inline bool IsStandardStream(const std::string& file) { return file == "-"; }
 // system call that failed, since any other may change errno.
 std::system_error SystemError(const std::string& file);
 
-// The file, opened for reading; standard input stays open when the result
-// is closed: it is a second descriptor of the same open file, with the same position. A folder
-// opens, and fails when it is read; a named pipe waits for its writer. Throws std::system_error.
+// The file, opened for reading. Of standard input it is a second descriptor, with the same
+// position, so that the stream stays open when the result is closed. A folder opens, and fails when
+// it is read; a named pipe waits for its writer. Throws std::system_error.
 Descriptor OpenInput(const std::string& file);
 
 // The first `limit` bytes of the file, or all of them if it is shorter. More is not read,

@@ -16,10 +16,9 @@ void CheckOutputFile(const std::string& file);
 // Writes a new file of these bytes beside `file`, which takes its place when it is whole and on
 // the disk: a reader finds the old file or the new one, and a failure leaves the old one. The new
 // file has the mode of the old one, or else 0666 without the bits of the umask, which is changed
-// for a moment: not for a program with threads. Its owner is the caller's, whosever the old file
-// was. Signals wait until all is done. Only a process that is killed in the middle
-// (SIGKILL) leaves the new file: `file`, a dot and six characters. Throws as CheckOutputFile does.
-// Standard output gets the bytes as base::Print does it.
+// for a moment: not for a program with threads. Its owner is the caller, whosever the old one was.
+// Signals wait until all is done; only SIGKILL in the middle leaves the new file: `file`, a dot and
+// six characters. Throws as CheckOutputFile does. Standard output is printed, as by base::Print.
 void WriteOutputFile(const std::string& file, std::string_view bytes);
 
 }  // namespace tools

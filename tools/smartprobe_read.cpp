@@ -154,7 +154,8 @@ int ReadReport(const tools::Arguments& arguments) {
   return options.checks ? ShowChecked(reading, options) : Show(reading);
 }
 
-// Nothing is allocated for it: memory may run out before the arguments are parsed.
+// Nothing is allocated for it: memory may run out before the arguments are parsed. A file of that
+// name makes a check too, which at worst changes the status of a failure.
 bool IsCheck(int argc, char** argv) {
   return std::any_of(argv, argv + argc,
                      [](std::string_view argument) { return argument == "--check"; });
