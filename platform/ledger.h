@@ -3,10 +3,7 @@
 // their sources: objects.cpp, registry.cpp, smart_user_client.cpp, toolbox.cpp.
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <initializer_list>
-#include <utility>
+#include <map>
 
 namespace platform {
 
@@ -19,25 +16,12 @@ enum class ReferenceKind {
   kSMARTInterface,
   kFoundValue,  // of a registry search
   kString,      // made of data, or looked up in a bundle
-  kMemoryBlock,
-  kCount  // of the kinds above; no kind itself
+  kMemoryBlock
 };
 
-// How many references of each kind. A kind that is not named in the list has none. An AddRef on
-// a plug-in or an interface counts as one more, so a Release has to answer each of them.
-class Ledger {
- public:
-  Ledger() = default;
-  Ledger(std::initializer_list<std::pair<ReferenceKind, int>> counts) {
-    for (const auto& [kind, count] : counts) (*this)[kind] = count;
-  }
-
-  int& operator[](ReferenceKind kind) { return counts_.at(static_cast<std::size_t>(kind)); }
-  bool operator==(const Ledger&) const = default;
-
- private:
-  std::array<int, static_cast<std::size_t>(ReferenceKind::kCount)> counts_{};
-};
+// How many references of each kind, where there are any. An AddRef on a plug-in or an interface
+// counts as one more, so a Release has to answer each of them.
+using Ledger = std::map<ReferenceKind, int>;
 
 // The references that are out now.
 Ledger OpenReferences();

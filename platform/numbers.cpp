@@ -21,16 +21,11 @@ bool IsFloat64(CFNumberType type) {
   return type == kCFNumberFloat64Type || type == kCFNumberDoubleType;
 }
 
-bool IsInteger(CFNumberType type) {
-  return type >= kCFNumberSInt8Type && type <= kCFNumberCFIndexType && !IsFloat32(type) &&
-         !IsFloat64(type);
-}
-
 // Stores the number as T, or what is left of it, and tells whether it survives.
 template <typename T>
 bool StoreInteger(const Number& number, void* output) {
   auto whole = static_cast<std::int64_t>(number.bits);
-  bool survives = IsInteger(number.type);
+  bool survives = !IsFloat32(number.type);
   if (IsFloat64(number.type)) {
     const auto real = std::bit_cast<double>(number.bits);
     whole = real >= -0x1p63 && real < 0x1p63 ? static_cast<std::int64_t>(real) : 0;

@@ -80,13 +80,8 @@ void EndInterfaces(PlugIn& plugIn) {
 void End(PlugIn& plugIn) {
   EndInterfaces(plugIn);
   BusyEntries().erase(plugIn.entry);
-  Live<PlugIn>().erase(&plugIn);
 }
-
-void End(SMARTInterface& interface) {
-  std::erase(interface.plugIn->interfaces, &interface);
-  Live<SMARTInterface>().erase(&interface);
-}
+void End(SMARTInterface& interface) { std::erase(interface.plugIn->interfaces, &interface); }
 
 template <typename Instance>
 ULONG AddReference(void* self) {
@@ -97,8 +92,10 @@ template <typename Instance>
 ULONG DropReference(void* self) {
   auto& instance = InstanceOf<Instance>(self, "Release");
   const ULONG left = --instance.references;
-  if (left == 0) End(instance);
-  return left;
+  if (left > 0) return left;
+  End(instance);
+  Live<Instance>().erase(self);
+  return 0;
 }
 
 PlugIn& PlugInOf(void* interface, const char* call) {

@@ -62,7 +62,7 @@ void CopyCStringToPascal(const char* source, Str255 destination) {
 }
 
 void platform::CountMemoryBlocks(Ledger& ledger) {
-  ledger[ReferenceKind::kMemoryBlock] = static_cast<int>(MemoryBlocks().size());
+  for ([[maybe_unused]] Ptr block : MemoryBlocks()) ledger[ReferenceKind::kMemoryBlock] += 1;
 }
 
 void platform::DropMemoryBlocks() {

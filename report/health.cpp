@@ -37,16 +37,10 @@ Names PathsOf(const Report& report, Health health) {
   return paths;
 }
 
-Names NotRead(const Report& report) {
-  Names paths;
-  for (const std::string& device : report.notRead) paths.push_back(PathText(device));
-  return paths;
-}
-
-Names OneLineEach(const Names& faults) {
-  Names lines;
-  for (const std::string& fault : faults) lines.push_back(base::OneLine(fault));
-  return lines;
+Names NamesOf(const Names& texts, std::string (*nameOf)(std::string_view)) {
+  Names names;
+  for (const std::string& text : texts) names.push_back(nameOf(text));
+  return names;
 }
 
 // Appends `heading` and the names after it, if there are any, and returns whether there are.
@@ -118,8 +112,8 @@ Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   std::string found;
   const bool isFailing = AppendGroup(found, "failing: ", PathsOf(report, Health::kFailing));
   bool isUnknown = report.drives.empty() || report.damage.has_value();
-  isUnknown |= AppendGroup(found, "not read: ", NotRead(report));
-  isUnknown |= AppendGroup(found, "", OneLineEach(faults));
+  isUnknown |= AppendGroup(found, "not read: ", NamesOf(report.notRead, PathText));
+  isUnknown |= AppendGroup(found, "", NamesOf(faults, base::OneLine));
   bool isWarning = AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
   isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
   if (found.empty()) found = Count(report.drives.size());

@@ -235,13 +235,14 @@ TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
     EXPECT_TRUE(testing::internal::RE::FullMatch(report, ReportAfter(failed))) << report;
     const bool noTable = failed.device < 0 && (failed.name == "Gestalt" || failed.name == "NewPtr");
     const int clients = failed.name == "E" ? 1 : 0;
-    EXPECT_EQ(OpenReferences(),
-              (Ledger{{kPropertyDictionary, done["IORegistryEntryCreateCFProperties"]},
-                      {kIterator, done["IOServiceGetMatchingServices"]},
-                      {kService, now.device + 1 - gSMARTDriveCount},
-                      {kPlugIn, clients},
-                      {kSMARTInterface, clients},
-                      {kMemoryBlock, noTable ? 0 : 1}}));
+    Ledger left = {{kPropertyDictionary, done["IORegistryEntryCreateCFProperties"]},
+                   {kIterator, done["IOServiceGetMatchingServices"]},
+                   {kService, now.device + 1 - gSMARTDriveCount},
+                   {kPlugIn, clients},
+                   {kSMARTInterface, clients},
+                   {kMemoryBlock, noTable ? 0 : 1}};
+    std::erase_if(left, [](const auto& count) { return count.second == 0; });
+    EXPECT_EQ(OpenReferences(), left);
   } while (callsUntilFailure <= 0);
   EXPECT_EQ(done.size(), 25U) << "a call that is wrapped is not made";
   EXPECT_EQ(commands, Repeated(kDevices, "ESDTI"));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <functional>
 #include <numeric>
 #include <string>
 
@@ -29,13 +30,10 @@ constexpr std::array kZeroed = {Words{108, 115},   // world wide name, and room 
                                 Words{176, 205}};  // media serial number
 
 // "Serial Number", "serial-number", "IOPlatformSerialNumber".
-bool NamesSerialNumber(const std::string& key) {
-  std::string letters;
-  for (const char c : key) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (std::isalpha(byte) != 0) letters += static_cast<char>(std::tolower(byte));
-  }
-  return letters.find("serialnumber") != std::string::npos;
+bool NamesSerialNumber(std::string key) {
+  std::erase_if(key, [](unsigned char c) { return std::isalpha(c) == 0; });
+  std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
+  return key.find("serialnumber") != std::string::npos;
 }
 
 bool IsPadding(std::uint8_t byte) { return byte == ' ' || byte == 0; }
@@ -52,15 +50,12 @@ std::string Masked(const std::string& text) {
 }
 
 void MaskBytes(Data::iterator begin, Data::iterator end) {
-  std::replace_if(
-      begin, end, [](std::uint8_t byte) { return !IsPadding(byte); }, 'X');
+  std::replace_if(begin, end, std::not_fn(IsPadding), 'X');
 }
 
+// The low byte of the sum.
 std::uint8_t Sum(const Data& bytes) {
-  return std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0},
-                         [](std::uint8_t sum, std::uint8_t byte) -> std::uint8_t {
-                           return static_cast<std::uint8_t>(sum + byte);
-                         });
+  return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0U));
 }
 
 void MaskIdentify(Data& identify) {
@@ -81,12 +76,6 @@ void MaskSerialNumber(Property& property) {
   if (auto* bytes = std::get_if<Data>(&property.value)) MaskBytes(bytes->begin(), bytes->end());
 }
 
-void MaskDrive(Dictionary& recorded) {
-  for (auto& [key, property] : recorded) {
-    if (key == machines::kIdentifyKey) MaskIdentify(std::get<Data>(property.value));
-  }
-}
-
 }  // namespace
 
 void MaskSerials(Property& listing) {
@@ -97,7 +86,9 @@ void MaskSerials(Property& listing) {
   if (dictionary == nullptr) return;
   for (auto& [key, property] : *dictionary) {
     if (key == machines::kDriveKey) {
-      MaskDrive(std::get<Dictionary>(property.value));
+      auto& recorded = std::get<Dictionary>(property.value);
+      const auto identify = recorded.find(machines::kIdentifyKey);
+      if (identify != recorded.end()) MaskIdentify(std::get<Data>(identify->second.value));
     } else if (NamesSerialNumber(key)) {
       MaskSerialNumber(property);
     } else {

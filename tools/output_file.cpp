@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
 
 #include "base/descriptor.h"
 #include "base/files.h"
@@ -38,12 +39,13 @@ mode_t ModeFor(const std::string& file) {
   return status.st_mode & kKeptMode;
 }
 
-void Write(int descriptor, std::string_view bytes, const std::string& file) {
+bool Write(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-    if (count < 0) throw base::SystemError(file);
+    if (count < 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
+  return true;
 }
 
 // No signal ends the process while one of these lives; those that came do so afterwards.
@@ -62,51 +64,34 @@ class HeldSignals {
   sigset_t before_{};
 };
 
-// A new file beside `file`, which is gone with its object unless it has taken that place.
-class NewFile {
- public:
-  explicit NewFile(const std::string& file) : file_(file), path_(file + ".XXXXXX") {
-    descriptor_ = base::Descriptor(mkostemp(path_.data(), O_CLOEXEC));
-    if (!descriptor_.IsOpen()) throw base::SystemError(file_);
-  }
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-  ~NewFile() {
-    if (!path_.empty()) unlink(path_.c_str());
-  }
-
-  // On the disk before it has the name: a crash leaves no empty file under it.
-  void Finish(std::string_view bytes, mode_t mode) {
-    Write(descriptor_.Number(), bytes, file_);
-    if (fchmod(descriptor_.Number(), mode) != 0) throw base::SystemError(file_);
-    if (fsync(descriptor_.Number()) != 0) throw base::SystemError(file_);
-    if (close(descriptor_.Release()) != 0) throw base::SystemError(file_);
-    if (rename(path_.c_str(), file_.c_str()) != 0) throw base::SystemError(file_);
-    path_.clear();
-  }
-
- private:
-  HeldSignals heldSignals_;  // the first member, so that they are held until all is undone
-  const std::string& file_;
-  std::string path_;
-  base::Descriptor descriptor_;
-};
+// Makes a new file beside `file`, which takes its place if `bytes` are given and is else removed.
+// They are on the disk before it has the name: a crash leaves no empty file under it.
+void Replace(const std::string& file, const std::string_view* bytes) {
+  const mode_t mode = ModeFor(file);
+  const HeldSignals held;
+  std::string made = file + ".XXXXXX";
+  base::Descriptor opened(mkostemp(made.data(), O_CLOEXEC));
+  if (!opened.IsOpen()) throw base::SystemError(file);
+  const bool isDone = bytes != nullptr && Write(opened.Number(), *bytes) &&
+                      fchmod(opened.Number(), mode) == 0 && fsync(opened.Number()) == 0 &&
+                      close(opened.Release()) == 0 && rename(made.c_str(), file.c_str()) == 0;
+  const std::system_error error = base::SystemError(file);
+  if (!isDone) unlink(made.c_str());
+  if (!isDone && bytes != nullptr) throw error;
+}
 
 }  // namespace
 
 void CheckOutputFile(const std::string& file) {
-  if (base::IsStandardStream(file)) return;
-  ModeFor(file);
-  const NewFile canBeMade(file);
+  if (!base::IsStandardStream(file)) Replace(file, nullptr);
 }
 
 void WriteOutputFile(const std::string& file, std::string_view bytes) {
   if (base::IsStandardStream(file)) {
     base::Print(bytes);
-    return;
+  } else {
+    Replace(file, &bytes);
   }
-  const mode_t mode = ModeFor(file);
-  NewFile(file).Finish(bytes, mode);
 }
 
 }  // namespace tools

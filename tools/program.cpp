@@ -85,12 +85,10 @@ std::string HelpText(const CommandLine& line) {
 }
 
 int RunOrAnswer(const CommandLine& line, const Arguments& arguments, int (*run)(const Arguments&)) {
-  if (arguments.Has("help")) {
-    base::Print(HelpText(line));
-    return 0;
-  }
-  if (arguments.Has("version")) {
-    base::Print(std::string(line.program) + " " SMARTPROBE_VERSION "\n");
+  const bool wantsVersion = arguments.Has("version");
+  if (arguments.Has("help") || wantsVersion) {
+    const std::string version = std::string(line.program) + " " SMARTPROBE_VERSION "\n";
+    base::Print(wantsVersion ? version : HelpText(line));
     return 0;
   }
   if (line.needsFile && !arguments.file) throw UsageError("there is no FILE");

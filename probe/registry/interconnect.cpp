@@ -47,18 +47,26 @@ static Boolean GetNumberText(io_registry_entry_t entry, CFStringRef key, char *t
   return true;
 }
 
+// The interconnect, the label and the number `key` around the entry; nothing without the number.
+static void DescribeByNumber(io_registry_entry_t entry, const char *interconnect, const char *label,
+                             CFStringRef key, Boolean bHexadecimal, char *info) {
+  char text[kTextSize];
+  if (!GetNumberText(entry, key, text, bHexadecimal)) return;
+  sprintf(info, "%s%s%s", interconnect, label, text);
+}
+
 // SCSI. An identifier of the wrong type is an answer: no target is looked for then.
 static void DescribeTarget(io_registry_entry_t entry, CFDictionaryRef protocol,
                            const char *interconnect, char *info) {
-  char target[kTextSize];
+  static const char kLabel[] = ":  ID = ";
   CFTypeRef identifier = CFDictionaryGetValue(protocol, CFSTR("SCSI Target Identifier"));
-  if (identifier != nullptr) {
-    if (CFGetTypeID(identifier) != CFNumberGetTypeID()) return;
+  if (identifier == nullptr) {
+    DescribeByNumber(entry, interconnect, kLabel, CFSTR("SCSI Target"), false, info);
+  } else if (CFGetTypeID(identifier) == CFNumberGetTypeID()) {
+    char target[kTextSize];
     NumberToText((CFNumberRef)identifier, target, false);
-  } else if (!GetNumberText(entry, CFSTR("SCSI Target"), target, false)) {
-    return;
+    sprintf(info, "%s%s%s", interconnect, kLabel, target);
   }
-  sprintf(info, "%s%s%s", interconnect, ":  ID = ", target);
 }
 
 static void AppendLocation(CFDictionaryRef protocol, char *info) {
@@ -164,19 +172,6 @@ static void DescribeATADevice(io_registry_entry_t entry, CFDictionaryRef protoco
   }
 }
 
-static void DescribeFireWireDevice(io_registry_entry_t entry, const char *interconnect,
-                                   char *info) {
-  char guid[kTextSize];
-  if (!GetNumberText(entry, CFSTR("GUID"), guid, true)) return;
-  sprintf(info, "%s%s%s", interconnect, ":  GUID = ", guid);
-}
-
-static void DescribeUSBDevice(io_registry_entry_t entry, const char *interconnect, char *info) {
-  char location[kTextSize];
-  if (!GetNumberText(entry, CFSTR("locationID"), location, false)) return;
-  sprintf(info, "%s%s%s", interconnect, ":  locationID = ", location);
-}
-
 // The first of these words that the interconnect holds decides.
 static void DescribeInterconnect(io_registry_entry_t entry, CFDictionaryRef protocol, char *info) {
   char interconnect[kTextSize];
@@ -188,9 +183,9 @@ static void DescribeInterconnect(io_registry_entry_t entry, CFDictionaryRef prot
   } else if (strstr(interconnect, "ATA") != nullptr) {
     DescribeATADevice(entry, protocol, interconnect, info);
   } else if (strstr(interconnect, "FireWire") != nullptr) {
-    DescribeFireWireDevice(entry, interconnect, info);
+    DescribeByNumber(entry, interconnect, ":  GUID = ", CFSTR("GUID"), true, info);
   } else if (strstr(interconnect, "USB") != nullptr) {
-    DescribeUSBDevice(entry, interconnect, info);
+    DescribeByNumber(entry, interconnect, ":  locationID = ", CFSTR("locationID"), false, info);
   } else if (strstr(interconnect, "Fibre Channel Interface") != nullptr) {
     strcpy(info, interconnect);
   }
