@@ -14,11 +14,6 @@ class Descriptor {
   // Owns what open() returned; a negative number is no open file.
   explicit Descriptor(int number) : number_(number) {}
   Descriptor(Descriptor&& other) noexcept : number_(other.Release()) {}
-  // The file held so far is closed with `other`.
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-  }
   ~Descriptor() {
     if (IsOpen()) close(number_);
   }

@@ -8,6 +8,8 @@
 #include <array>
 #include <cerrno>
 
+#include "base/descriptor.h"
+
 namespace base {
 namespace {
 
@@ -24,25 +26,24 @@ std::system_error SystemError(const std::string& file) {
   return {errno, std::generic_category(), file};
 }
 
-Descriptor OpenInput(const std::string& file) {
-  Descriptor input(IsStandardStream(file) ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                                          : open(file.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!input.IsOpen()) throw SystemError(file);
-  return input;
-}
-
-std::string ReadUpTo(std::size_t limit, const std::string& file) {
-  const Descriptor input = OpenInput(file);
-  std::string bytes;
-  bytes.reserve(std::min(limit, SizeOf(input)));
+bool ReadUpTo(std::size_t limit, int descriptor, std::string& bytes) {
   std::array<char, 4096> buffer;
   while (bytes.size() < limit) {
     const std::size_t wanted = std::min(buffer.size(), limit - bytes.size());
-    const ssize_t count = read(input.Number(), buffer.data(), wanted);
-    if (count < 0) throw SystemError(file);
-    if (count == 0) break;
+    const ssize_t count = read(descriptor, buffer.data(), wanted);
+    if (count <= 0) return count == 0;
     bytes.append(buffer.data(), static_cast<std::size_t>(count));
   }
+  return true;
+}
+
+std::string ReadUpTo(std::size_t limit, const std::string& file) {
+  const Descriptor input(IsStandardStream(file) ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                                : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!input.IsOpen()) throw SystemError(file);
+  std::string bytes;
+  bytes.reserve(std::min(limit, SizeOf(input)));
+  if (!ReadUpTo(limit, input.Number(), bytes)) throw SystemError(file);
   return bytes;
 }
 

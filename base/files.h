@@ -5,8 +5,6 @@
 #include <string>
 #include <system_error>
 
-#include "base/descriptor.h"
-
 namespace base {
 
 // Whether `file` names a standard stream: input where it is read, output where it is written.
@@ -16,14 +14,13 @@ inline bool IsStandardStream(const std::string& file) { return file == "-"; }
 // system call that failed, since any other may change errno.
 std::system_error SystemError(const std::string& file);
 
-// The file, opened for reading. Of standard input it is a second descriptor, with the same
-// position, so that the stream stays open when the result is closed. A folder opens, and fails when
-// it is read; a named pipe waits for its writer. Throws std::system_error.
-Descriptor OpenInput(const std::string& file);
+// Appends to `bytes` what comes from the open `descriptor`, until it has `limit` bytes or there is
+// no more. False where reading fails: errno says why.
+bool ReadUpTo(std::size_t limit, int descriptor, std::string& bytes);
 
-// The first `limit` bytes of the file, or all of them if it is shorter. More is not read,
-// so that an endless input ends. Throws as OpenInput does, also when reading fails, and
-// std::bad_alloc; what was read by then is lost.
+// The first `limit` bytes of the file, or all of them if it is shorter. More is not read, so that
+// an endless input ends. Standard input stays open, at its new position; a named pipe waits for its
+// writer. Throws std::system_error, which names the file, and std::bad_alloc.
 std::string ReadUpTo(std::size_t limit, const std::string& file);
 
 }  // namespace base

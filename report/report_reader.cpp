@@ -31,6 +31,7 @@ struct EndLine {
 
 constexpr std::string_view kSeparator = ":::";
 constexpr std::string_view kFailureEnd = ":0";
+constexpr const char* kTooLarge = "the report is larger than 4 MiB";
 constexpr char kNoBreakByte = '\xCA';
 constexpr std::string_view kNoBreakSpace = "\u00A0";
 
@@ -165,97 +166,55 @@ std::string ParseFailure(std::string_view fields) {
   return ToText(fields);
 }
 
-// The lines of a report one after the other, up to its end or a cut.
-class Lines {
- public:
-  explicit Lines(std::string_view bytes)
-      : rest_(bytes.substr(0, kMaxReportSize)), isCut_(bytes.size() > kMaxReportSize) {}
+// The line at the start of `rest`, without its line feed; `rest` keeps what comes after it.
+std::string_view PopLine(std::string_view& rest, bool isCut) {
+  const std::size_t end = rest.find('\n');
+  if (end == std::string_view::npos) {
+    throw BadLine(isCut ? kTooLarge : "the file ends inside the line");
+  }
+  const std::string_view line = rest.substr(0, end);
+  rest.remove_prefix(end + 1);
+  return line;
+}
 
-  // The next line without its line feed, or nullopt at the end. Throws BadLine.
-  std::optional<std::string_view> Next() {
-    ++number_;
-    const std::size_t end = rest_.find('\n');
-    if (end == std::string_view::npos) {
-      if (isCut_) throw BadLine("the report is larger than 4 MiB");
-      if (!rest_.empty()) throw BadLine("the file ends inside the line");
-      return std::nullopt;
+// Adds what the line says. `drive` is the one that has not ended. Throws BadLine where the line may
+// not come.
+void Add(std::string_view text, Report& report, std::optional<Drive>& drive) {
+  const Line line = ParseTag(text);
+  if (line.kind == LineKind::kStart || line.kind == LineKind::kFailure) {
+    if (drive) throw BadLine("inside a drive that has not ended");
+    if (line.kind == LineKind::kStart) {
+      drive = ParseStart(line.fields);
+    } else {
+      report.notRead.push_back(ParseFailure(line.fields));
     }
-    const std::string_view line = rest_.substr(0, end);
-    rest_.remove_prefix(end + 1);
-    return line;
+  } else if (line.kind == LineKind::kAttribute) {
+    if (!drive) throw BadLine("an attribute outside a drive");
+    if (drive->attributes.size() == kMaxAttributes) throw BadLine("more than 30 attributes");
+    drive->attributes.push_back(ParseAttribute(line.fields));
+  } else {
+    if (!drive) throw BadLine("the end of a drive that has not started");
+    const EndLine end = ParseEnd(line.fields);
+    if (end.device != drive->device) throw BadLine("the end of another drive");
+    drive->thresholdExceeded = end.thresholdExceeded;
+    report.drives.push_back(*std::exchange(drive, std::nullopt));
   }
-
-  std::size_t Number() const { return number_; }
-
- private:
-  std::string_view rest_;
-  bool isCut_;
-  std::size_t number_ = 0;
-};
-
-// Puts the lines together. Each function throws BadLine where one may not come.
-class Assembly {
- public:
-  explicit Assembly(Report& report) : report_(report) {}
-
-  void Add(std::string_view text) {
-    const Line line = ParseTag(text);
-    switch (line.kind) {
-      case LineKind::kStart:
-        CheckOutside();
-        drive_ = ParseStart(line.fields);
-        return;
-      case LineKind::kAttribute:
-        AddAttribute(line.fields);
-        return;
-      case LineKind::kEnd:
-        EndDrive(line.fields);
-        return;
-      case LineKind::kFailure:
-        CheckOutside();
-        report_.notRead.push_back(ParseFailure(line.fields));
-        return;
-    }
-  }
-
-  void End() const {
-    if (drive_) throw BadLine("the file ends inside a drive");
-  }
-
- private:
-  void CheckOutside() const {
-    if (drive_) throw BadLine("inside a drive that has not ended");
-  }
-
-  void AddAttribute(std::string_view fields) {
-    if (!drive_) throw BadLine("an attribute outside a drive");
-    if (drive_->attributes.size() == kMaxAttributes) throw BadLine("more than 30 attributes");
-    drive_->attributes.push_back(ParseAttribute(fields));
-  }
-
-  void EndDrive(std::string_view fields) {
-    if (!drive_) throw BadLine("the end of a drive that has not started");
-    const EndLine end = ParseEnd(fields);
-    if (end.device != drive_->device) throw BadLine("the end of another drive");
-    drive_->thresholdExceeded = end.thresholdExceeded;
-    report_.drives.push_back(*std::exchange(drive_, std::nullopt));
-  }
-
-  Report& report_;
-  std::optional<Drive> drive_;  // that has not ended
-};
+}
 
 }  // namespace
 
 Report ParseReport(std::string_view bytes) {
   Report report;
-  Lines lines(bytes);
-  Assembly assembly(report);
+  std::optional<Drive> drive;
+  const bool isCut = bytes.size() > kMaxReportSize;
+  std::string_view rest = bytes.substr(0, kMaxReportSize);
+  std::size_t number = 1;
   try {
-    while (const auto line = lines.Next()) assembly.Add(*line);
-    assembly.End();
+    for (; !rest.empty(); ++number) Add(PopLine(rest, isCut), report, drive);
+    if (isCut) throw BadLine(kTooLarge);
+    if (drive) throw BadLine("the file ends inside a drive");
   } catch (const BadLine& error) {
-    report.damage = Damage{lines.Number(), error.what()};
+    report.damage = Damage{number, error.what()};
   }
   return report;
 }

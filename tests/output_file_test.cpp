@@ -2,6 +2,7 @@
 // becomes a standard stream.
 #include "tools/output_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <string>
 
+#include "base/descriptor.h"
 #include "base/files.h"
 #include "base/standard_streams.h"
 
@@ -57,7 +59,7 @@ TEST(StandardStreams, AClosedOneIsNeverAFile) {
   const auto child = [] {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
     base::PrepareStandardStreams();
-    const base::Descriptor file = base::OpenInput("/dev/null");
+    const base::Descriptor file(open("/dev/null", O_RDONLY));
     std::_Exit(file.Number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
   };
   EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -9,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/files.h"
@@ -37,10 +39,20 @@ const tools::CommandLine kCommandLine = {
 // Monitoring takes this status for "unknown".
 constexpr int kUnknownStatus = static_cast<int>(report::Verdict::kUnknown);
 
-enum class Form { kTable, kBrief, kJson, kPrometheus };
+struct Form {
+  const char* option;
+  std::string (*textOf)(const report::Report&, bool hasColors);
+  bool isForPeople;
+};
+constexpr std::array kForms = {
+    Form{"table", report::TableText, true}, Form{"brief", report::BriefText, true},
+    Form{"json", [](const report::Report& report, bool) { return report::JsonText(report); },
+         false},
+    Form{"prometheus",
+         [](const report::Report& report, bool) { return report::PrometheusText(report); }, false}};
 
 struct Options {
-  Form form = Form::kTable;
+  const Form* form = kForms.data();
   bool checks = false;
   std::string output = "-";
   std::string file = "-";
@@ -61,20 +73,6 @@ bool HasColors(const Options& options) {
   return IsPrinted(options) && isatty(STDOUT_FILENO) != 0;
 }
 
-std::string TextOf(const report::Report& report, const Options& options) {
-  switch (options.form) {
-    case Form::kBrief:
-      return report::BriefText(report, HasColors(options));
-    case Form::kJson:
-      return report::JsonText(report);
-    case Form::kPrometheus:
-      return report::PrometheusText(report);
-    case Form::kTable:
-      break;
-  }
-  return report::TableText(report, HasColors(options));
-}
-
 // Whoever forgot the file would else wonder what takes so long.
 void TellOfWaiting(const Options& options) {
   if (!base::IsStandardStream(options.file) || isatty(STDIN_FILENO) == 0) return;
@@ -87,10 +85,11 @@ void Read(const Options& options, Reading& reading) {
   if (const auto& damage = reading.report.damage) {
     reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
   }
+  std::string text = options.form->textOf(reading.report, HasColors(options));
   if (IsPrinted(options)) {
-    reading.text = TextOf(reading.report, options);
+    reading.text = std::move(text);
   } else if (!reading.report.damage) {
-    tools::WriteOutputFile(options.output, TextOf(reading.report, options));
+    tools::WriteOutputFile(options.output, text);
   }
 }
 
@@ -117,8 +116,7 @@ int Show(const Reading& reading) {
 // A JSON document or metrics on standard output must not have the summary among them.
 int ShowChecked(const Reading& reading, const Options& options) {
   const auto [verdict, summary] = report::Check(reading.report, reading.faults);
-  const bool isForPeople = options.form == Form::kTable || options.form == Form::kBrief;
-  const bool isApart = IsPrinted(options) && !isForPeople;
+  const bool isApart = IsPrinted(options) && !options.form->isForPeople;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
   try {
     base::Print(reading.text);
@@ -132,15 +130,11 @@ int ShowChecked(const Reading& reading, const Options& options) {
 Options OptionsOf(const tools::Arguments& arguments) {
   Options options;
   int forms = 0;
-  const auto offer = [&](const char* name, Form form) {
-    if (!arguments.Has(name)) return;
-    options.form = form;
+  for (const Form& form : kForms) {
+    if (!arguments.Has(form.option)) continue;
+    options.form = &form;
     ++forms;
-  };
-  offer("table", Form::kTable);
-  offer("brief", Form::kBrief);
-  offer("json", Form::kJson);
-  offer("prometheus", Form::kPrometheus);
+  }
   if (forms > 1) throw tools::UsageError("more than one form");
   options.checks = arguments.Has("check");
   if (arguments.Has("output")) options.output = arguments.options.at("output");

@@ -2,34 +2,22 @@
 
 #include <fcntl.h>
 #include <sys/sysmacros.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <string_view>
 
 #include "base/descriptor.h"
+#include "base/files.h"
 #include "base/numbers.h"
 #include "base/trimmed.h"
 
 namespace machines {
-namespace {
-
-constexpr std::size_t kPageSize = 4096;
-
-}  // namespace
 
 std::optional<std::string> ReadFile(const std::filesystem::path& file) {
   const base::Descriptor input(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-  if (!input.IsOpen()) return std::nullopt;
-  std::string content(kPageSize, '\0');
-  std::size_t size = 0;
-  while (size < content.size()) {
-    const ssize_t count = read(input.Number(), &content[size], content.size() - size);
-    if (count < 0) return std::nullopt;
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  content.resize(size);
+  constexpr std::size_t kPageSize = 4096;
+  std::string content;
+  if (!input.IsOpen() || !base::ReadUpTo(kPageSize, input.Number(), content)) return std::nullopt;
   return content;
 }
 
