@@ -1,6 +1,8 @@
 #include "report/health.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 
 #include "base/printable_text.h"
 
@@ -15,19 +17,7 @@ int Distance(const Attribute& attribute) { return attribute.value - attribute.th
 
 using Names = std::vector<std::string>;
 
-std::string_view Word(Verdict verdict) {
-  switch (verdict) {
-    case Verdict::kOk:
-      return "OK";
-    case Verdict::kWarning:
-      return "WARNING";
-    case Verdict::kCritical:
-      return "CRITICAL";
-    case Verdict::kUnknown:
-      break;
-  }
-  return "UNKNOWN";
-}
+constexpr std::array<std::string_view, 4> kVerdictWords = {"OK", "WARNING", "CRITICAL", "UNKNOWN"};
 
 Names PathsOf(const Report& report, Health health) {
   Names paths;
@@ -78,17 +68,8 @@ Health HealthOf(const Drive& drive) {
 }
 
 std::string_view HealthWord(Health health) {
-  switch (health) {
-    case Health::kGood:
-      return "OK";
-    case Health::kNoAttributes:
-      return "no attributes";
-    case Health::kWorn:
-      return "worn";
-    case Health::kFailing:
-      break;
-  }
-  return "failing";
+  constexpr std::array<std::string_view, 4> kWords = {"OK", "no attributes", "worn", "failing"};
+  return kWords.at(static_cast<std::size_t>(health));
 }
 
 std::string PathText(std::string_view device) {
@@ -121,7 +102,10 @@ Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   Verdict verdict = isWarning ? Verdict::kWarning : Verdict::kOk;
   if (isUnknown) verdict = Verdict::kUnknown;
   if (isFailing) verdict = Verdict::kCritical;
-  return {verdict, std::string("smartprobe ").append(Word(verdict)).append(": ") + found};
+  return {verdict, std::string("smartprobe ")
+                           .append(kVerdictWords.at(static_cast<std::size_t>(verdict)))
+                           .append(": ") +
+                       found};
 }
 
 }  // namespace report

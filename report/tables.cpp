@@ -34,18 +34,8 @@ constexpr std::size_t kMaxWidth = 40;
 
 using Widths = std::vector<std::size_t>;
 
-std::string_view Color(Health health) {
-  switch (health) {
-    case Health::kGood:
-      return {};
-    case Health::kNoAttributes:
-    case Health::kWorn:
-      return "\x1b[33m";
-    case Health::kFailing:
-      break;
-  }
-  return "\x1b[31m";
-}
+// Of each health in turn: none, yellow for those to look after, red.
+constexpr std::array<std::string_view, 4> kColors = {"", "\x1b[33m", "\x1b[33m", "\x1b[31m"};
 
 Row Headings(std::span<const Column> columns) {
   Row row{{}, Health::kGood};
@@ -80,7 +70,7 @@ std::string Padded(const Row& row, std::span<const Column> columns, const Widths
 
 // The escape sequences stand around `line`, so its width has to be settled before.
 std::string Colored(std::string_view line, Health health, bool hasColors) {
-  const std::string_view color = hasColors ? Color(health) : std::string_view();
+  const std::string_view color = hasColors ? kColors.at(static_cast<std::size_t>(health)) : "";
   std::string text(color);
   text += line;
   if (!color.empty()) text += "\x1b[0m";
