@@ -42,7 +42,9 @@ DriveAnswers HealthyAnswers() {
 
 Entry AtaDevice(Drive drive, std::string bsdName, SInt64 size) {
   Entry medium{"Media", "IOMedia", {{"BSD Name", Text(std::move(bsdName))}}, {}, {}};
-  if (size != 0) medium.properties.emplace("Size", Integer(size));
+  // Of 64 bits, as the probe takes the bytes of a smaller one in the processor's order.
+  const Property bytes = {platform::Number{kCFNumberSInt64Type, static_cast<std::uint64_t>(size)}};
+  if (size != 0) medium.properties.emplace("Size", bytes);
   const char* const name = "IOATABlockStorageDevice";
   const auto characteristics =
       Dict({{"ATA Features", Integer(0x20)}, {"Product Name", Text("  EXAMPLE 250 ")}});

@@ -29,7 +29,7 @@ TEST(Recording, GivesTheSameReportAgain) {
   const Dictionary properties = {
       {"t", Text("<&>\xC3\xA9")}, {"n", Integer(-(1LL << 40))}, {"d", {platform::Date{-5}}}};
   machine.roots = {{"Root", "Class", properties, {}, {}},
-                   AtaDevice(HealthyDrive(), "disk0", 5000),
+                   AtaDevice(HealthyDrive(), "disk0", 5000000000),
                    AhciDevice({}, "disk1")};
   std::vector<DriveAnswers> drives(8, HealthyAnswers());
   drives[0].exceeded = true;
