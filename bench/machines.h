@@ -1,8 +1,6 @@
 // The machines that are measured.
 #pragma once
 
-#include <cstddef>
-
 #include "platform/machine.h"
 
 namespace bench {

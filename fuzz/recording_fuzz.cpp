@@ -11,6 +11,7 @@
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "probe/pass/start_up.h"
+#include "probe/state/process_state.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 // What is asked of the registry: matching, iteration and properties; and the handles for it.
 #include "platform/registry.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -25,7 +24,7 @@ struct Node {
   std::size_t end;
 };
 
-const Property kNothing;  // what a search may find
+const Property kNothing;  // stands for the result of a search that found nothing
 
 // The machine's entries, and what was found from each on, if anything was looked for there: null
 // where none was. Thousands of devices may have thousands of entries above or below them in common,

@@ -1,5 +1,4 @@
 // The report as one JSON document.
-#include <cstddef>
 #include <nlohmann/json.hpp>
 
 #include "report/forms.h"

@@ -4,7 +4,6 @@
 #include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 

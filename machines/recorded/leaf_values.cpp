@@ -68,20 +68,20 @@ std::optional<Property> ParseData(std::string text) {
 }
 
 std::optional<Property> ParseInteger(std::string_view text) {
-  std::string_view figures = Trimmed(text, kWhiteSpace);
-  const bool isNegative = RemovePrefix(figures, "-");
-  if (!isNegative) RemovePrefix(figures, "+");
-  const bool isHexadecimal = RemovePrefix(figures, "0x") || RemovePrefix(figures, "0X");
-  const auto magnitude = ParseNumber<std::uint64_t>(figures, isHexadecimal ? 16 : 10);
+  std::string_view digits = Trimmed(text, kWhiteSpace);
+  const bool isNegative = RemovePrefix(digits, "-");
+  if (!isNegative) RemovePrefix(digits, "+");
+  const bool isHexadecimal = RemovePrefix(digits, "0x") || RemovePrefix(digits, "0X");
+  const auto magnitude = ParseNumber<std::uint64_t>(digits, isHexadecimal ? 16 : 10);
   if (!magnitude || (isNegative && *magnitude > std::uint64_t{1} << 63)) return std::nullopt;
   const std::uint64_t value = isNegative ? 0 - *magnitude : *magnitude;
   return Property{platform::IntegerNumber(static_cast<std::int64_t>(value))};
 }
 
 std::optional<Property> ParseReal(std::string_view text) {
-  std::string_view figures = Trimmed(text, kWhiteSpace);
-  if (RemovePrefix(figures, "+") && figures.starts_with('-')) return std::nullopt;
-  const auto value = ParseNumber<double>(figures, std::chars_format::general);
+  std::string_view digits = Trimmed(text, kWhiteSpace);
+  if (RemovePrefix(digits, "+") && digits.starts_with('-')) return std::nullopt;
+  const auto value = ParseNumber<double>(digits, std::chars_format::general);
   if (!value) return std::nullopt;
   return Property{platform::Float64Number(*value)};
 }
@@ -90,13 +90,13 @@ std::optional<Property> ParseDate(std::string_view text) {
   using namespace std::chrono;
   const std::string_view date = Trimmed(text, kWhiteSpace);
   if (!HasForm(date, "0000-00-00T00:00:00Z")) return std::nullopt;
-  const auto figures = [date](std::size_t first, std::size_t count = 2) {
+  const auto digits = [date](std::size_t first, std::size_t count = 2) {
     return *ParseNumber<int>(date.substr(first, count), 10);
   };
-  const year_month_day day = year(figures(0, 4)) / figures(5) / figures(8);
-  const hours hour(figures(11));
-  const minutes minute(figures(14));
-  const seconds second(figures(17));
+  const year_month_day day = year(digits(0, 4)) / digits(5) / digits(8);
+  const hours hour(digits(11));
+  const minutes minute(digits(14));
+  const seconds second(digits(17));
   const bool isTime = hour < days(1) && minute < hours(1) && second < minutes(1);
   if (!day.ok() || !isTime) return std::nullopt;
   constexpr sys_days kEpoch = year(2001) / January / 1;

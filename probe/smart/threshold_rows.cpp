@@ -15,7 +15,7 @@ static_assert(FLT_EVAL_METHOD == 0, "Float32 arithmetic must be in single precis
 // Values and thresholds that are no measurement.
 enum { kNoDataValue = 100, kInvalidValue = 254, kAlwaysFailing = 255 };
 
-// The pre-failure bit, where the byte-order pass has moved it.
+// The pre-failure bit of the flags word after the byte-order pass, by the processor's byte order.
 enum { kPreFailureBitLittleEndian = 0x0100, kPreFailureBitBigEndian = 0x0001 };
 
 SavedThresholdRec gSavedThresholds[kSMARTEntryCount];

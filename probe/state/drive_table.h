@@ -28,7 +28,6 @@ enum { kBSDPathSize = 1024 };
 
 // What the drive was not asked is 0 in the record: such a block has no entries, and a condition
 // that was not told is printed as not exceeded. A read that failed may have left part of its block.
-
 struct SavedATADriveInfo {
   char bsdName[kBSDPathSize];
   char capacityLabel[256];  // an abbreviated label: a full name may need 266 bytes. Where the

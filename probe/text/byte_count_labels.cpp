@@ -4,7 +4,6 @@
 
 #include <cfloat>
 #include <cstdio>
-#include <cstring>
 
 #include "probe/state/process_state.h"
 
