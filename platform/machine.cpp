@@ -1,11 +1,18 @@
 #include "platform/machine.h"
 
 #include <bit>
+#include <chrono>
 #include <limits>
 
 namespace platform {
 
 bool Property::operator==(const Property& other) const { return value == other.value; }
+
+Date Now() {
+  using namespace std::chrono;
+  constexpr sys_days kEpoch = year(2001) / January / 1;
+  return {duration_cast<seconds>(system_clock::now() - kEpoch).count()};
+}
 
 Number IntegerNumber(std::int64_t value) {
   const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&

@@ -37,6 +37,9 @@ struct Date {
   bool operator==(const Date&) const = default;
 };
 
+// The system clock's date.
+Date Now();
+
 // Of booleans, arrays and dates the probe only ever sees the type.
 struct Property {
   std::variant<std::string, Number, Data, Dictionary, bool, Array, Date> value;
@@ -76,6 +79,7 @@ struct DriveAnswers {
   BlockAnswer data;        // SMART READ DATA. Where it fails the probe does not ask for the next
   BlockAnswer thresholds;  // SMART READ THRESHOLDS
   BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
+  std::optional<Date> date;  // when it answered, if that is known
 };
 
 // Asks the drive. Called for each S.M.A.R.T. user client that is opened, at its first

@@ -15,7 +15,7 @@ namespace {
 
 constexpr auto kDriveKeys = std::to_array<std::string_view>(
     {kDataKey, kThresholdsKey, kIdentifyKey, kExceededKey, kEnableFailsKey, kQueryFailsKey,
-     kDataFailsKey, kThresholdsFailsKey});
+     kDataFailsKey, kThresholdsFailsKey, kDateKey});
 
 using platform::Array;
 using platform::Data;
@@ -27,8 +27,8 @@ using platform::Property;
 // is of another.
 template <typename Type>
 Type& TypedValue(std::string_view key, Property& property) {
-  constexpr std::array kTypes = {"a <string>",          "a number",  "<data>", "a <dict>",
-                                 "<true/> or <false/>", "an <array>"};
+  constexpr std::array kTypes = {"a <string>",          "a number",   "<data>",  "a <dict>",
+                                 "<true/> or <false/>", "an <array>", "a <date>"};
   if (Type* value = std::get_if<Type>(&property.value)) return *value;
   throw RecordingError(Excerpt(key) + " is not " +
                        kTypes.at(decltype(property.value)(Type()).index()));
@@ -73,6 +73,9 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   answers.identify = MoveBlockAnswer(recorded, kIdentifyKey, false);
   if (recorded.contains(kExceededKey)) answers.exceeded = Flag(recorded, kExceededKey);
   answers.enables = !Flag(recorded, kEnableFailsKey);
+  if (const auto date = recorded.find(kDateKey); date != recorded.end()) {
+    answers.date = TypedValue<platform::Date>(kDateKey, date->second);
+  }
   if (Flag(recorded, kQueryFailsKey)) answers.whyNotOpened = "it was not opened when recorded";
   return answers;
 }
@@ -174,7 +177,7 @@ std::optional<SInt32> PopNumber(std::string_view& text, SInt32 max) {
   return number;
 }
 
-// "10.5.8" as 0x1058: one to three figures, the first at most 99; each of the others is
+// "10.5.8" as 0x1058: one to three numbers, the first at most 99; each of the others is
 // one digit, 9 when it is larger. nullopt if it is any other text.
 std::optional<SInt32> ParseVersion(std::string_view text) {
   const auto first = PopNumber(text, 100);

@@ -26,6 +26,7 @@ inline constexpr std::string_view kEnableFailsKey = "EnableFails";
 inline constexpr std::string_view kQueryFailsKey = "QueryFails";
 inline constexpr std::string_view kDataFailsKey = "DataFails";
 inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
+inline constexpr std::string_view kDateKey = "Date";
 
 // What is wrong with a recording, and where. what() is one line of printable UTF-8,
 // whatever the file put into it.

@@ -67,6 +67,7 @@ DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);
   PutBlock(recorded, kThresholdsKey, kThresholdsFailsKey, answers.thresholds);
   if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
+  if (answers.date) Put(recorded, kDateKey, *answers.date);
   return {std::move(recorded), FailuresOf(answers)};
 }
 
