@@ -5,12 +5,17 @@
 #include <scsi/sg_cmds_extra.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "machines/linux/block_device.h"
+#include "machines/linux/sysfs_machine.h"
+#include "machines/linux/udev_database.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
 #include "machines/recorded/write_recording.h"
@@ -26,7 +31,7 @@ struct Answer {
   int missing = 0;
 };
 
-// By a letter for each command: I E S D T.
+// By a letter for each command: I E S D T, and P for CHECK POWER MODE.
 std::map<char, Answer> answers;
 std::string sent;
 
@@ -45,7 +50,8 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
       {{6, 0, 0, 0xD8, 0, 0, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'E'},
       {{6, 0x20, 0, 0xDA, 0, 0, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'S'},
       {{8, 0x0E, 0, 0xD0, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'D'},
-      {{8, 0x0E, 0, 0xD1, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'T'}};
+      {{8, 0x0E, 0, 0xD1, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'T'},
+      {{6, 0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE5, 0}, 'P'}};
   const char letter = letters.at({cdb + 1, cdb + 16});
   sent += letter;
   const Answer& answer = answers[letter];
@@ -64,6 +70,9 @@ std::optional<dev_t> machines::BlockDeviceNumber(int descriptor) {
   fstat(descriptor, &status);
   return S_ISCHR(status.st_mode) ? std::optional(test::kNodeNumber) : std::nullopt;
 }
+
+// Stands for udev, which has asked every disk.
+bool machines::IsATAByUdev(dev_t /*number*/) { return true; }
 
 namespace test {
 
@@ -84,7 +93,7 @@ class AtaDrive : public testing::Test {
 
   platform::Machine Host() const {
     platform::Machine host;
-    host.roots = {AhciDevice(machines::MakeAtaDrive(node_, number_), "sda")};
+    host.roots = {AhciDevice(machines::MakeAtaDrive({node_, number_}), "sda")};
     return host;
   }
 
@@ -198,6 +207,55 @@ TEST_F(AtaDrive, AnotherNodeIsNeverAsked) {
     number_ = number;
     EXPECT_EQ(Told(), "failure ");
   }
+}
+
+// A drive that sleeps, and answers of its that are kept.
+TEST_F(AtaDrive, OneThatSleepsIsAskedOnlyForWhatIsNotKept) {
+  const Answer asleep = {kCheckCondition, {0xF0, 0, 1, 0, 0x50, 0, 0x01, 10, 0, 0, 0, 0, 0, 0x1D}};
+  const Answer awake = {kCheckCondition, {0xF0, 0, 1, 0, 0x50, 0, 0xFF, 10, 0, 0, 0, 0, 0, 0x1D}};
+  const std::tuple<Answer, bool, bool, std::string> kCases[] = {
+      {asleep, true, true, "P"},
+      {asleep, false, true, "PI"},
+      {asleep, true, false, "PIESDT"},
+      {asleep, false, false, "PIESDT"},
+      {awake, true, true, "PIESDT"},
+      {kAborted, true, true, "PIESDT"},
+      {{.status = kGone}, true, true, "PIESDT"},
+  };
+  for (const auto& [mode, hasPage, isKept, commands] : kCases) {
+    AnswerWell();
+    answers['P'] = mode;
+    machines::AtaNode node = {node_, number_};
+    if (hasPage) std::ranges::copy(answers['I'].block, node.identify.emplace().begin());
+    const platform::Drive drive = machines::MakeAtaDrive(
+        node, [&](const platform::Block& identify) -> std::optional<DriveAnswers> {
+          EXPECT_TRUE(std::ranges::equal(identify, answers['I'].block));
+          if (!isKept) return std::nullopt;
+          return DriveAnswers{"kept", {}, {}, {}, {}, {}, {}};
+        });
+    sent.clear();
+    const DriveAnswers told = drive();
+    EXPECT_EQ(sent, commands);
+    EXPECT_EQ(told.whyNotOpened, commands.size() < 3 ? "kept" : "");
+    EXPECT_EQ(told.date.has_value(), commands.size() > 2);
+  }
+}
+
+// Nobody but the drive knows its model, and nothing is asked of it twice.
+TEST_F(AtaDrive, BehindABridgeHasTheModelOfItsIdentifyData) {
+  namespace fs = std::filesystem;
+  const fs::path root = fs::path(testing::TempDir()) / ("bridge." + std::to_string(getpid()));
+  const fs::path folder = root / "sys/devices/usb2/host6/6:0:0:0/block/sda";
+  fs::create_directories(folder / "device");
+  fs::create_directories(root / "sys/block");
+  fs::create_directory_symlink(folder, root / "sys/block/sda");
+  fs::create_symlink("/dev/null", root / "sda");
+  std::ofstream(folder / "device/type") << "0\n";
+  std::ofstream(folder / "device/model") << "Bridge\n";
+  std::ofstream(folder / "dev") << "8:16\n";
+  const DeviceLines lines{.path = "/dev/rsda", .product = std::string(40, 'x')};
+  EXPECT_EQ(ReportOf(machines::ReadLinuxMachine(root / "sys", root)), lines.Text());
+  fs::remove_all(root);
 }
 
 }  // namespace test

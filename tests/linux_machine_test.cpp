@@ -1,5 +1,6 @@
 // The machine made from sysfs: which block devices become entries, and what is said of them;
 // and the answer in the registers that a drive returns.
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -7,7 +8,11 @@
 
 #include "machines/linux/ata_commands.h"
 #include "machines/linux/sysfs_machine.h"
+#include "machines/linux/udev_database.h"
 #include "tests/support.h"
+
+// Stands for udev, which has asked the disk of this number.
+bool machines::IsATAByUdev(dev_t number) { return number == makedev(8, 32); }
 
 namespace {
 
@@ -32,6 +37,8 @@ struct BlockDevice {
   std::string model = "EXAMPLE DISK 200\n";
   std::string page = {};
   std::string size = "8\n";
+  std::string number = "8:16\n";
+  std::string hidden = {};
 };
 
 void Write(const fs::path& file, const std::string& content) {
@@ -50,6 +57,8 @@ void Add(const fs::path& sysfs, const BlockDevice& device) {
   Write(scsi / "model", device.model);
   Write(scsi / "vpd_pg89", device.page);
   Write(block / "size", device.size);
+  Write(block / "dev", device.number);
+  Write(block / "hidden", device.hidden);
   fs::create_directory_symlink(scsi, block / "device");
   fs::create_directories(sysfs / "block");
   fs::create_directory_symlink(block, sysfs / "block" / device.name);
@@ -93,7 +102,7 @@ std::string Page(Identify identify = {}) {
   return page;
 }
 
-TEST(LinuxMachine, DisksThatSpeakAtaAreEntriesWithWhatIsKnownOfThem) {
+TEST(LinuxMachine, DisksAreEntriesWithWhatIsKnownOfThem) {
   const char* const kSas =
       "pci0/0000:03:00.0/host0/port-0:0:4/end_device-0:0:4/target0:0:4/0:0:4:0";
   const char* const kUsb = "pci0/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0";
@@ -102,6 +111,7 @@ TEST(LinuxMachine, DisksThatSpeakAtaAreEntriesWithWhatIsKnownOfThem) {
   const std::string kAta = "IOATABlockStorageDevice, 32, ";
   const std::string kEnd = ", sda, 4096";
   const std::string kWithoutPage = kAhci + "EXAMPLE DISK 200" + kEnd;
+  const std::string kOther = "IOBlockStorageDevice, EXAMPLE DISK 200, ";
   const auto on = [](const char* driver, const Identify& identify) {
     return BlockDevice{.hostDriver = driver, .page = Page(identify)};
   };
@@ -124,14 +134,23 @@ TEST(LinuxMachine, DisksThatSpeakAtaAreEntriesWithWhatIsKnownOfThem) {
       // Elsewhere than on a libata port, AHCI is no matter
       {{.at = kSas}, kAta + "EXAMPLE DISK 200" + kEnd},
       {{.at = kSas, .vendor = "SEAGATE", .page = Page()}, kAta + kModel + kEnd},
-      {{.at = kSas, .vendor = "ATAPI", .page = Page().substr(0, 60) + std::string(512, '\0')}, ""},
       {{.at = kUsb, .vendor = "Bridge", .page = Page()}, kAta + kModel + kEnd},
-      {{.at = "pci0/ata1x/host1x/0:0:0:0"}, ""},
+      {{.at = kUsb, .vendor = "Bridge", .number = "8:32\n"}, kAta + kEnd},
+      // Not ATA, and no disks at all
+      {{.at = kSas, .vendor = "ATAPI", .page = Page().substr(0, 60) + std::string(512, '\0')},
+       kOther + "sda, 4096"},
+      {{.at = kUsb, .type = "7\n", .number = "8:32\n"}, kOther + "sda, 4096"},
+      {{.at = "pci0/ata1x/host1x/0:0:0:0"}, kOther + "sda, 4096"},
+      {{.name = "nvme0n1", .at = "pci0/nvme/nvme0", .type = ""}, kOther + "nvme0n1, 4096"},
+      {{.name = "nvme0c0n1", .at = "pci0/nvme/nvme0", .type = "", .hidden = "1\n"}, ""},
+      {{.name = "mmcblk0boot1", .at = "pci0/mmc0", .type = ""}, ""},
+      {{.name = "sr0", .at = "pci0/ide0", .type = ""}, ""},
+      {{.name = "fd0", .at = "floppy.0", .type = ""}, ""},
   };
   for (const auto& [device, disk] : kCases) {
     const fs::path folder = EmptyFolder();
     EXPECT_EQ(DisksIn(folder), "");
-    fs::create_directories(folder / "block" / "sdc");
+    fs::create_directories(folder / "block" / "loop0");
     fs::create_symlink("../gone", folder / "block" / "sdb");
     Add(folder, device);
     EXPECT_EQ(DisksIn(folder), disk) << device.at << device.name;
@@ -155,16 +174,16 @@ using SenseBytes = std::vector<std::uint8_t>;
 
 // A success whose registers say that no threshold is exceeded, unless they are changed.
 struct Fields {
-  std::uint8_t key = 1, status = 0x50, lbaMid = 0x4F, lbaHigh = 0xC2;
+  std::uint8_t key = 1, status = 0x50, lbaMid = 0x4F, lbaHigh = 0xC2, count = 0;
 };
 
 SenseBytes Descriptors(Fields f = {}) {
-  return {0x72, f.key, 0, 0x1D, 0, 0, 0,        14, 0x09,      12, 0,
-          0,    0,     0, 0,    0, 0, f.lbaMid, 0,  f.lbaHigh, 0,  f.status};
+  return {0x72, f.key, 0,       0x1D, 0, 0, 0,        14, 0x09,      12, 0,
+          0,    0,     f.count, 0,    0, 0, f.lbaMid, 0,  f.lbaHigh, 0,  f.status};
 }
 
 SenseBytes Fixed(Fields f = {}) {
-  return {0xF0, 0, f.key, 0, f.status, 0, 0, 10, 0, 0, f.lbaMid, f.lbaHigh, 0, 0x1D};
+  return {0xF0, 0, f.key, 0, f.status, 0, f.count, 10, 0, 0, f.lbaMid, f.lbaHigh, 0, 0x1D};
 }
 
 StatusAnswer AnswerOf(const SenseBytes& sense) {
@@ -210,6 +229,20 @@ TEST(ReturnStatus, OnlyTheTwoDefinedAnswersOfASuccessCountInEitherFormat) {
     sense[changed] = byte;
     EXPECT_EQ(AnswerOf(sense), answer) << testing::PrintToString(sense);
   }
+}
+
+TEST(PowerMode, OnlyStandbyIsSleepAndOnlyWhereItIsSaid) {
+  const std::pair<Fields, bool> kCases[] = {{{.count = 0x00}, true},   {{.count = 0x01}, true},
+                                            {{.count = 0x02}, false},  {{.count = 0x80}, false},
+                                            {{.count = 0xFF}, false},  {{.status = 0}, false},
+                                            {{.status = 0x51}, false}, {{.key = 0x0B}, false}};
+  for (const auto& [fields, isAsleep] : kCases) {
+    for (const SenseBytes& sense : {Descriptors(fields), Fixed(fields)}) {
+      EXPECT_EQ(machines::IsInStandby(machines::ParseSense(sense)), isAsleep)
+          << testing::PrintToString(sense);
+    }
+  }
+  EXPECT_FALSE(machines::IsInStandby({machines::CommandEnd::kSucceeded})) << "no registers";
 }
 
 }  // namespace

@@ -41,7 +41,8 @@ bool FindRegisters(Bytes sense, bool isFixed, Sense& parsed) {
     if (sense.size() < kSize) return false;
     const bool isAnnounced = parsed.code == 0 && parsed.qualifier == kInformationAvailable;
     const bool isOfError = parsed.key > 1 && (sense[4] & kError) != 0;
-    if (isAnnounced || isOfError) parsed.registers = {sense[3], sense[4], sense[10], sense[11]};
+    if (isAnnounced || isOfError)
+      parsed.registers = {sense[3], sense[4], sense[6], sense[10], sense[11]};
     return true;
   }
   const std::uint8_t* found =
@@ -49,7 +50,7 @@ bool FindRegisters(Bytes sense, bool isFixed, Sense& parsed) {
   if (found == nullptr) return true;
   const Bytes descriptor = sense.subspan(static_cast<std::size_t>(found - sense.data()));
   if (descriptor.size() < kSize || descriptor[1] != kSize - 2) return false;
-  parsed.registers = {descriptor[3], descriptor[13], descriptor[9], descriptor[11]};
+  parsed.registers = {descriptor[3], descriptor[13], descriptor[5], descriptor[9], descriptor[11]};
   return true;
 }
 
@@ -74,7 +75,7 @@ bool IsAbort(const Sense& sense) {
   constexpr std::uint8_t kAbortedCommand = 0x0B;
   if (sense.key != kAbortedCommand) return false;
   if (!sense.registers) return sense.code == 0 && sense.qualifier == 0;
-  const auto& [error, status, lbaMid, lbaHigh] = *sense.registers;
+  const auto& [error, status, count, lbaMid, lbaHigh] = *sense.registers;
   return (status & (kBusy | kDeviceFault | kError)) == kError && (error & kAborted) != 0;
 }
 
@@ -107,10 +108,17 @@ CommandResult ParseSense(Bytes sense) {
 StatusAnswer ParseReturnStatus(const CommandResult& result) {
   if (result.end != CommandEnd::kSucceeded) return StatusAnswer::kNone;
   if (!result.registers) return StatusAnswer::kUnsaid;
-  const auto& [error, status, lbaMid, lbaHigh] = *result.registers;
+  const auto& [error, status, count, lbaMid, lbaHigh] = *result.registers;
   if (lbaMid == 0x4F && lbaHigh == 0xC2) return StatusAnswer::kNotExceeded;
   if (lbaMid == 0xF4 && lbaHigh == 0x2C) return StatusAnswer::kExceeded;
   return StatusAnswer::kNone;
+}
+
+bool IsInStandby(const CommandResult& result) {
+  constexpr std::uint8_t kReady = 0x40;
+  constexpr std::uint8_t kLastStandby = 0x01;  // 00h and 01h
+  return result.end == CommandEnd::kSucceeded && result.registers &&
+         (result.registers->status & kReady) != 0 && result.registers->count <= kLastStandby;
 }
 
 namespace {

@@ -1,6 +1,6 @@
 // ATA commands on their way through SCSI's ATA PASS-THROUGH, and what their sense data tell:
-// how a command ended, which registers the drive returned, and the answer to SMART RETURN
-// STATUS in them. Which commands a drive is sent is ata_drive.cpp's.
+// how a command ended, which registers the drive returned, and the answers to SMART RETURN
+// STATUS and CHECK POWER MODE in them. Which commands a drive is sent is ata_drive.cpp's.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +20,7 @@ enum class CommandEnd {
 struct ReturnedRegisters {
   std::uint8_t error = 0;
   std::uint8_t status = 0;
+  std::uint8_t count = 0;
   std::uint8_t lbaMid = 0;
   std::uint8_t lbaHigh = 0;
 };
@@ -45,6 +46,11 @@ enum class StatusAnswer {
 // `result` is that of SMART RETURN STATUS, sent with its registers wanted. Only the two pairs of
 // values that the standard names are answers: another pair is not taken for a good one.
 StatusAnswer ParseReturnStatus(const CommandResult& result);
+
+// Whether the drive says that it is in standby, where its medium does not spin. `result` is that of
+// CHECK POWER MODE, sent with its registers wanted. False where it says nothing; registers that are
+// all zeros are those of a layer that has not asked the drive.
+bool IsInStandby(const CommandResult& result);
 
 // The registers that the commands in use need; all others are sent as 0.
 struct AtaRegisters {

@@ -20,6 +20,7 @@ using platform::Block;
 using platform::DriveAnswers;
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
+constexpr AtaRegisters kCheckPowerMode = {.command = 0xE5};
 
 // Every S.M.A.R.T. command carries the same signature.
 constexpr AtaRegisters SMARTCommand(std::uint8_t operation) {
@@ -41,18 +42,33 @@ platform::BlockAnswer Given(const Block& block) {
   return {platform::Data(block.begin(), block.end()), true};
 }
 
+// What is kept of the drive, if it sleeps. Its IDENTIFY DEVICE data are left in `identify` where
+// they had to be asked for.
+std::optional<DriveAnswers> AnswersOfSleeper(int node, const std::optional<Block>& known,
+                                             const KeptAnswers& kept,
+                                             std::optional<Block>& identify) {
+  if (!kept || !IsInStandby(SendCommand(node, kCheckPowerMode, Registers::kWanted))) return {};
+  if (known) return kept(*known);
+  identify = ReadAnswer(node, kIdentifyDevice);
+  return identify ? kept(*identify) : std::nullopt;
+}
+
 // Asks an open node, up to the first failure.
-DriveAnswers Ask(int node) {
+DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers& kept) {
+  std::optional<Block> identify;
+  if (auto answers = AnswersOfSleeper(node, known, kept, identify)) return *answers;
+
   DriveAnswers told;
   const auto failed = [&told](const char* why) {
     told.whyNotOpened = why;
     return told;
   };
-  std::optional<Block> identify = ReadAnswer(node, kIdentifyDevice);
+  if (!identify) identify = ReadAnswer(node, kIdentifyDevice);
   if (!identify) return failed("IDENTIFY DEVICE failed");
   MakePrintable(*identify);
   told.identify = Given(*identify);
   told.enables = !LacksSMART(*identify);
+  told.date = platform::Now();
   if (!told.enables) return told;
 
   const CommandEnd enabling = SendCommand(node, kEnableOperations).end;
@@ -80,23 +96,24 @@ DriveAnswers Ask(int node) {
 
 // Opens the node for reading, without waiting for a medium. The name of a disk that went away
 // may by now be another's, and what lies in the folder may be anything.
-DriveAnswers OpenAndAsk(const std::filesystem::path& node, std::optional<dev_t> number) {
+DriveAnswers OpenAndAsk(const AtaNode& node, const KeptAnswers& kept) {
   DriveAnswers none;
-  const base::Descriptor opened(open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const base::Descriptor opened(
+      open(node.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!opened.IsOpen()) {
     none.whyNotOpened = std::string("its device node cannot be opened: ") + strerror(errno);
-  } else if (!number || BlockDeviceNumber(opened.Number()) != number) {
+  } else if (!node.number || BlockDeviceNumber(opened.Number()) != node.number) {
     none.whyNotOpened = "its device node is not known to be the disk's";
   } else {
-    return Ask(opened.Number());
+    return Ask(opened.Number(), node.identify, kept);
   }
   return none;
 }
 
 }  // namespace
 
-platform::Drive MakeAtaDrive(std::filesystem::path node, std::optional<dev_t> number) {
-  return [node = std::move(node), number] { return OpenAndAsk(node, number); };
+platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept) {
+  return [node = std::move(node), kept = std::move(kept)] { return OpenAndAsk(node, kept); };
 }
 
 }  // namespace machines

@@ -17,6 +17,7 @@ struct Field {
 };
 constexpr Field kSerialNumber = {20, 20};
 constexpr Field kRevision = {46, 8};
+constexpr Field kModel = {54, 40};
 
 std::uint16_t Word(const Block& identify, std::size_t index) {
   return static_cast<std::uint16_t>(identify[2 * index] | identify[2 * index + 1] << 8);
@@ -62,6 +63,16 @@ void MakePrintable(Block& identify) {
     const auto field = std::span(identify).subspan(offset, size);
     std::ranges::replace_if(field, isOdd, '?');
   }
+}
+
+std::string Identity(Block identify) {
+  MakePrintable(identify);
+  const auto text = [&identify](const Field& field) {
+    const auto bytes = std::span(identify).subspan(field.offset, field.size);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  const std::string serial = text(kSerialNumber);
+  return base::PrintableASCII(serial).empty() ? "" : text(kModel) + serial;
 }
 
 namespace {

@@ -28,6 +28,10 @@ bool LacksSMART(const platform::Block& identify);
 // padding of some drives. All else of the block stays as well, so its checksum may be wrong now.
 void MakePrintable(platform::Block& identify);
 
+// Model and serial number as they stand in the data once they are printable, for comparison: a text
+// of 60 bytes, or an empty one where the drive has no serial number, so that it may be any.
+std::string Identity(platform::Block identify);
+
 // The threshold-exceeded condition as the standard defines it, for drives whose own answer does
 // not come through. True: the normalized value of a pre-failure attribute is at or below its
 // threshold. Each threshold is paired with the first attribute of its identifier that has a value,

@@ -1,0 +1,188 @@
+#include "machines/linux/drive_processes.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "base/descriptor.h"
+
+namespace machines {
+namespace {
+
+using platform::BlockAnswer;
+using platform::DriveAnswers;
+using Clock = std::chrono::steady_clock;
+
+// Answers as they go through a pipe: written whole or not at all, and read so.
+struct SentBlock {
+  std::size_t size;
+  bool succeeds;
+  platform::Block bytes;
+};
+struct SentAnswers {
+  std::array<char, 256> whyNotOpened;
+  bool enables;
+  bool hasExceeded;
+  bool exceeded;
+  bool hasDate;
+  std::int64_t date;
+  std::array<SentBlock, 3> blocks;  // data, thresholds, identify
+};
+static_assert(sizeof(SentAnswers) <= PIPE_BUF && std::is_trivially_copyable_v<SentAnswers>);
+
+SentBlock Packed(const BlockAnswer& block) {
+  SentBlock sent{block.bytes.size(), block.succeeds, {}};
+  std::ranges::copy(block.bytes, sent.bytes.begin());
+  return sent;
+}
+
+BlockAnswer Unpacked(const SentBlock& sent) {
+  return {{sent.bytes.begin(), sent.bytes.begin() + static_cast<std::ptrdiff_t>(sent.size)},
+          sent.succeeds};
+}
+
+SentAnswers Packed(const DriveAnswers& answers) {
+  SentAnswers sent{};
+  answers.whyNotOpened.copy(sent.whyNotOpened.data(), sent.whyNotOpened.size() - 1);
+  sent.enables = answers.enables;
+  sent.hasExceeded = answers.exceeded.has_value();
+  sent.exceeded = answers.exceeded.value_or(false);
+  sent.hasDate = answers.date.has_value();
+  sent.date = answers.date.value_or(platform::Date()).seconds;
+  sent.blocks = {Packed(answers.data), Packed(answers.thresholds), Packed(answers.identify)};
+  return sent;
+}
+
+DriveAnswers Unpacked(const SentAnswers& sent) {
+  DriveAnswers answers;
+  answers.whyNotOpened = sent.whyNotOpened.data();
+  answers.enables = sent.enables;
+  if (sent.hasExceeded) answers.exceeded = sent.exceeded;
+  if (sent.hasDate) answers.date = platform::Date{sent.date};
+  answers.data = Unpacked(sent.blocks[0]);
+  answers.thresholds = Unpacked(sent.blocks[1]);
+  answers.identify = Unpacked(sent.blocks[2]);
+  return answers;
+}
+
+DriveAnswers Failed(std::string why) {
+  DriveAnswers answers;
+  answers.whyNotOpened = std::move(why);
+  return answers;
+}
+
+// Standard streams among them: whoever reads the output waits until nobody can write to it any
+// more, and whoever writes it need not.
+void GiveUpDescriptorsBut(int kept) {
+  constexpr int kFirstOther = STDERR_FILENO + 1;
+  const int null = open("/dev/null", O_RDWR);
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++) dup2(null, stream);
+  dup2(kept, kFirstOther);
+  close_range(kFirstOther + 1, ~0U, 0);
+}
+
+[[noreturn]] void AnswerAndExit(const platform::Drive& drive, int pipe) {
+  // A way out where the parent is gone; nobody reads its report any more.
+  std::signal(SIGPIPE, SIG_DFL);
+  GiveUpDescriptorsBut(pipe);
+  const SentAnswers answers = Packed(drive());
+  const ssize_t written = write(STDERR_FILENO + 1, &answers, sizeof answers);
+  _exit(written == sizeof answers ? 0 : 1);
+}
+
+struct Child {
+  pid_t process = -1;
+  base::Descriptor pipe = {};  // open as long as its answers are awaited
+  DriveAnswers answers = {};   // once they are not
+};
+
+Child Start(const platform::Drive& drive) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    return {-1, {}, Failed(std::string("no pipe to ask it through: ") + strerror(errno))};
+  }
+  base::Descriptor reading(ends[0]);
+  const base::Descriptor writing(ends[1]);
+  const pid_t process = fork();
+  if (process == 0) AnswerAndExit(drive, writing.Number());
+  if (process < 0) {
+    return {-1, {}, Failed(std::string("no process to ask it in: ") + strerror(errno))};
+  }
+  return {process, std::move(reading), {}};
+}
+
+// Takes what has come through the child's pipe: all of its answers, or the end of the pipe.
+void Receive(Child& child) {
+  SentAnswers sent;
+  const ssize_t count = read(child.pipe.Number(), &sent, sizeof sent);
+  const bool isWhole = count == sizeof sent;
+  child.answers = isWhole ? Unpacked(sent) : Failed("the process that asked it ended");
+  close(child.pipe.Release());
+  waitpid(child.process, nullptr, 0);
+}
+
+void GiveUp(Child& child, std::chrono::milliseconds limit) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit).count();
+  child.answers = Failed("no answer within " + std::to_string(seconds) + " seconds");
+  close(child.pipe.Release());
+  kill(child.process, SIGKILL);
+}
+
+std::vector<bool> Awaited(const std::vector<Child>& children) {
+  std::vector<bool> isAwaited;
+  for (const Child& child : children) isAwaited.push_back(child.pipe.IsOpen());
+  return isAwaited;
+}
+
+// Waits for answers until `end`, and takes those that have come. False when there are none to come,
+// or in time.
+bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
+  std::vector<pollfd> pipes;
+  std::vector<Child*> awaited;
+  for (Child& child : children) {
+    if (!child.pipe.IsOpen()) continue;
+    pipes.push_back({child.pipe.Number(), POLLIN, 0});
+    awaited.push_back(&child);
+  }
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+  if (pipes.empty() || left <= 0) return false;
+  poll(pipes.data(), pipes.size(), static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
+  for (std::size_t i = 0; i < pipes.size(); i++) {
+    if (pipes[i].revents != 0) Receive(*awaited[i]);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
+                                 std::chrono::milliseconds limit, const Progress& progress) {
+  const Clock::time_point end = Clock::now() + limit;
+  std::vector<Child> children;
+  for (const platform::Drive& drive : drives) children.push_back(Start(drive));
+  do {
+    if (progress) progress(Awaited(children));
+  } while (ReceiveSome(children, end));
+
+  std::vector<DriveAnswers> answers;
+  for (Child& child : children) {
+    if (child.pipe.IsOpen()) GiveUp(child, limit);
+    answers.push_back(std::move(child.answers));
+  }
+  if (progress) progress(std::vector<bool>(drives.size()));
+  return answers;
+}
+
+}  // namespace machines
