@@ -21,6 +21,15 @@ head -30 "$input" >"$work/cut"
 shell 0 '' '"$0" "$1"'
 printed "$heading" 115
 cp "$work/out" "$work/table"
+# A recording is shown as its report is, and a bad one as what it is.
+for script in '"$0" "${1%.report}.plist"' '{ echo; cat "${1%.report}.plist"; } | "$0" -'; do
+  shell 0 '' "$script"
+  cmp "$work/out" "$work/table" || fail "a recording in $script"
+done
+head -50 "${input%.report}.plist" >"$work/cut.plist"
+shell 1 "$name: cut.plist: line 51: the file ends inside <" '"$0" --output file cut.plist'
+shell 3 '' '"$0" --check cut.plist'
+shell 1 "$name: -: a binary property list" 'printf bplist00 | "$0"'
 for form in --table --brief --json --prometheus; do
   shell 1 "$name: cut: line 31: the file ends inside a drive\$" "\"\$0\" $form cut"
   grep -q 6RY0W4LH "$work/out" || fail "$form: what comes before the damage is lost"

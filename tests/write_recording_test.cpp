@@ -2,11 +2,17 @@
 // without serial numbers where that is asked for.
 #include "machines/recorded/write_recording.h"
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
 #include <numeric>
 
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
 #include "tests/support.h"
+#include "tools/kept_answers.h"
 #include "tools/mask_serials.h"
 
 namespace test {
@@ -40,6 +46,7 @@ TEST(Recording, GivesTheSameReportAgain) {
   drives[5].thresholds = {{0x10, 0, 194}, false};
   drives[6].identify = {};
   drives[7].data.succeeds = false;
+  drives[7].date = platform::Date{800000000};
   for (const DriveAnswers& drive : drives) {
     machine.roots[0].children.push_back(AhciDevice(DriveOf(drive), "disk2", 250059350016));
   }
@@ -84,6 +91,55 @@ TEST(Masking, LeavesNothingThatTellsADrive) {
   identify[511] ^= 1;
   masked[511] = identify[511];  // a wrong checksum stays
   expectMasked();
+}
+
+// Answers for sleeping drives, from the file that the recorder is about to replace.
+TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
+  const std::string file = testing::TempDir() + "kept." + std::to_string(getpid());
+  const std::int64_t now = platform::Now().seconds;
+  constexpr std::int64_t kDay = 86400;
+  Machine machine;
+  machine.roots = {{"Root", "Class", {}, {}, {}}};
+  // A drive for each letter, which its serial number is full of.
+  const auto add = [&](char letter, std::optional<std::int64_t> date, const std::string& failure) {
+    DriveAnswers answers = HealthyAnswers();
+    std::fill_n(answers.identify.bytes.begin() + 20, 20, static_cast<std::uint8_t>(letter));
+    if (date) answers.date = platform::Date{*date};
+    answers.whyNotOpened = failure;
+    machine.roots[0].children.push_back(AhciDevice(DriveOf(answers)));
+    platform::Block identify;
+    std::ranges::copy(answers.identify.bytes, identify.begin());
+    return identify;
+  };
+  const std::pair<platform::Block, bool> kCases[] = {{add('a', now - 3 * kDay + 60, ""), true},
+                                                     {add('b', now - 3 * kDay - 60, ""), false},
+                                                     {add('c', now + kDay, ""), false},
+                                                     {add('d', {}, ""), false},
+                                                     {add('e', now, "it is gone"), false},
+                                                     {add(' ', now, ""), false},
+                                                     {add('f', now, ""), false},
+                                                     {add('f', now, ""), false}};
+  std::ofstream(file) << machines::WritePropertyList(Recorded(machine));
+  const auto kept = tools::ReadKeptAnswers("test", file, 3);
+  for (const auto& [identify, isKept] : kCases) {
+    const auto answers = kept(identify);
+    ASSERT_EQ(answers.has_value(), isKept) << identify[20];
+    EXPECT_TRUE(!isKept || answers->data.bytes == HealthyAnswers().data.bytes);
+  }
+  platform::Block foreign = kCases[0].first;
+  foreign[60] = 'y';  // of the model
+  EXPECT_FALSE(kept(foreign).has_value());
+
+  const std::pair<const char*, std::string> kFiles[] = {{"", "test: .*: the file is empty\n"},
+                                                        {nullptr, ""}};
+  for (const auto& [content, error] : kFiles) {
+    std::remove(file.c_str());
+    if (content != nullptr) std::ofstream(file) << content;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(tools::ReadKeptAnswers("test", file, 3)(kCases[0].first).has_value());
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(testing::internal::RE::FullMatch(told, error)) << told;
+  }
 }
 
 }  // namespace test

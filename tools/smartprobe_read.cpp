@@ -15,17 +15,21 @@
 
 #include "base/files.h"
 #include "base/standard_streams.h"
+#include "machines/recorded/read_recording.h"
+#include "machines/recorded/recording_files.h"
 #include "report/forms.h"
 #include "report/health.h"
 #include "report/report_reader.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
+#include "tools/replayed_report.h"
 
 namespace {
 
 const tools::CommandLine kCommandLine = {
     "smartprobe-read",
-    "Shows what a report of smartprobe says about the drives, or hands it to monitoring.",
+    "Shows what a report of smartprobe, or that of a recorded machine, says about the drives, or\n"
+    "hands it to monitoring.",
     {{"table", nullptr, "Each drive with all its attributes (the default)"},
      {"brief", nullptr, "Each drive in one line"},
      {"json", nullptr, "One JSON document, for programs"},
@@ -33,7 +37,7 @@ const tools::CommandLine kCommandLine = {
      {"check", nullptr, "Say first if all is well; status 0 well, 1 worn, 2 failing, 3 unknown"},
      {"output", "FILE",
       "Print into FILE, which only a whole report replaces; - is standard output"}},
-    "The report; - is standard input, which is the default",
+    "The report, or a recording; - is standard input, which is the default",
     false};
 
 // Monitoring takes this status for "unknown".
@@ -79,9 +83,27 @@ void TellOfWaiting(const Options& options) {
   base::PrintError(kCommandLine.program, "waiting for a report on standard input");
 }
 
+// A report begins with a letter. What begins as no report may, but as XML or a binary property list
+// do, is read as a recording, whose reader says best what is wrong with it.
+bool IsRecording(std::string_view bytes) {
+  constexpr std::string_view kBeforeMarkup = "\xEF\xBB\xBF\xFE\xFF \t\r\n";
+  const std::string_view markup =
+      bytes.substr(std::min(bytes.find_first_not_of(kBeforeMarkup), bytes.size()));
+  return markup.starts_with('<') || markup.starts_with(std::string_view("\0<", 2)) ||
+         bytes.starts_with("bplist");
+}
+
+// The report in the file, or that of the recording in it.
+report::Report ReportIn(const std::string& file) {
+  const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
+  if (!IsRecording(bytes)) return report::ParseReport(bytes);
+  tools::Install(machines::ParseRecording(bytes, file));
+  return report::ParseReport(tools::ReplayedReport());
+}
+
 void Read(const Options& options, Reading& reading) {
   TellOfWaiting(options);
-  reading.report = report::ParseReport(base::ReadUpTo(report::kMaxReportSize + 1, options.file));
+  reading.report = ReportIn(options.file);
   if (const auto& damage = reading.report.damage) {
     reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
   }

@@ -1,20 +1,9 @@
 // smartprobe-replay: the probe's report on a recorded machine.
-#include <stdexcept>
-#include <string>
-
-#include "base/files.h"
 #include "base/standard_streams.h"
-#include "machines/recorded/read_recording.h"
-#include "machines/recorded/recording_format.h"
-#include "platform/machine.h"
+#include "machines/recorded/recording_files.h"
 #include "probe/pass/start_up.h"
 #include "tools/program.h"
-
-// Never destroyed: the process is about to end, and a large machine takes its time.
-platform::Machine& platform::ThisMachine() {
-  static auto& machine = *new Machine;
-  return machine;
-}
+#include "tools/replayed_report.h"
 
 namespace {
 
@@ -24,18 +13,8 @@ const tools::CommandLine kCommandLine = {"smartprobe-replay",
                                          "An XML property list; - is standard input",
                                          true};
 
-// One byte more than a recording may have shows that it has too many.
-platform::Machine ReadMachine(const std::string& file) {
-  const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
-  try {
-    return machines::ReadRecording(bytes);
-  } catch (const machines::RecordingError& error) {
-    throw std::runtime_error(file + ": " + error.what());
-  }
-}
-
 int Replay(const tools::Arguments& arguments) {
-  platform::ThisMachine() = ReadMachine(*arguments.file);
+  tools::Install(machines::ReadRecordingFile(*arguments.file));
   RunProbe();
   base::FinishOutput();
   return 0;

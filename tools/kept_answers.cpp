@@ -1,0 +1,68 @@
+#include "tools/kept_answers.h"
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "base/standard_streams.h"
+#include "machines/linux/drive_blocks.h"
+#include "machines/recorded/recording_files.h"
+
+namespace tools {
+namespace {
+
+using platform::DriveAnswers;
+using platform::Entry;
+
+// By the drive's identity; nullopt: it is that of several.
+using AnswersByIdentity = std::map<std::string, std::optional<DriveAnswers>>;
+
+bool IsRecent(const std::optional<platform::Date>& date, int days) {
+  if (!date) return false;
+  const std::chrono::seconds age(platform::Now().seconds - date->seconds);
+  return age >= age.zero() && age <= std::chrono::days(days);
+}
+
+void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& collected) {
+  for (const Entry& entry : entries) {
+    Collect(entry.children, days, collected);
+    if (!entry.drive) continue;
+    DriveAnswers answers = entry.drive();
+    platform::Block identify{};
+    std::ranges::copy(answers.identify.bytes, identify.begin());
+    const std::string identity = machines::Identity(identify);
+    if (!answers.whyNotOpened.empty() || !IsRecent(answers.date, days) || identity.empty())
+      continue;
+    const auto [known, isNew] = collected.try_emplace(identity, std::move(answers));
+    if (!isNew) known->second.reset();
+  }
+}
+
+AnswersByIdentity ReadAnswers(const char* program, const std::string& file, int days) {
+  AnswersByIdentity collected;
+  try {
+    Collect(machines::ReadRecordingFile(file).roots, days, collected);
+  } catch (const std::system_error& error) {
+    if (error.code() != std::errc::no_such_file_or_directory)
+      base::PrintError(program, error.what());
+  } catch (const std::runtime_error& error) {
+    base::PrintError(program, error.what());
+  }
+  return collected;
+}
+
+}  // namespace
+
+machines::KeptAnswers ReadKeptAnswers(const char* program, const std::string& file, int days) {
+  return [kept = ReadAnswers(program, file, days)](const platform::Block& identify) {
+    const auto found = kept.find(machines::Identity(identify));
+    return found == kept.end() ? std::nullopt : found->second;
+  };
+}
+
+}  // namespace tools
