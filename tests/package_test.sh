@@ -61,7 +61,7 @@ minimal_system() {
   local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe steps
   root=$work/root
   get_root
-  mkdir -p "$root$folder" "$root/run/smartprobe"
+  mkdir -p "$root$folder"
   cp "$package" "$root/smartprobe.deb"
   list_root >"$work/before"
   apt_in_root install ./smartprobe.deb || fail 'the installation'
@@ -69,7 +69,7 @@ minimal_system() {
     fail 'the report of an installed example'
   in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
   steps=$(sed -n 's/^ExecStart=//p' "$tree/usr/lib/systemd/system/smartprobe.service")
-  in_root sh -ec "$steps; rm /run/smartprobe/*" || fail "the service's steps"
+  in_root sh -ec "mkdir /var/lib/smartprobe; $steps" 2>"$work/said" || fail "the service's steps"
   apt_in_root install --reinstall ./smartprobe.deb || fail 'the upgrade'
   [ -s "$root$folder/smartprobe.prom" ] || fail 'an upgrade removes the metrics'
   in_root systemctl --quiet is-enabled smartprobe.timer || fail 'an upgrade disables the timer'
