@@ -88,8 +88,8 @@ expect() {
   [ "$(cat "$results/$1.err")" = "${2-}" ] || fail "$1: $(cat "$results/$1.err")"
 }
 
-# drive DISK MODEL: the lines of that drive. The disk of the kernel's scsi_debug has an ATA
-# Information page but takes no commands.
+# drive DISK MODEL: the lines of that drive. The disks of the kernel's scsi_debug have an ATA
+# Information page but take no commands.
 drive() {
   case $2 in
     PIIX*) set -- "$1" 'PIIX DISK' 1.0 '160.04 GB' '  WD-1' ;;
@@ -123,8 +123,14 @@ drives() {
 judge() {
   [ "$(cat "$results/switch_off.status")" = 0 ] || fail 'S.M.A.R.T. cannot be switched off'
   drives | expect live
-  layer=$(awk '/scsi_debug/ { print $1 }' "$results/devices")
-  expect record "smartprobe-record: $layer: IDENTIFY DEVICE failed" </dev/null
+  awk '/scsi_debug/ { print "smartprobe-record: " $1 ": IDENTIFY DEVICE failed" }
+    /SCSI DISK/ { other = $1 }
+    END { print "smartprobe-record: not ATA, not read: " other ", vda" }' "$results/devices" >"$work/said"
+  expect record "$(cat "$work/said")" </dev/null
+  drives | expect late
+  read -r one all <"$results/times"
+  [ "$one" -gt 100 ] && [ "$all" -lt $((2 * one)) ] ||
+    fail "one late disk takes $one, all three take $all hundredths of a second"
   drives | sed "/^SmartDeviceStart/ { s/$long_serial/XXXXXXXXXXXXXXXXXXXX/; s/WD-1/XXXX/; s/:S /:X / }" |
     expect replay
 }
