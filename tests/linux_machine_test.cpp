@@ -23,7 +23,7 @@ fs::path EmptyFolder() {
   fs::path folder =
       fs::path(testing::TempDir()) / ("linux_machine_test." + std::to_string(getpid()));
   fs::remove_all(folder);
-  fs::create_directory(folder);
+  fs::create_directories(folder / "block");
   return folder;
 }
 
@@ -60,7 +60,6 @@ void Add(const fs::path& sysfs, const BlockDevice& device) {
   Write(block / "dev", device.number);
   Write(block / "hidden", device.hidden);
   fs::create_directory_symlink(scsi, block / "device");
-  fs::create_directories(sysfs / "block");
   fs::create_directory_symlink(block, sysfs / "block" / device.name);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -19,12 +20,15 @@ namespace {
 using platform::DriveAnswers;
 using platform::Entry;
 
-// By the drive's identity; nullopt: it is that of several.
+// By the drive's identity; nullopt: those of several drives, or none that can be kept.
 using AnswersByIdentity = std::map<std::string, std::optional<DriveAnswers>>;
 
-bool IsRecent(const std::optional<platform::Date>& date, int days) {
-  if (!date) return false;
-  const std::chrono::seconds age(platform::Now().seconds - date->seconds);
+bool CanBeKept(const DriveAnswers& answers, int days) {
+  if (!answers.date || !answers.whyNotOpened.empty() || !answers.enables || !answers.exceeded ||
+      !answers.data.succeeds) {
+    return false;
+  }
+  const std::chrono::seconds age(platform::Now().seconds - answers.date->seconds);
   return age >= age.zero() && age <= std::chrono::days(days);
 }
 
@@ -36,10 +40,13 @@ void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& col
     platform::Block identify{};
     std::ranges::copy(answers.identify.bytes, identify.begin());
     const std::string identity = machines::Identity(identify);
-    if (!answers.whyNotOpened.empty() || !IsRecent(answers.date, days) || identity.empty())
-      continue;
-    const auto [known, isNew] = collected.try_emplace(identity, std::move(answers));
-    if (!isNew) known->second.reset();
+    if (identity.empty()) continue;
+    const auto [known, isNew] = collected.try_emplace(identity);
+    if (isNew && CanBeKept(answers, days)) {
+      known->second = std::move(answers);
+    } else {
+      known->second.reset();
+    }
   }
 }
 
@@ -59,9 +66,10 @@ AnswersByIdentity ReadAnswers(const char* program, const std::string& file, int 
 }  // namespace
 
 machines::KeptAnswers ReadKeptAnswers(const char* program, const std::string& file, int days) {
-  return [kept = ReadAnswers(program, file, days)](const platform::Block& identify) {
-    const auto found = kept.find(machines::Identity(identify));
-    return found == kept.end() ? std::nullopt : found->second;
+  const auto kept = std::make_shared<const AnswersByIdentity>(ReadAnswers(program, file, days));
+  return [kept](const platform::Block& identify) {
+    const auto found = kept->find(machines::Identity(identify));
+    return found == kept->end() ? std::nullopt : found->second;
   };
 }
 

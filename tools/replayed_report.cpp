@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 #include "probe/pass/start_up.h"
+#include "probe/state/drive_table.h"
+#include "probe/state/process_state.h"
 
 // Never destroyed: the process is about to end, and a large machine takes its time.
 platform::Machine& platform::ThisMachine() {
@@ -15,23 +17,54 @@ platform::Machine& platform::ThisMachine() {
 }
 
 namespace tools {
+namespace {
 
-void Install(platform::Machine machine) { platform::ThisMachine() = std::move(machine); }
+// Standard output in memory. The probe knows no other output, and the C library lets it stand for
+// another stream.
+class OutputInMemory {
+ public:
+  OutputInMemory() : stream_(open_memstream(&text_, &size_)), output_(stdout) {
+    if (stream_ == nullptr) throw std::bad_alloc();
+    stdout = stream_;
+  }
+  OutputInMemory(const OutputInMemory&) = delete;
+  OutputInMemory& operator=(const OutputInMemory&) = delete;
+  ~OutputInMemory() {
+    stdout = output_;
+    std::fclose(stream_);
+    std::free(text_);
+  }
 
-// The probe knows one output, standard output, which the C library lets stand for another stream.
-std::string ReplayedReport() {
-  char* text = nullptr;
-  std::size_t size = 0;
-  std::FILE* const report = open_memstream(&text, &size);
-  if (report == nullptr) throw std::bad_alloc();
-  std::FILE* const output = std::exchange(stdout, report);
+  std::string Text() {
+    if (std::fflush(stream_) != 0 || std::ferror(stream_) != 0) throw std::bad_alloc();
+    return {text_, size_};
+  }
+
+ private:
+  char* text_ = nullptr;
+  std::size_t size_ = 0;
+  std::FILE* stream_;
+  std::FILE* output_;
+};
+
+constexpr SInt32 kOldestSystem = 0x1020;
+
+}  // namespace
+
+// The probe says nothing where it has no memory for its table, as on a machine without drives.
+void Replay(platform::Machine machine) {
+  platform::ThisMachine() = std::move(machine);
   RunProbe();
-  stdout = output;
-  const bool isLost = std::ferror(report) != 0;
-  const bool isClosed = std::fclose(report) == 0;
-  const std::unique_ptr<char, decltype(&std::free)> owner(text, std::free);
-  if (isLost || !isClosed) throw std::bad_alloc();
-  return {text, size};
+  if (gMySysVersion >= kOldestSystem && gSavedATADriveInfoArray == nullptr) throw std::bad_alloc();
+}
+
+std::string ReplayedReport(platform::Machine machine) {
+  OutputInMemory output;
+  Replay(std::move(machine));
+  if (gMySysVersion < kOldestSystem) {
+    throw std::runtime_error("the probe looks for no drives on a system before 10.2");
+  }
+  return output.Text();
 }
 
 }  // namespace tools

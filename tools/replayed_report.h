@@ -1,5 +1,5 @@
-// The probe's report of a machine, as a text. Whoever links this has the machine of a recording for
-// the platform's: this defines platform::ThisMachine().
+// The probe run on the machine of a recording, which stands for the host: this defines
+// platform::ThisMachine().
 #pragma once
 
 #include <string>
@@ -8,11 +8,14 @@
 
 namespace tools {
 
-// Replaces the machine that the platform answers from.
-void Install(platform::Machine machine);
+// Each is to be called once in a process. Throws std::bad_alloc also where only the probe, which
+// has no words for it, runs out of memory.
 
-// Runs the probe on that machine and returns what it prints. Nothing else may print on standard
-// output meanwhile. Throws std::bad_alloc, and nothing is lost then but the report.
-std::string ReplayedReport();
+// Prints the report on standard output, without flushing it.
+void Replay(platform::Machine machine);
+
+// The report as a text. Throws std::runtime_error for a machine whose system is too old for the
+// probe: it looks at nothing there, which is not to be taken for no drives.
+std::string ReplayedReport(platform::Machine machine);
 
 }  // namespace tools

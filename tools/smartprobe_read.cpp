@@ -97,8 +97,7 @@ bool IsRecording(std::string_view bytes) {
 report::Report ReportIn(const std::string& file) {
   const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
   if (!IsRecording(bytes)) return report::ParseReport(bytes);
-  tools::Install(machines::ParseRecording(bytes, file));
-  return report::ParseReport(tools::ReplayedReport());
+  return report::ParseReport(tools::ReplayedReport(machines::ParseRecording(bytes, file)));
 }
 
 void Read(const Options& options, Reading& reading) {

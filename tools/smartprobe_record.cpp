@@ -66,13 +66,18 @@ void ShowProgress(std::size_t drives, const std::vector<std::string>& awaited) {
 }
 
 // What nobody looks at is told, or nothing would tell of it.
-void TellOfOtherDisks(const platform::Machine& machine) {
-  std::vector<std::string> names;
+void TellOfDisksNotRead(const platform::Machine& machine) {
+  std::vector<std::string> others;
+  std::vector<std::string> without;
   for (const platform::Entry& device : machine.roots.front().children) {
-    if (device.className == machines::kOtherDiskClass) names.push_back(DiskName(device));
+    if (device.drive) continue;
+    (device.className == machines::kOtherDiskClass ? others : without).push_back(DiskName(device));
   }
-  if (names.empty()) return;
-  base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(names));
+  if (!others.empty())
+    base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(others));
+  if (!without.empty()) {
+    base::PrintError(kCommandLine.program, "without S.M.A.R.T., not read: " + Joined(without));
+  }
 }
 
 // 0: no drive may sleep on.
@@ -92,12 +97,12 @@ int RecordHost(const tools::Arguments& arguments) {
   const std::string& file = *arguments.file;
   machines::Asking asking;
   const int days = DaysOfSleep(arguments);
+  tools::CheckOutputFile(file);  // before any drive is woken for nothing
   if (days > 0) asking.kept = tools::ReadKeptAnswers(kCommandLine.program, file, days);
   if (isatty(STDERR_FILENO) != 0) asking.progress = ShowProgress;
-  tools::CheckOutputFile(file);  // before any drive is woken for nothing
   const platform::Machine machine = machines::ReadLinuxMachine("/sys", "/dev", asking);
   platform::Property listing = machines::ListingOf(machine, Record);
-  TellOfOtherDisks(machine);
+  TellOfDisksNotRead(machine);
   if (arguments.Has("no-serials")) tools::MaskSerials(listing);
   tools::WriteOutputFile(file, machines::WritePropertyList(listing));
   return 0;

@@ -1,7 +1,6 @@
 // smartprobe-replay: the probe's report on a recorded machine.
 #include "base/standard_streams.h"
 #include "machines/recorded/recording_files.h"
-#include "probe/pass/start_up.h"
 #include "tools/program.h"
 #include "tools/replayed_report.h"
 
@@ -14,8 +13,7 @@ const tools::CommandLine kCommandLine = {"smartprobe-replay",
                                          true};
 
 int Replay(const tools::Arguments& arguments) {
-  tools::Install(machines::ReadRecordingFile(*arguments.file));
-  RunProbe();
+  tools::Replay(machines::ReadRecordingFile(*arguments.file));
   base::FinishOutput();
   return 0;
 }

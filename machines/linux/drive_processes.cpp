@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,8 +11,9 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -83,22 +85,26 @@ DriveAnswers Failed(std::string why) {
   return answers;
 }
 
-// Standard streams among them: whoever reads the output waits until nobody can write to it any
-// more, and whoever writes it need not.
+constexpr int kKept = STDERR_FILENO + 1;
+
+// Makes `kept` kKept, and gives up all others. Standard streams are among them: whoever reads the
+// output waits until nobody can write to it any more, and a child that hangs cannot be waited for.
 void GiveUpDescriptorsBut(int kept) {
-  constexpr int kFirstOther = STDERR_FILENO + 1;
+  dup2(kept, kKept);
+  close_range(kKept + 1, ~0U, 0);
   const int null = open("/dev/null", O_RDWR);
-  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++) dup2(null, stream);
-  dup2(kept, kFirstOther);
-  close_range(kFirstOther + 1, ~0U, 0);
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; stream++) {
+    if (dup2(null, stream) < 0) close(stream);
+  }
+  if (null > kKept) close(null);
 }
 
-[[noreturn]] void AnswerAndExit(const platform::Drive& drive, int pipe) {
-  // A way out where the parent is gone; nobody reads its report any more.
-  std::signal(SIGPIPE, SIG_DFL);
+// What is thrown here ends the child, and nothing of the parent's is done twice.
+[[noreturn]] void AnswerAndExit(const platform::Drive& drive, int pipe) noexcept {
+  std::signal(SIGPIPE, SIG_DFL);  // where the parent is gone nobody wants the answers
   GiveUpDescriptorsBut(pipe);
   const SentAnswers answers = Packed(drive());
-  const ssize_t written = write(STDERR_FILENO + 1, &answers, sizeof answers);
+  const ssize_t written = write(kKept, &answers, sizeof answers);
   _exit(written == sizeof answers ? 0 : 1);
 }
 
@@ -130,7 +136,6 @@ void Receive(Child& child) {
   const bool isWhole = count == sizeof sent;
   child.answers = isWhole ? Unpacked(sent) : Failed("the process that asked it ended");
   close(child.pipe.Release());
-  waitpid(child.process, nullptr, 0);
 }
 
 void GiveUp(Child& child, std::chrono::milliseconds limit) {
@@ -146,8 +151,8 @@ std::vector<bool> Awaited(const std::vector<Child>& children) {
   return isAwaited;
 }
 
-// Waits for answers until `end`, and takes those that have come. False when there are none to come,
-// or in time.
+// Waits for answers until `end`, and takes those that have come, even if `end` has passed
+// meanwhile. False when there are no more to come, or in time.
 bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
   std::vector<pollfd> pipes;
   std::vector<Child*> awaited;
@@ -157,12 +162,20 @@ bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
     awaited.push_back(&child);
   }
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-  if (pipes.empty() || left <= 0) return false;
-  poll(pipes.data(), pipes.size(), static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
+  poll(pipes.data(), pipes.size(), static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX)));
   for (std::size_t i = 0; i < pipes.size(); i++) {
     if (pipes[i].revents != 0) Receive(*awaited[i]);
   }
-  return true;
+  return left > 0 &&
+         std::ranges::any_of(awaited, [](Child* child) { return child->pipe.IsOpen(); });
+}
+
+// Each drive needs a descriptor.
+void AllowManyDescriptors() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 }  // namespace
@@ -170,6 +183,7 @@ bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
 std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
                                  std::chrono::milliseconds limit, const Progress& progress) {
   const Clock::time_point end = Clock::now() + limit;
+  AllowManyDescriptors();
   std::vector<Child> children;
   for (const platform::Drive& drive : drives) children.push_back(Start(drive));
   do {
@@ -179,6 +193,7 @@ std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
   std::vector<DriveAnswers> answers;
   for (Child& child : children) {
     if (child.pipe.IsOpen()) GiveUp(child, limit);
+    if (child.process > 0) waitpid(child.process, nullptr, WNOHANG);
     answers.push_back(std::move(child.answers));
   }
   if (progress) progress(std::vector<bool>(drives.size()));

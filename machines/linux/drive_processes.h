@@ -21,8 +21,9 @@ using Progress = std::function<void(const std::vector<bool>& isAwaited)>;
 // every descriptor of this one, and sends its answers through a pipe. A drive that has not answered
 // after `limit` is given up: its answers say so, as do those of one whose child cannot be made or
 // ends without them, and its child is killed but not waited for, since a process that hangs in the
-// kernel cannot be ended. No child of a drive that answered is left. Of words in the answers the
-// first 255 bytes come through. Not for a program with threads.
+// kernel cannot be ended. No child is waited for, so some may be left for the end of this process.
+// Of words in the answers the first 255 bytes come through. The limit of open files becomes the
+// highest that is allowed. Not for a program with threads.
 std::vector<platform::DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
                                            std::chrono::milliseconds limit,
                                            const Progress& progress);

@@ -80,14 +80,13 @@ void ReadKind(const fs::path& sysfs, Disk& disk) {
 }
 
 // What has hardware of its own, which sysfs has a link to, and is neither an optical nor a floppy
-// drive, nor a part of a card or a path to a disk that have entries of their own.
+// drive, nor the boot code of a card, bare flash, or one of the paths to a disk of another name.
 bool IsDisk(const std::string& name, const fs::path& folder) {
   constexpr const char* kOptical = "5";
   std::error_code error;
   return fs::exists(folder / "device", error) && ReadText(folder / "device" / "type") != kOptical &&
-         !IsNumbered(name, "fd") && !IsNumbered(name, "sr") &&
-         !(name.starts_with("mmcblk") && !IsNumbered(name, "mmcblk")) &&
-         ReadText(folder / "hidden") != "1";
+         !IsNumbered(name, "fd") && !IsNumbered(name, "sr") && !IsNumbered(name, "mtdblock") &&
+         name.find("boot") == std::string::npos && ReadText(folder / "hidden") != "1";
 }
 
 std::optional<Disk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
@@ -108,11 +107,11 @@ std::vector<Disk> ReadDisks(const fs::path& sysfs) {
   std::vector<Disk> disks;
   std::error_code error;
   const fs::path root = fs::canonical(sysfs, error);
-  if (error) return disks;
   fs::directory_iterator link(root / "block", error);
   for (; !error && link != fs::directory_iterator(); link.increment(error)) {
     if (std::optional<Disk> disk = ReadDisk(root, *link)) disks.push_back(std::move(*disk));
   }
+  if (error) throw std::system_error(error, sysfs / "block");
   std::ranges::sort(disks, IsNamedBefore);
   return disks;
 }

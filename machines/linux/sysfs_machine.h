@@ -32,8 +32,8 @@ struct Asking {
 // here, unless a disk's model is known to nobody else. Other disks have no drive and are of
 // kOtherDiskClass; what has no hardware of its own, such as a loop device, and optical and floppy
 // drives are no entries. Of what `sysfs` does not tell, a size is left out, a model is empty, and
-// S.M.A.R.T. is taken to be supported. A host without disks is a root alone, and so is one whose
-// `sysfs` cannot be read; a disk that goes away meanwhile is left out. Throws nothing but
+// S.M.A.R.T. is taken to be supported. A host without disks is a root alone; a disk that goes away
+// meanwhile is left out. Throws std::system_error where the disks in `sysfs` cannot be listed, and
 // std::bad_alloc. Wakes no drive: the kernel, and udev, keep what is read here.
 platform::Machine ReadLinuxMachine(const std::filesystem::path& sysfs = "/sys",
                                    const std::filesystem::path& dev = "/dev",

@@ -1,5 +1,6 @@
 #include "machines/recorded/write_recording.h"
 
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -67,7 +68,8 @@ DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);
   PutBlock(recorded, kThresholdsKey, kThresholdsFailsKey, answers.thresholds);
   if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
-  if (answers.date) Put(recorded, kDateKey, *answers.date);
+  const bool isDateWritable = answers.date && std::in_range<std::int32_t>(answers.date->seconds);
+  if (isDateWritable) Put(recorded, kDateKey, *answers.date);  // a clock may be wrong
   return {std::move(recorded), FailuresOf(answers)};
 }
 
