@@ -1,5 +1,6 @@
 // What the registry tells of a drive: lookups around an entry, product name, BSD name and how
 // the drive is attached.
+#include <cfloat>
 #include <functional>
 
 #include "probe/registry/device_description.h"
@@ -114,6 +115,7 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
       {Text("ATA on SCSI"), {}, "ATA on SCSI:  ID = 3", {{"SCSI Target", Integer(3)}}},
       {scsi, {{"SCSI Target Identifier", Text("2")}}, "", {{"SCSI Target", Integer(3)}}},
       {scsi, {{"SCSI Target Identifier", {platform::Number{15, 2}}}}, "SCSI:  ID = "},
+      {scsi, {}, ""},
       // ATA without a unit number
       {Text("SATA"), {{"Physical Interconnect Location", Text("Internal")}}, "SATA Internal"},
       {ata, {{"Physical Interconnect Location", Integer(1)}, {"unit number", Text("0")}}, "ATA"},
@@ -136,12 +138,14 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
       {ata, {unit0, {"device-type", Text("caf\xC3\xA9")}}, "ATA"},
       // The longest texts, cut to what a string holds, and one that is too long
       {Text(longATA), {longUnit, {"io-device-location", Bytes(Data(255, 'b'))}}, longATA},
-      {ata, {{"unit number", {platform::Float64Number(1e248)}}, bus2}, "ATA Bus 2: Dev "},
+      {ata, {{"unit number", {platform::Float64Number(-DBL_MAX)}}, bus2}, "ATA Bus 2: Dev "},
       // The others
       {Text("FireWire"),
        {{"GUID", Integer(0x11223344556677)}},
        "FireWire:  GUID = 7766554433221100"},
       {Text("USB"), {{"locationID", Integer(16)}}, "USB:  locationID = 16"},
+      {Text("FireWire"), {}, ""},
+      {Text("USB"), {}, ""},
   };
   // All of `around` stands beside the protocol characteristics and in them too.
   for (auto [interconnect, around, info, below] : cases) {

@@ -39,6 +39,13 @@ bool Fails(const char* name, const void* key = nullptr) {
   return callsUntilFailure == 0;
 }
 
+// An argument that the platform layer does not look at.
+template <typename T>
+T Same(T expected, T given) {
+  EXPECT_EQ(given, expected);
+  return given;
+}
+
 // The linker sends the probe's calls here first. The key, if any, stands after the arguments.
 #define FAILING(failure, result, call, parameters, arguments, ...)                        \
   result __real_##call parameters;                                                        \
@@ -87,13 +94,13 @@ HRESULT Query(void* self, REFIID id, LPVOID* result) {
 extern "C" {
 
 FAILING(-1, OSErr, Gestalt, (OSType s, SInt32* r), (s, r))
-FAILING(-1, OSStatus, ICStart, (ICInstance * i, OSType s), (i, s))
+FAILING(-1, OSStatus, ICStart, (ICInstance * i, OSType s), (i, Same(0x506F766BU, s)))
 FAILING(nullptr, Ptr, NewPtr, (Size s), (s))
 FAILING(nullptr, CFMutableDictionaryRef, IOServiceNameMatching, (const char* n), (n))
 FAILING(nullptr, CFMutableDictionaryRef, IOServiceMatching, (const char* n), (n))
 // The matching dictionary is consumed all the same.
 FAILING((CFRelease(m), -1), kern_return_t, IOServiceGetMatchingServices,
-        (mach_port_t p, CFDictionaryRef m, io_iterator_t* i), (p, m, i))
+        (mach_port_t p, CFDictionaryRef m, io_iterator_t* i), (Same(0U, p), m, i))
 FAILING(-1, kern_return_t, IORegistryEntryCreateCFProperties,
         (io_registry_entry_t e, CFMutableDictionaryRef* p, CFAllocatorRef a, IOOptionBits o),
         (e, p, a, o))

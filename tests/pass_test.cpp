@@ -2,9 +2,13 @@
 // what it leaves open. The reports of the examples show the verdicts.
 #include <cstring>
 
+#include "probe/pass/start_up.h"
 #include "probe/smart/threshold_rows.h"
 #include "probe/state/drive_table.h"
+#include "probe/state/process_state.h"
 #include "tests/support.h"
+
+using namespace std::string_literals;
 
 namespace test {
 
@@ -89,8 +93,8 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   data = BlockOf({{3, 1, 0}, {9, 1, 7}, {3, 2, 60}, {3, 4, 70}, {7, 1, 100}});
   for (std::size_t i = 62; i < 512; i++) data[i] = static_cast<UInt8>(i % 251);
   // 99 is the last entry of both blocks. What comes after it would be attribute 111, and
-  // a threshold of 9.
-  thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}});
+  // a threshold of 9. What comes before the first is of the identify data.
+  thresholds = BlockOf({{9, 5}, {0, 99}, {111, 6}, {3, 21}, {7, 6}, {120, 6}});
   thresholds[2 + 12 * 29] = 99;
   thresholds[2 + 12 * 30] = 9;
   DeviceLines lines;
@@ -105,8 +109,8 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
   EXPECT_EQ(Item(1, kItemCurrentValue), "0 (Invalid)");
   EXPECT_EQ(Item(1, kItemStatus), "Life-Span:OK");
   EXPECT_EQ(Item(4, 6), "untouched");
-  const char* const percents[] = {"71.43%", "n/a", "35.00%", "n/a", "n/a"};
-  for (SInt16 row = 0; row < 5; row++) {
+  const char* const percents[] = {"71.43%", "n/a", "35.00%", "n/a", "n/a", "n/a"};
+  for (SInt16 row = 0; row < 6; row++) {
     EXPECT_EQ(Item(row, kItemThresholdPercent), percents[row]) << row;
   }
 
@@ -120,6 +124,7 @@ TEST(Pass, ThresholdsMeetTheFirstOf30AttributesThatHasAValue) {
 }
 
 TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
+  const std::string longest(1017, 'd');
   std::vector<Entry> devices;
   std::string expected;
   for (int i = 0; i < 64; i++) {
@@ -133,15 +138,30 @@ TEST(Pass, DevicesBeyondTheTableGetOneFailureLineAndAreNotOpened) {
   Entry noFeatures = AtaDevice(beyond, "disk65");
   noFeatures.properties.clear();
   devices.insert(devices.end(), {AtaDevice(beyond, "disk64", 5000), noFeatures,
-                                 AtaDevice(beyond, "disk66"), AhciDevice(beyond, "disk67")});
+                                 AtaDevice(beyond, longest), AhciDevice(beyond, "disk67")});
   devices[63].children.clear();
-  for (const char* disk : {"64", "66", "67"}) {
-    expected += "GetSMARTFailed:/dev/rdisk" + std::string(disk) + ":0\n";
+  for (const std::string& disk : {"disk64"s, longest, "disk67"s}) {
+    expected += "GetSMARTFailed:/dev/r" + disk + ":0\n";
   }
   EXPECT_EQ(Report(devices), expected);
   EXPECT_STREQ(gSavedATADriveInfoArray[63].bsdName, "") << "the last record stays as it is";
   EXPECT_EQ(OpenReferences(),
             (Ledger{{kPropertyDictionary, 67}, {kIterator, 2}, {kService, 4}, {kMemoryBlock, 1}}));
+}
+
+TEST(Pass, OnABigEndianProcessorFieldsStayAndNoAhciDeviceIsLookedFor) {
+  DriveAnswers answers = HealthyAnswers();
+  answers.data.bytes[4] = 1;
+  Entry device = AtaDevice(DriveOf(answers));
+  device.properties.emplace("Serial Number", Text("REGISTRY"));
+  Report({device, AhciDevice(HealthyDrive(), "disk1")});
+  EXPECT_EQ(gSMARTDriveCount, 2);
+  bLittleEndianCPU = false;
+  testing::internal::CaptureStdout();
+  SMARTPollingRoutine(nullptr, nullptr);
+  DeviceLines lines{.revision = "ER V    ", .serial = "ESIRLA              "};
+  lines.attributes = "SMARTStatus:::194:::Temperature:::8705:::38:::Always Passing:::Pre-Fail:OK\n";
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), lines.Text());
 }
 
 }  // namespace test

@@ -47,6 +47,7 @@ TEST(Labels, AllColumns) {
       {1000204886016, {"1.00 TB", "untouched", "931.51 GB", "931.513 Gigaoctets\xC3\xA9"}},
       {3000000000000000, {"3.00 PB", "3 PetaBytes", "2.66 PB", "2.664 PetaBytes"}},
       {INT64_MAX, {"9.22 EB", "9.223 ExaBytes", "8.00 EB", "7.999 ExaBytes"}},
+      {5000000000, {"5.00 GB", "5 Gigaoctets\xC3\xA9", "4.66 GB", "4.656 Gigaoctets\xC3\xA9"}},
       {-1, {"-1 B", "-1 Bytes", "-1 B", "-1 Bytes"}},
       {INT64_MIN, {"-9.22 EB", "-9.223 ExaBytes", "-8.00 EB", "-7.999 ExaBytes"}},
   };
