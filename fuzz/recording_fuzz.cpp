@@ -13,16 +13,11 @@
 #include "probe/pass/start_up.h"
 #include "probe/state/process_state.h"
 
-namespace {
-
-bool IsExpected(platform::Ledger& left) {
-  using Kind = platform::ReferenceKind;
-  return left[Kind::kMatchingDictionary] == 0 && left[Kind::kFoundValue] == 0 &&
-         left[Kind::kString] == 0 && left[Kind::kPlugIn] == left[Kind::kSMARTInterface] &&
-         left[Kind::kMemoryBlock] <= 1 && left[Kind::kIterator] <= 2;
+static bool IsExpected(platform::Ledger left) {
+  using enum platform::ReferenceKind;
+  return left[kMatchingDictionary] == 0 && left[kFoundValue] == 0 && left[kString] == 0 &&
+         left[kPlugIn] == left[kSMARTInterface] && left[kMemoryBlock] <= 1 && left[kIterator] <= 2;
 }
-
-}  // namespace
 
 platform::Machine& platform::ThisMachine() {
   static Machine machine;
@@ -31,15 +26,13 @@ platform::Machine& platform::ThisMachine() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
-  const std::string_view file(reinterpret_cast<const char*>(data), size);
   try {
-    platform::ThisMachine() = machines::ReadRecording(file);
+    platform::ThisMachine() = machines::ReadRecording({reinterpret_cast<const char*>(data), size});
   } catch (const machines::RecordingError& error) {
     const std::string_view message = error.what();
     if (message.empty() || message.find('\n') != std::string_view::npos) std::abort();
     return 0;
   }
-  gMySysVersion = 0;
   RunProbe();
   if (!IsExpected(platform::OpenReferences())) std::abort();
   platform::EndProcess();
