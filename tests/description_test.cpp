@@ -32,21 +32,34 @@ std::string PascalText(const std::vector<char>& text) {
   return {text.data() + 1, static_cast<unsigned char>(text[0])};
 }
 
-TEST(Description, LookupsTakeTheNearestAncestorThenTheFirstDescendant) {
-  const auto k = [](const std::string& text) { return Dictionary{{"K", Text(text)}}; };
-  const std::pair<Tree, std::string> cases[] = {
-      {{.bus = k("far"), .drive = k("near"), .driver = k("far")}, "near"},
-      {{.root = k("near"), .driver = k("far")}, "near"},
-      {{.partition = k("near"), .other = k("far")}, "near"},
-      // A wrong type upwards ends the search
-      {{.bus = {{"K", Integer(7)}}, .driver = k("near")}, ""},
-      {{.bus = k(std::string(255, 'a'))}, std::string(255, 'a')},
-      {{.bus = k(std::string(256, 'a'))}, ""},
+TEST(Description, TextsAreTheEntrysOrAnAncestorsOrADescendantsAndThePathNoAncestors) {
+  const auto both = [](const Property& value) {
+    return Dictionary{{"K", value}, {"BSD Name", value}};
+  };
+  const auto a = [&](std::size_t length) { return both(Text(std::string(length, 'a'))); };
+  const Dictionary near = both(Text("near"));
+  const Dictionary far = both(Text("far"));
+  const Dictionary number = both(Integer(7));
+  const std::tuple<Tree, std::string, std::string> cases[] = {
+      {{.bus = far, .drive = near, .driver = far}, "near", "/dev/rnear"},
+      {{.root = near, .driver = far}, "near", "/dev/rfar"},
+      {{.bus = near}, "near", ""},
+      {{.partition = near, .other = far}, "near", "/dev/rnear"},
+      // A wrong type ends the search
+      {{.bus = number, .driver = near}, "", "/dev/rnear"},
+      {{.drive = number, .driver = near}, "", ""},
+      {{.drive = a(255)}, std::string(255, 'a'), "/dev/r" + std::string(255, 'a')},
+      {{.drive = a(256)}, "", "/dev/r" + std::string(256, 'a')},
+      {{.drive = a(1017)}, "", "/dev/r" + std::string(1017, 'a')},
+      {{.drive = a(1018)}, "", "/dev/r"},
   };
   const auto lookUp = [](io_service_t drive, char* out) {
     IOKitGetThisKeyCStr(drive, CFSTR("K"), out);
   };
-  for (const auto& [tree, text] : cases) EXPECT_EQ(Written(tree, 256, lookUp).data(), text);
+  for (const auto& [tree, text, path] : cases) {
+    EXPECT_EQ(Written(tree, 256, lookUp).data(), text);
+    EXPECT_EQ(Written(tree, 1024, IOKitUtilsGetBDSName).data(), path);
+  }
 }
 
 TEST(Description, ProductNameIsTrimmedAsciiOrNothing) {
@@ -56,30 +69,12 @@ TEST(Description, ProductNameIsTrimmedAsciiOrNothing) {
       {"    ", ""},
       {longest, longest},
       {longest + "n", ""}};
+  const auto look = [](io_service_t drive, char* out) {
+    IOKitUtilsGetDeviceProductNamePStr(drive, reinterpret_cast<unsigned char*>(out));
+  };
   for (const auto& [name, trimmed] : kNames) {
     const Tree tree = {.bus = {{"Device Characteristics", Dict({{"Product Name", Text(name)}})}}};
-    EXPECT_EQ(Written(tree, 256, IOKitUtilsGetDeviceProductNameCStr).data(), trimmed);
-    const auto pascal = Written(tree, 256, [](io_service_t drive, char* out) {
-      IOKitUtilsGetDeviceProductNamePStr(drive, reinterpret_cast<unsigned char*>(out));
-    });
-    EXPECT_EQ(PascalText(pascal), trimmed);
-  }
-}
-
-TEST(Description, BSDNameIsTheEntrysOrADescendants) {
-  const auto named = [](const std::string& name) { return Dictionary{{"BSD Name", Text(name)}}; };
-  const std::string longest(1017, 'd');
-  const std::pair<Tree, std::string> kNames[] = {
-      {{.drive = named("disk1"), .driver = named("disk2")}, "/dev/rdisk1"},
-      {{.bus = named("disk1"), .partition = named("disk2"), .other = named("disk1")},
-       "/dev/rdisk2"},
-      {{.bus = named("disk1")}, ""},
-      {{.drive = {{"BSD Name", Integer(1)}}, .driver = named("disk2")}, ""},
-      {{.drive = named(longest)}, "/dev/r" + longest},
-      {{.drive = named(longest + "d")}, "/dev/r"},
-  };
-  for (const auto& [tree, name] : kNames) {
-    EXPECT_EQ(Written(tree, 1024, IOKitUtilsGetBDSName).data(), name);
+    EXPECT_EQ(PascalText(Written(tree, 256, look)), trimmed);
   }
 }
 
