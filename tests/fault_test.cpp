@@ -39,17 +39,13 @@ bool Fails(const char* name, const void* key = nullptr) {
   return callsUntilFailure == 0;
 }
 
-// An argument that the platform layer does not look at.
-template <typename T>
-T Same(T expected, T given) {
-  EXPECT_EQ(given, expected);
-  return given;
-}
+// Of an argument that the platform layer does not look at.
+void Expect(bool isSo) { EXPECT_TRUE(isSo); }
 
 // The linker sends the probe's calls here first. The key, if any, stands after the arguments.
-#define FAILING(failure, result, call, parameters, arguments, ...)                        \
-  result __real_##call parameters;                                                        \
-  result __wrap_##call parameters {                                                       \
+#define FAILING(failure, call, parameters, arguments, ...)                                \
+  decltype(call) __real_##call;                                                           \
+  auto __wrap_##call parameters->decltype(call arguments) {                               \
     return Fails(#call __VA_OPT__(, ) __VA_ARGS__) ? (failure) : __real_##call arguments; \
   }
 
@@ -93,41 +89,39 @@ HRESULT Query(void* self, REFIID id, LPVOID* result) {
 
 extern "C" {
 
-FAILING(-1, OSErr, Gestalt, (OSType s, SInt32* r), (s, r))
-FAILING(-1, OSStatus, ICStart, (ICInstance * i, OSType s), (i, Same(0x506F766BU, s)))
-FAILING(nullptr, Ptr, NewPtr, (Size s), (s))
-FAILING(nullptr, CFMutableDictionaryRef, IOServiceNameMatching, (const char* n), (n))
-FAILING(nullptr, CFMutableDictionaryRef, IOServiceMatching, (const char* n), (n))
+FAILING(-1, Gestalt, (OSType s, SInt32* r), (s, r))
+FAILING(-1, ICStart, (ICInstance * i, OSType s), (i, (Expect(s == 0x506F766B), s)))
+FAILING(nullptr, NewPtr, (Size s), (s))
+FAILING(nullptr, IOServiceNameMatching, (const char* n), (n))
+FAILING(nullptr, IOServiceMatching, (const char* n), (n))
 // The matching dictionary is consumed all the same.
-FAILING((CFRelease(m), -1), kern_return_t, IOServiceGetMatchingServices,
-        (mach_port_t p, CFDictionaryRef m, io_iterator_t* i), (Same(0U, p), m, i))
-FAILING(-1, kern_return_t, IORegistryEntryCreateCFProperties,
-        (io_registry_entry_t e, CFMutableDictionaryRef* p, CFAllocatorRef a, IOOptionBits o),
-        (e, p, a, o))
-FAILING(nullptr, CFTypeRef, IORegistryEntrySearchCFProperty,
-        (io_registry_entry_t e, const io_name_t p, CFStringRef k, CFAllocatorRef a, IOOptionBits o),
+FAILING((CFRelease(m), -1), IOServiceGetMatchingServices,
+        (mach_port_t p, CFDictionaryRef m, io_iterator_t* i), ((Expect(p == 0), p), m, i))
+FAILING(-1, IORegistryEntryCreateCFProperties,
+        (io_object_t e, CFMutableDictionaryRef* p, CFAllocatorRef a, IOOptionBits o), (e, p, a, o))
+FAILING(nullptr, IORegistryEntrySearchCFProperty,
+        (io_object_t e, const io_name_t p, CFStringRef k, CFAllocatorRef a, IOOptionBits o),
         (e, p, k, a, o), k)
-FAILING(nullptr, const void*, CFDictionaryGetValue, (CFDictionaryRef d, const void* k), (d, k), k)
-FAILING(Boolean{0}, Boolean, CFDictionaryGetValueIfPresent,
+FAILING(nullptr, CFDictionaryGetValue, (CFDictionaryRef d, const void* k), (d, k), k)
+FAILING(Boolean{0}, CFDictionaryGetValueIfPresent,
         (CFDictionaryRef d, const void* k, const void** v), (d, k, v), k)
-FAILING(nullptr, CFStringRef, CFBundleCopyLocalizedString,
+FAILING(nullptr, CFBundleCopyLocalizedString,
         (CFBundleRef b, CFStringRef k, CFStringRef v, CFStringRef t), (b, k, v, t))
-FAILING(nullptr, CFStringRef, CFStringCreateFromExternalRepresentation,
+FAILING(nullptr, CFStringCreateFromExternalRepresentation,
         (CFAllocatorRef a, CFDataRef d, CFStringEncoding e), (a, d, e))
 // A release that reports a failure has released all the same.
-FAILING(__real_IOObjectRelease(o) - 1, kern_return_t, IOObjectRelease, (io_object_t o), (o))
-FAILING(__real_IODestroyPlugInInterface(p) - 1, kern_return_t, IODestroyPlugInInterface,
+FAILING(__real_IOObjectRelease(o) - 1, IOObjectRelease, (io_object_t o), (o))
+FAILING(__real_IODestroyPlugInInterface(p) - 1, IODestroyPlugInInterface,
         (IOCFPlugInInterface * *p), (p))
 // An unexpected type has the same branch as a missing value.
-FAILING(0, CFTypeID, CFGetTypeID, (CFTypeRef o), (o))
+FAILING(0, CFGetTypeID, (CFTypeRef o), (o))
 // Both leave something in their output when they fail.
-FAILING((__real_CFNumberGetValue(n, t, v), Boolean{0}), Boolean, CFNumberGetValue,
+FAILING((__real_CFNumberGetValue(n, t, v), Boolean{0}), CFNumberGetValue,
         (CFNumberRef n, CFNumberType t, void* v), (n, t, v))
-FAILING((__real_CFStringGetCString(s, b, 4, e), Boolean{0}), Boolean, CFStringGetCString,
+FAILING((__real_CFStringGetCString(s, b, 4, e), Boolean{0}), CFStringGetCString,
         (CFStringRef s, char* b, CFIndex z, CFStringEncoding e), (s, b, z, e))
 
-kern_return_t __real_IOCreatePlugInInterfaceForService(io_service_t s, CFUUIDRef p, CFUUIDRef i,
-                                                       IOCFPlugInInterface*** o, SInt32* c);
+decltype(IOCreatePlugInInterfaceForService) __real_IOCreatePlugInInterfaceForService;
 kern_return_t __wrap_IOCreatePlugInInterfaceForService(io_service_t s, CFUUIDRef p, CFUUIDRef i,
                                                        IOCFPlugInInterface*** o, SInt32* c) {
   if (Fails("IOCreatePlugInInterfaceForService")) return -1;
@@ -136,7 +130,7 @@ kern_return_t __wrap_IOCreatePlugInInterfaceForService(io_service_t s, CFUUIDRef
   return result;
 }
 
-io_object_t __real_IOIteratorNext(io_iterator_t i);
+decltype(IOIteratorNext) __real_IOIteratorNext;
 io_object_t __wrap_IOIteratorNext(io_iterator_t i) {
   const io_object_t service = Fails("IOIteratorNext") ? 0 : __real_IOIteratorNext(i);
   if (service != 0) now.device++;
