@@ -93,10 +93,8 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
   const Dictionary::value_type longUnit = {"unit number", {platform::Float64Number(1e247)}};
   const Dictionary::value_type bus2 = {"AAPL,bus-id", Bytes({2})};
   const Dictionary::value_type gen = {"device-type", Text("Gen")};
-  const auto busId = [&](const Data& id) { return Dictionary{unit0, {"AAPL,bus-id", Bytes(id)}}; };
-  const auto at = [&](const Data& b) {
-    return Dictionary{unit0, {"io-device-location", Bytes(b)}};
-  };
+  const auto busId = [&](const Data& b) { return Dictionary{unit0, {"AAPL,bus-id", {b}}}; };
+  const auto at = [&](const Data& b) { return Dictionary{unit0, {"io-device-location", {b}}}; };
   const struct {
     Property interconnect;
     Dictionary around;
@@ -135,9 +133,7 @@ TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
       {Text(longATA), {longUnit, {"io-device-location", Bytes(Data(255, 'b'))}}, longATA},
       {ata, {{"unit number", {platform::Float64Number(-DBL_MAX)}}, bus2}, "ATA Bus 2: Dev "},
       // The others
-      {Text("FireWire"),
-       {{"GUID", Integer(0x11223344556677)}},
-       "FireWire:  GUID = 7766554433221100"},
+      {Text("FireWire"), {{"GUID", Integer(2LL << 32)}}, "FireWire:  GUID = 0000000002000000"},
       {Text("USB"), {{"locationID", Integer(16)}}, "USB:  locationID = 16"},
       {Text("FireWire"), {}, ""},
       {Text("USB"), {}, ""},

@@ -26,13 +26,12 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   fs::remove_all(folder);
   fs::create_directories(folder / "folder");
   const std::string file = folder / "file";
-  const mode_t mask = umask(027);
+  umask(027);
   tools::WriteOutputFile(file, "old");
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640)) << "as any other new file";
   fs::permissions(file, fs::perms(0604));
   tools::WriteOutputFile(file, "new");
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604)) << "as the file before";
-  umask(mask);
 
   fs::create_symlink(file, folder / "link");
   for (const char* refused : {"link", "folder", "none/file", "/dev/null"}) {
@@ -44,12 +43,11 @@ TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
   for (int i = 0; i < 10; i++) EXPECT_EXIT(interrupted(), testing::KilledBySignal(SIGALRM), "");
 
   std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit few{.rlim_cur = 8, .rlim_max = RLIM_INFINITY};
-  rlimit before{};
-  getrlimit(RLIMIT_FSIZE, &before);
-  setrlimit(RLIMIT_FSIZE, &few);
+  rlimit bytes{.rlim_cur = 8, .rlim_max = RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &bytes);
   EXPECT_THROW(tools::WriteOutputFile(file, "more than a few"), std::runtime_error);
-  setrlimit(RLIMIT_FSIZE, &before);
+  bytes.rlim_cur = bytes.rlim_max;
+  setrlimit(RLIMIT_FSIZE, &bytes);
   EXPECT_EQ(base::ReadUpTo(100, file), "new");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 4) << "nothing else is left";
 }

@@ -28,13 +28,12 @@ TEST(Platform, FailedCallsLeaveWhatTheyMay) {
   EXPECT_FALSE(CFStringGetCString(CFSTR("12345678"), buffer, 8, kCFStringEncodingASCII));
   EXPECT_EQ(std::memchr(buffer, 0, 8), nullptr);
 
-  SInt32 version = 7;
-  EXPECT_NE(Gestalt(0, &version), 0);
-  EXPECT_EQ(version, 7);
+  EXPECT_NE(Gestalt(0, value), 0);
+  EXPECT_EQ(value[0], -1) << "untouched";
 }
 
 IOCFPlugInInterface** OpenPlugIn(io_service_t service) {
-  SInt32 score = 7;
+  SInt32 score = 0;
   IOCFPlugInInterface** plugIn = nullptr;
   IOCreatePlugInInterfaceForService(service, kIOATASMARTUserClientTypeID, kIOCFPlugInInterfaceID,
                                     &plugIn, &score);
@@ -59,13 +58,12 @@ TEST(Platform, ADeviceHasOneClientAtATimeWhichMayDisableIt) {
 
   IOATASMARTInterface** const smart = QuerySMART(plugIn);
   UInt8 identify[513] = {};
-  for (const UInt32 size : {0U, 513U, 512U}) {
-    UInt32 written = 7;
-    const bool fits = size == 512;
-    EXPECT_EQ((*smart)->GetATAIdentifyData(smart, identify, size, &written) == 0, fits) << size;
-    EXPECT_EQ(written, fits ? 512U : 7U);
-    EXPECT_EQ(identify[0], fits ? 'x' : 0);
-  }
+  UInt32 written = 7;
+  EXPECT_NE((*smart)->GetATAIdentifyData(smart, identify, 0, &written), 0);
+  EXPECT_NE((*smart)->GetATAIdentifyData(smart, identify, 513, &written), 0);
+  EXPECT_EQ(written + identify[0], 7U) << "nothing is written";
+  EXPECT_EQ((*smart)->GetATAIdentifyData(smart, identify, 512, &written), 0);
+  EXPECT_EQ(written + identify[511], 512U + 'x');
   ATASMARTData data;
   for (const int enable : {2, 1, 0}) {
     EXPECT_EQ((*smart)->SMARTEnableDisableOperations(smart, static_cast<Boolean>(enable)), 0);

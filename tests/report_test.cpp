@@ -143,7 +143,7 @@ smartprobe_attribute_threshold{@,id="255",name="a:::b",kind="life-span"} 253
 smartprobe_attribute_reached{@,id="5",name="Off Tra�k",kind="pre-failure"} 1
 smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
 )";
-  const std::string withDrive = std::regex_replace(expected, std::regex("@"), drive);
+  const auto withDrive = std::regex_replace(expected, std::regex("@"), drive);
   EXPECT_EQ(samples, std::regex_replace(withDrive, std::regex("%"), kReplaced));
 }
 
