@@ -205,8 +205,8 @@ std::string LinesAfter(const Call& call) {
 // Every report that may follow from that failure, as a regular expression.
 std::string ReportAfter(const Call& call) {
   const auto& [name, key, device] = call;
-  const std::string all = Devices(0, kDevices);
-  const std::string ataAlone = Devices(0, kAtaDevices);
+  std::string all = Devices(0, kDevices);
+  std::string ataAlone = Devices(0, kAtaDevices);
   if (name.empty() || name == "IOObjectRelease" || name == "IODestroyPlugInInterface") return all;
   if (device >= 0 && name.starts_with("IOService")) return ataAlone;
   if (name == "IOIteratorNext") {
