@@ -1,6 +1,7 @@
 // What the registry tells of a drive: lookups around an entry, product name, BSD name and how
 // the drive is attached.
 #include <cfloat>
+#include <bit>
 #include <functional>
 
 #include "probe/registry/device_description.h"
@@ -82,7 +83,8 @@ TEST(Description, CapacityKeepsTheWidthOfItsNumber) {
   SInt64 capacity = -1;
   Written({.partition = {{"Size", Integer(-1)}}}, 0,
           [&](io_service_t drive, char*) { IOKitUtilsGetDeviceSizeInBytes(drive, &capacity); });
-  EXPECT_EQ(capacity, 0xFFFFFFFF);
+  const bool isLittleEndian = std::endian::native == std::endian::little;
+  EXPECT_EQ(capacity, isLittleEndian ? 0xFFFFFFFFLL : -1LL << 32);
 }
 
 TEST(Description, InterconnectTakesTheBranchOfItsFirstWord) {
