@@ -1,7 +1,7 @@
 // What the registry tells of a drive: lookups around an entry, product name, BSD name and how
 // the drive is attached.
-#include <cfloat>
 #include <bit>
+#include <cfloat>
 #include <functional>
 
 #include "probe/registry/device_description.h"

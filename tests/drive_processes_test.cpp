@@ -16,53 +16,47 @@ namespace test {
 
 using namespace std::chrono_literals;
 
-// Why it was not opened, or all that it answered.
-std::string Text(const DriveAnswers& answers) {
-  if (!answers.whyNotOpened.empty()) return answers.whyNotOpened;
-  std::string text = answers.enables ? "enabled" : "";
-  for (const platform::BlockAnswer& block : {answers.data, answers.thresholds, answers.identify}) {
-    text += std::string(block.bytes.begin(), block.bytes.end()) + (block.succeeds ? "+" : "-");
-  }
-  if (answers.exceeded) text += *answers.exceeded ? "True" : "False";
-  return text + (answers.date ? std::to_string(answers.date->seconds) : "");
+// Why it was not opened, and all that it answered.
+std::pair<std::string, Dictionary> All(const DriveAnswers& answers) {
+  return {answers.whyNotOpened, machines::RecordDrive(answers).answers};
 }
 
-Drive Late(std::chrono::milliseconds time) {
-  return [time] {
-    usleep(static_cast<useconds_t>(time.count()) * 1000);
-    return HealthyAnswers();
-  };
+DriveAnswers NotOpened(const std::string& why) {
+  DriveAnswers answers;
+  answers.whyNotOpened = why;
+  return answers;
 }
 
 TEST(AskAll, EveryDriveGetsItsOwnAnswersWhateverTheOthersDo) {
   DriveAnswers odd = HealthyAnswers();
   odd.enables = false;
   odd.exceeded = true;
-  odd.data = {{}, false};
+  odd.data = {};
   odd.thresholds = {{1, 2, 3}, false};
   odd.date = platform::Date{-5};
-  DriveAnswers wordy;
-  wordy.whyNotOpened = std::string(300, 'w');
-  // Together they would take longer than the limit.
-  std::vector<Drive> drives(8, Late(200ms));
-  drives.insert(drives.begin() + 3,
-                {[]() -> DriveAnswers { pause(), std::abort(); },
-                 []() -> DriveAnswers { raise(SIGKILL), std::abort(); },
-                 []() -> DriveAnswers { _exit(0); }, DriveOf(odd), DriveOf(wordy)});
+  const Drive late = [] { return usleep(200'000), HealthyAnswers(); };
+  const std::pair<Drive, DriveAnswers> kCases[] = {
+      {[]() -> DriveAnswers { pause(), std::abort(); }, NotOpened("no answer within 0 seconds")},
+      {[]() -> DriveAnswers { raise(SIGKILL), std::abort(); },
+       NotOpened("the process that asked it ended")},
+      {[]() -> DriveAnswers { _exit(0); }, NotOpened("the process that asked it ended")},
+      {[]() -> DriveAnswers { throw 1; }, NotOpened("the process that asked it ended")},
+      {DriveOf(odd), odd},
+      {DriveOf(NotOpened(std::string(300, 'w'))), NotOpened(std::string(255, 'w'))}};
+  std::vector<Drive> drives;
+  for (const auto& [drive, answers] : kCases) drives.push_back(drive);
+  drives.insert(drives.end(), 8, late);  // one after the other they would take too long
   std::vector<std::vector<bool>> progress;
   const std::vector<DriveAnswers> answers =
       machines::AskAll(drives, 900ms, [&](const auto& awaited) { progress.push_back(awaited); });
-
   ASSERT_EQ(answers.size(), drives.size());
-  std::vector<std::string> expected(8, Text(HealthyAnswers()));
-  expected.insert(expected.begin() + 3,
-                  {"no answer within 0 seconds", "the process that asked it ended",
-                   "the process that asked it ended", Text(odd), std::string(255, 'w')});
-  for (std::size_t i = 0; i < answers.size(); i++) EXPECT_EQ(Text(answers[i]), expected[i]) << i;
+  for (std::size_t i = 0; i < answers.size(); i++) {
+    EXPECT_EQ(All(answers[i]), All(i < 6 ? kCases[i].second : HealthyAnswers())) << i;
+  }
 
   EXPECT_EQ(progress.front(), std::vector<bool>(drives.size(), true));
   std::vector<bool> onlyOne(drives.size());
-  onlyOne[3] = true;
+  onlyOne[0] = true;
   EXPECT_EQ(progress.at(progress.size() - 2), onlyOne);
   EXPECT_EQ(progress.back(), std::vector<bool>(drives.size()));
 

@@ -189,25 +189,31 @@ StatusAnswer AnswerOf(const SenseBytes& sense) {
   return machines::ParseReturnStatus(machines::ParseSense(sense));
 }
 
-TEST(ReturnStatus, OnlyTheTwoDefinedAnswersOfASuccessCountInEitherFormat) {
+TEST(Registers, OnlyDefinedAnswersOfASuccessCountInEitherFormat) {
   using enum StatusAnswer;
-  const std::pair<Fields, StatusAnswer> kCases[] = {
-      {{}, kNotExceeded},
-      {{.key = 0}, kNotExceeded},
-      {{.lbaMid = 0xF4, .lbaHigh = 0x2C}, kExceeded},
-      {{.key = 0x0B}, kNone},
-      {{.lbaHigh = 0x2C}, kNone},
-      {{.lbaMid = 0xF4}, kNone},
-      {{.status = 0x51}, kNone},  // error
-      {{.status = 0x70}, kNone},  // device fault
-      {{.status = 0x58}, kNone},  // still wants to transfer data
-      {{.status = 0xD0}, kNone},  // busy
+  // The answer to RETURN STATUS, and whether CHECK POWER MODE says standby.
+  const std::tuple<Fields, StatusAnswer, bool> kCases[] = {
+      {{}, kNotExceeded, true},
+      {{.key = 0, .count = 1}, kNotExceeded, true},
+      {{.count = 2}, kNotExceeded, false},
+      {{.count = 0xFF}, kNotExceeded, false},
+      {{.lbaMid = 0xF4, .lbaHigh = 0x2C}, kExceeded, true},
+      {{.key = 0x0B}, kNone, false},
+      {{.lbaHigh = 0x2C}, kNone, true},
+      {{.lbaMid = 0xF4}, kNone, true},
+      {{.status = 0x00}, kNotExceeded, false},  // not ready
+      {{.status = 0x51}, kNone, false},         // error
+      {{.status = 0x70}, kNone, false},         // device fault
+      {{.status = 0x58}, kNone, false},         // still wants to transfer data
+      {{.status = 0xD0}, kNone, false},         // busy
   };
-  for (const auto& [fields, answer] : kCases) {
+  for (const auto& [fields, answer, isAsleep] : kCases) {
     for (const SenseBytes& sense : {Descriptors(fields), Fixed(fields)}) {
       EXPECT_EQ(AnswerOf(sense), answer) << testing::PrintToString(sense);
+      EXPECT_EQ(machines::IsInStandby(machines::ParseSense(sense)), isAsleep);
     }
   }
+  EXPECT_FALSE(machines::IsInStandby({machines::CommandEnd::kSucceeded})) << "no registers";
   SenseBytes second = Descriptors();  // after another descriptor
   second.insert(second.begin() + 8, {0x00, 0x0A, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
   const std::tuple<SenseBytes, std::size_t, std::uint8_t, StatusAnswer> kChanges[] = {
@@ -228,20 +234,6 @@ TEST(ReturnStatus, OnlyTheTwoDefinedAnswersOfASuccessCountInEitherFormat) {
     sense[changed] = byte;
     EXPECT_EQ(AnswerOf(sense), answer) << testing::PrintToString(sense);
   }
-}
-
-TEST(PowerMode, OnlyStandbyIsSleepAndOnlyWhereItIsSaid) {
-  const std::pair<Fields, bool> kCases[] = {{{.count = 0x00}, true},   {{.count = 0x01}, true},
-                                            {{.count = 0x02}, false},  {{.count = 0x80}, false},
-                                            {{.count = 0xFF}, false},  {{.status = 0}, false},
-                                            {{.status = 0x51}, false}, {{.key = 0x0B}, false}};
-  for (const auto& [fields, isAsleep] : kCases) {
-    for (const SenseBytes& sense : {Descriptors(fields), Fixed(fields)}) {
-      EXPECT_EQ(machines::IsInStandby(machines::ParseSense(sense)), isAsleep)
-          << testing::PrintToString(sense);
-    }
-  }
-  EXPECT_FALSE(machines::IsInStandby({machines::CommandEnd::kSucceeded})) << "no registers";
 }
 
 }  // namespace

@@ -96,37 +96,35 @@ TEST(Masking, LeavesNothingThatTellsADrive) {
 // Answers for sleeping drives, from the file that the recorder is about to replace.
 TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
   const std::string file = testing::TempDir() + "kept." + std::to_string(getpid());
-  const std::int64_t now = platform::Now().seconds;
-  constexpr std::int64_t kDay = 86400;
+  constexpr int kDay = 86400;
+  // A letter that the serial number is full of, how old the answers are, why there are none.
+  const std::tuple<char, std::optional<int>, std::string, bool> kDrives[] = {
+      {'a', 3 * kDay - 60, "", true},
+      {'b', 3 * kDay + 60, "", false},
+      {'c', -kDay, "", false},
+      {'d', {}, "", false},
+      {'e', 0, "it is gone", false},
+      {' ', 0, "", false},
+      {'f', 0, "", false},
+      {'f', 0, "it is gone", false}};
   Machine machine;
   machine.roots = {{"Root", "Class", {}, {}, {}}};
-  // A drive for each letter, which its serial number is full of.
-  const auto add = [&](char letter, std::optional<std::int64_t> date, const std::string& failure) {
+  std::vector<platform::Block> identities;
+  for (const auto& [letter, age, failure, isKept] : kDrives) {
     DriveAnswers answers = HealthyAnswers();
     std::fill_n(answers.identify.bytes.begin() + 20, 20, static_cast<std::uint8_t>(letter));
-    if (date) answers.date = platform::Date{*date};
+    if (age) answers.date = platform::Date{platform::Now().seconds - *age};
     answers.whyNotOpened = failure;
     machine.roots[0].children.push_back(AhciDevice(DriveOf(answers)));
-    platform::Block identify;
-    std::ranges::copy(answers.identify.bytes, identify.begin());
-    return identify;
-  };
-  const std::pair<platform::Block, bool> kCases[] = {{add('a', now - 3 * kDay + 60, ""), true},
-                                                     {add('b', now - 3 * kDay - 60, ""), false},
-                                                     {add('c', now + kDay, ""), false},
-                                                     {add('d', {}, ""), false},
-                                                     {add('e', now, "it is gone"), false},
-                                                     {add(' ', now, ""), false},
-                                                     {add('f', now, ""), false},
-                                                     {add('f', now, ""), false}};
+    std::ranges::copy(answers.identify.bytes, identities.emplace_back().begin());
+  }
   std::ofstream(file) << machines::WritePropertyList(Recorded(machine));
   const auto kept = tools::ReadKeptAnswers("test", file, 3);
-  for (const auto& [identify, isKept] : kCases) {
-    const auto answers = kept(identify);
-    ASSERT_EQ(answers.has_value(), isKept) << identify[20];
-    EXPECT_TRUE(!isKept || answers->data.bytes == HealthyAnswers().data.bytes);
+  for (std::size_t i = 0; i < identities.size(); i++) {
+    EXPECT_EQ(kept(identities[i]).has_value(), std::get<bool>(kDrives[i])) << i;
   }
-  platform::Block foreign = kCases[0].first;
+  EXPECT_EQ(kept(identities[0])->data.bytes, HealthyAnswers().data.bytes);
+  platform::Block foreign = identities[0];
   foreign[60] = 'y';  // of the model
   EXPECT_FALSE(kept(foreign).has_value());
 
@@ -136,7 +134,7 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
     std::remove(file.c_str());
     if (content != nullptr) std::ofstream(file) << content;
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(tools::ReadKeptAnswers("test", file, 3)(kCases[0].first).has_value());
+    EXPECT_FALSE(tools::ReadKeptAnswers("test", file, 3)(identities[0]).has_value());
     const std::string told = testing::internal::GetCapturedStderr();
     EXPECT_TRUE(testing::internal::RE::FullMatch(told, error)) << told;
   }
