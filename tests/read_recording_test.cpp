@@ -34,11 +34,6 @@ std::string RecordedDrive(const std::string& pairs) {
 std::string DriveOf(const std::string& pairs) {
   return List(Named("Root", Children(Named("PRT0", RecordedDrive(pairs)))));
 }
-std::string Keys(int count) {
-  std::string keys;
-  for (int i = 0; i < count; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
-  return keys;
-}
 std::string Nested(std::size_t levels) {
   return Value(Repeated(levels - 1, "<array>") + Repeated(levels - 1, "</array>"));
 }
@@ -155,6 +150,12 @@ TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
 
 // A sanitizer needs memory and time of its own, and looks for other faults.
 #ifndef __SANITIZE_ADDRESS__
+
+std::string Keys(int count) {
+  std::string keys;
+  for (int i = 0; i < count; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
+  return keys;
+}
 
 // `before`, then as much of `filling` as makes a file of about the largest size, then `after`.
 std::string Largest(const std::string& before, const std::string& filling,
