@@ -52,7 +52,7 @@ CFNumberType CFNumberGetType(CFNumberRef number) {
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
-  const Number& source = ValueOf<Number>(number, "CFNumberGetValue");
+  const auto& source = ValueOf<Number>(number, "CFNumberGetValue");
   switch (type) {
     case kCFNumberSInt8Type:
     case kCFNumberCharType:

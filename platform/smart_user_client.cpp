@@ -19,7 +19,6 @@ namespace {
 using platform::BlockAnswer;
 using platform::DriveAnswers;
 using platform::Entry;
-using platform::ReferenceKind;
 
 // The results of failed calls. The probe tells success from failure only, so they are
 // not in the framework's headers.

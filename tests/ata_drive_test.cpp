@@ -221,9 +221,9 @@ TEST_F(AtaDrive, OneThatSleepsIsAskedOnlyForWhatIsNotKept) {
     answers['P'] = answer;
     machines::AtaNode node = {node_, number_};
     if (hasPage) std::ranges::copy(answers['I'].block, node.identify.emplace().begin());
-    const auto kept = [&](const platform::Block& identify) {
+    const auto kept = [&, keeps = isKept](const platform::Block& identify) {
       EXPECT_TRUE(std::ranges::equal(identify, answers['I'].block));
-      return isKept ? std::optional(DriveAnswers()) : std::nullopt;
+      return keeps ? std::optional(DriveAnswers()) : std::nullopt;
     };
     sent.clear();
     const bool isAsked = machines::MakeAtaDrive(node, kept)().date.has_value();

@@ -77,8 +77,8 @@ TEST(AskAll, AChildHoldsNothingOfItsParent) {
   for (int& end : ends) end = fcntl(end, F_DUPFD, 100);
   const Drive drive = [&] {
     DriveAnswers answers;
-    struct stat null {
-    }, stream{};
+    struct stat null {};
+    struct stat stream {};
     stat("/dev/null", &null);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
       fstat(standard, &stream);

@@ -29,7 +29,7 @@ bool CanBeKept(const DriveAnswers& answers, int days) {
     return false;
   }
   const std::chrono::seconds age(platform::Now().seconds - answers.date->seconds);
-  return age >= age.zero() && age <= std::chrono::days(days);
+  return age.count() >= 0 && age <= std::chrono::days(days);
 }
 
 void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& collected) {

@@ -75,9 +75,10 @@ void Replace(const std::string& file, const std::string_view* bytes) {
   const bool isDone = bytes != nullptr && Write(opened.Number(), *bytes) &&
                       fchmod(opened.Number(), mode) == 0 && fsync(opened.Number()) == 0 &&
                       close(opened.Release()) == 0 && rename(made.c_str(), file.c_str()) == 0;
-  const std::system_error error = base::SystemError(file);
-  if (!isDone) unlink(made.c_str());
-  if (!isDone && bytes != nullptr) throw error;
+  if (isDone) return;
+  const int reason = errno;
+  unlink(made.c_str());
+  if (bytes != nullptr) throw std::system_error(reason, std::generic_category(), file);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "probe/pass/start_up.h"
-#include "probe/state/drive_table.h"
 #include "probe/state/process_state.h"
 
 // Never destroyed: the process is about to end, and a large machine takes its time.
@@ -54,8 +53,8 @@ constexpr SInt32 kOldestSystem = 0x1020;
 // The probe says nothing where it has no memory for its table, as on a machine without drives.
 void Replay(platform::Machine machine) {
   platform::ThisMachine() = std::move(machine);
-  RunProbe();
-  if (gMySysVersion >= kOldestSystem && gSavedATADriveInfoArray == nullptr) throw std::bad_alloc();
+  const bool hasLooked = RunProbe() != 0;
+  if (!hasLooked && gMySysVersion >= kOldestSystem) throw std::bad_alloc();
 }
 
 std::string ReplayedReport(platform::Machine machine) {

@@ -146,8 +146,8 @@ void GiveUp(Child& child, std::chrono::milliseconds limit) {
 }
 
 std::vector<bool> Awaited(const std::vector<Child>& children) {
-  std::vector<bool> isAwaited;
-  for (const Child& child : children) isAwaited.push_back(child.pipe.IsOpen());
+  std::vector<bool> isAwaited(children.size());
+  for (std::size_t i = 0; i < children.size(); i++) isAwaited[i] = children[i].pipe.IsOpen();
   return isAwaited;
 }
 
@@ -185,6 +185,7 @@ std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
   const Clock::time_point end = Clock::now() + limit;
   AllowManyDescriptors();
   std::vector<Child> children;
+  children.reserve(drives.size());
   for (const platform::Drive& drive : drives) children.push_back(Start(drive));
   do {
     if (progress) progress(Awaited(children));

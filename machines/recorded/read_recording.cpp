@@ -123,7 +123,7 @@ Array MoveContents(Property& source, Entry& entry) {
     entry.name = TypedValue<std::string>(kNameKey, name->second);
   }
   entry.className = Take<std::string>(*dictionary, kClassKey);
-  Array children = Take<Array>(*dictionary, kChildrenKey);
+  auto children = Take<Array>(*dictionary, kChildrenKey);
   if (const auto drive = dictionary->find(kDriveKey); drive != dictionary->end()) {
     entry.drive = MakeDrive(TypedValue<Dictionary>(kDriveKey, drive->second));
     dictionary->erase(drive);

@@ -12,17 +12,18 @@ enum {
 
 ICInstance gICInstance;
 
-void RunProbe() {
+Boolean RunProbe() {
   Gestalt(kSystemVersionSelector, &gMySysVersion);
-  if (gMySysVersion < kOldestSystemVersion) return;
+  if (gMySysVersion < kOldestSystemVersion) return false;
 
   bLittleEndianCPU = true;
   gSavedATADriveInfoArray =
       (SavedATADriveInfo *)NewPtr((Size)(kMaxSavedATADrives * sizeof(SavedATADriveInfo)));
-  if (gSavedATADriveInfoArray == nullptr) return;
+  if (gSavedATADriveInfoArray == nullptr) return false;
 
   ICStart(&gICInstance, kApplicationSignature);
   GetApplicationPrefs();
+  return true;
 }
 
 void GetApplicationPrefs() { SMARTPollingRoutine(nullptr, nullptr); }

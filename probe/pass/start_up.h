@@ -7,10 +7,10 @@
 extern ICInstance gICInstance;  // started for form's sake; nothing uses it
 
 // The whole run. It reads no arguments and prints the report on standard output,
-// without flushing it; there is no failure that a caller could be told of. On a system before
-// 10.2, or without memory for the table, it prints nothing at all. Each call allocates a
-// table of its own and forgets the one before.
-void RunProbe();
+// without flushing it. False where it looks at nothing, which prints nothing either: on a system
+// before 10.2, or without memory for the table. Each call allocates a table of its own and forgets
+// the one before.
+Boolean RunProbe();
 
 // Runs one pass. Despite its name it reads no preferences.
 void GetApplicationPrefs();
