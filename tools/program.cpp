@@ -34,7 +34,8 @@ void AddOption(Arguments& arguments, const std::vector<Option>& options,
                const std::vector<std::string>& given, std::size_t& i) {
   const std::size_t equals = given[i].find('=');
   const bool hasValue = equals != std::string::npos;
-  const Option& option = OptionOf(given[i].substr(0, equals), options);
+  const std::string name = given[i].substr(0, equals);
+  const Option& option = OptionOf(name, options);
   std::string value;
   if (option.value == nullptr) {
     if (hasValue) throw UsageError(Dashed(option) + " takes no value");
