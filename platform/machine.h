@@ -76,9 +76,9 @@ struct DriveAnswers {
   // SMART RETURN STATUS: true when a threshold is exceeded. nullopt: it failed. The probe reports
   // the drive as not exceeded all the same, so it should not have been opened.
   std::optional<bool> exceeded;
-  BlockAnswer data;        // SMART READ DATA. Where it fails the probe does not ask for the next
-  BlockAnswer thresholds;  // SMART READ THRESHOLDS
-  BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
+  BlockAnswer data;          // SMART READ DATA. Where it fails the probe does not ask for the next
+  BlockAnswer thresholds;    // SMART READ THRESHOLDS
+  BlockAnswer identify;      // IDENTIFY DEVICE: 256 words, low byte first
   std::optional<Date> date;  // when it answered, if that is known
 };
 

@@ -42,8 +42,8 @@ class Object {
 };
 
 // A value, which is not copied, as large as it may be, and has to outlive the object: it is the
-// machine's, or kept until EndProcess. The objects of a dictionary's values are made when they are asked for
-// and belong to it.
+// machine's, or kept until EndProcess. The objects of a dictionary's values are made when they are
+// asked for and belong to it.
 class ValueObject : public Object {
  public:
   using Value = std::variant<const std::string*, const Number*, const Data*, const Dictionary*,
