@@ -6,8 +6,6 @@
 #include <array>
 #include <iterator>
 
-#include "base/trimmed.h"
-
 namespace base {
 namespace {
 

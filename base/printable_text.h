@@ -1,10 +1,17 @@
-// Text that a stranger or a device chose, made fit to be shown, whatever it means.
+// Text that a stranger or a device chose, made fit to be used or shown, whatever it means.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 namespace base {
+
+// `text` without the characters of `unwanted` at its start and end, borrowed from it.
+inline std::string_view Trimmed(std::string_view text, std::string_view unwanted) {
+  text.remove_prefix(std::min(text.find_first_not_of(unwanted), text.size()));
+  return text.substr(0, text.find_last_not_of(unwanted) + 1);
+}
 
 // `bytes` as UTF-8, with U+FFFD for each sequence that is not: up to three times as many.
 std::string ValidUTF8(std::string_view bytes);

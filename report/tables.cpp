@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "base/printable_text.h"
-#include "base/trimmed.h"
 #include "report/forms.h"
 #include "report/health.h"
 #include "report/value_texts.h"

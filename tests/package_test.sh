@@ -1,11 +1,11 @@
 #!/bin/bash
 # The Debian package and what comes with it: manual pages, systemd units, and its life in
 # a fresh minimal system, which takes root's rights.
-# Usage: package_test.sh PACKAGE DOWNLOADS, the file and the folder of what is kept.
+# Usage: package_test.sh PACKAGE ROOT, the file and the system that scripts/fetch has made.
 set -euo pipefail
 . "$(dirname "$0")/program_test.sh"
 package=$(realpath "$1")
-downloads=$(realpath "$2")
+saved_root=$(realpath "$2")
 source=$(realpath "$(dirname "$0")/..")
 PATH=$PATH:/usr/sbin:/sbin
 tree=$work/tree # what the package installs
@@ -59,7 +59,10 @@ list_root() {
 minimal_system() {
   local folder=/var/lib/prometheus/node-exporter doc=/usr/share/doc/smartprobe steps
   root=$work/root
-  get_root
+  mkdir "$root"
+  tar -C "$root" -xf "$saved_root"
+  cp -L /etc/resolv.conf "$root/etc/"
+  apt_in_root update
   mkdir -p "$root$folder" "$root/sys/block" # a host without disks
   cp "$package" "$root/smartprobe.deb"
   list_root >"$work/before"
@@ -75,25 +78,6 @@ minimal_system() {
   in_root systemctl --quiet is-enabled smartprobe.timer || fail 'an upgrade disables the timer'
   apt_in_root purge --auto-remove smartprobe || fail 'the removal'
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
-}
-
-# Makes a fresh root from the sources of packages that this system has.
-get_root() {
-  local saved=$downloads/root.tar suite mirror
-  # shellcheck disable=SC1091
-  suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
-  mirror=$(apt-get indextargets --format '$(REPO_URI)' "Codename: $suite" 'Origin: Debian' \
-    'Component: main' 'Identifier: Packages' | head -1)
-  if [ ! "$saved" -nt "$0" ]; then
-    debootstrap --variant=minbase --include=systemd "$suite" "$work/new" "$mirror" \
-      >"$work/debootstrap" || { tail -3 "$work/debootstrap" >&2; return 1; }
-    tar -C "$work/new" -cf "$saved.$$" . && mv "$saved.$$" "$saved"
-    rm -rf "$work/new"
-  fi
-  mkdir "$root"
-  tar -C "$root" -xf "$saved"
-  cp -L /etc/resolv.conf "$root/etc/"
-  apt_in_root update
 }
 
 dpkg-deb -x "$package" "$tree"

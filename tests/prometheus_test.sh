@@ -1,20 +1,12 @@
 #!/bin/bash
 # What Prometheus' own promtool makes of the metrics, and what the alert rules say of drives,
 # hosts and reports of many fates, from the metrics that smartprobe-read makes of such reports.
-# Usage: prometheus_test.sh DOWNLOADS PROGRAM, the folder that keeps promtool once it is
-# fetched, and smartprobe-read.
+# Usage: prometheus_test.sh PROMTOOL PROGRAM, which is smartprobe-read.
 . "$(dirname "$0")/program_test.sh"
-prometheus=$1/prometheus
+promtool=$1
 program=$2
 examples=$(dirname "$0")/../examples
 file=/srv/smartprobe.prom
-
-if [ ! -e "$prometheus" ]; then
-  rm -rf "$prometheus.new" && mkdir "$prometheus.new"
-  (cd "$prometheus.new" && apt-get download -qq -o APT::Sandbox::User=root prometheus &&
-    dpkg-deb -x ./*.deb . && rm ./*.deb) && mv "$prometheus.new" "$prometheus" || exit 1
-fi
-promtool=$prometheus/usr/bin/promtool
 
 # What is awkward: a path twice, an identifier twice, quotes, no text.
 printf '%b\n' 'SmartDeviceStart:::/dev/rdisk0:::\\a"b\\n:::\xff:::r:::c:::\xca s' \

@@ -9,7 +9,7 @@
 #include "base/descriptor.h"
 #include "base/files.h"
 #include "base/numbers.h"
-#include "base/trimmed.h"
+#include "base/printable_text.h"
 
 namespace machines {
 

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "base/numbers.h"
-#include "base/trimmed.h"
+#include "base/printable_text.h"
 
 namespace machines {
 namespace {

@@ -1,10 +1,10 @@
 #!/bin/bash
 # The programs on real kernel drivers: boots Debian's kernel in an emulator with drives of known
 # making, lets guest_init.sh run the programs there, and compares what they did with that.
-# Usage: live_test.sh CACHE PROGRAM..., the folder that keeps the kernel's files, and the
+# Usage: live_test.sh KERNEL PROGRAM..., the folder that scripts/fetch has made for it, and the
 # programs of this build that guest_init.sh runs.
 set -euo pipefail
-cache=$1
+kernel=$1
 shift
 here=$(dirname "$0")
 . "$here/../program_test.sh"
@@ -13,35 +13,12 @@ results=$work/results
 long_model=LONG-6789-123456789-123456789-123456789-
 long_serial=01234567890123456789
 
-# Fetches the newest kernel, unless it is there since this script's last change: its image,
-# and the modules with their turn of loading in their names.
-get_kernel() {
-  local package version module unpacked=$cache/unpacked number=100
-  package=$(apt-cache depends linux-image-amd64 | awk '$1 == "Depends:" { print $2; exit }')
-  [ ! "$cache/$package" -nt "$0" ] || return 0
-  rm -rf "$cache"
-  mkdir -p "$cache"
-  (cd "$cache" && apt-get download -qq -o APT::Sandbox::User=root "$package")
-  dpkg-deb -x "$cache"/*.deb "$unpacked"
-  version=$(ls "$unpacked/lib/modules")
-  depmod -b "$unpacked" "$version"
-  mkdir "$cache/modules"
-  modprobe -d "$unpacked" -S "$version" -a --show-depends \
-    sd_mod sr_mod virtio_pci virtio_blk virtio_scsi ahci ata_piix scsi_debug >"$cache/insmod"
-  awk '$1 == "insmod" && !seen[$2]++ { print $2 }' "$cache/insmod" | while read -r module; do
-    cp "$module" "$cache/modules/$((number++))-$(basename "$module")"
-  done
-  cp "$unpacked/boot/vmlinuz-$version" "$cache/vmlinuz"
-  rm -r "$unpacked" "$cache"/*.deb
-  touch "$cache/$package"
-}
-
 make_initramfs() {
   local root=$work/root program
   mkdir -p "$root/bin" "$root/programs"
   cp "$here/guest_init.sh" "$root/init"
   cp /bin/busybox "$root/bin/"
-  cp -r "$cache/modules" "$root/"
+  cp -r "$kernel/modules" "$root/"
   for program in "$@" "$(command -v sg_raw)"; do
     cp -L "$program" "$root/programs/"
     ldd "$program" | grep -o '/[^ ]*' | xargs cp -L --parents -t "$root"
@@ -55,7 +32,7 @@ boot() {
   local blank=driver=null-co,read-zeroes=on
   timeout --foreground 300 qemu-system-x86_64 \
     -machine pc -accel tcg -m 512 -nodefaults -no-user-config -display none -no-reboot \
-    -kernel "$cache/vmlinuz" -initrd "$work/initramfs" -append 'console=ttyS0 panic=-1' \
+    -kernel "$kernel/vmlinuz" -initrd "$work/initramfs" -append 'console=ttyS0 panic=-1' \
     -serial "file:$work/console" \
     -blockdev "$blank,node-name=piix,size=160041885696" \
     -blockdev "$blank,node-name=long,size=3000592982016" \
@@ -135,7 +112,6 @@ judge() {
     expect replay
 }
 
-get_kernel
 make_initramfs "$@"
 boot
 judge
