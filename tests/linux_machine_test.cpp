@@ -35,7 +35,7 @@ struct BlockDevice {
   std::string type = "0\n";
   std::string vendor = "ATA     \n";
   std::string model = "EXAMPLE DISK 200\n";
-  std::string page = {};
+  std::string page = {}, serialPage = {};
   std::string size = "8\n";
   std::string number = "8:16\n";
   std::string hidden = {};
@@ -56,6 +56,7 @@ void Add(const fs::path& sysfs, const BlockDevice& device) {
   Write(scsi / "vendor", device.vendor);
   Write(scsi / "model", device.model);
   Write(scsi / "vpd_pg89", device.page);
+  Write(scsi / "vpd_pg80", device.serialPage);
   Write(block / "size", device.size);
   Write(block / "dev", device.number);
   Write(block / "hidden", device.hidden);
@@ -74,7 +75,7 @@ std::string Leaves(const platform::Property& property) {
   return leaves;
 }
 
-// "class, features, product, BSD name, size" of each disk.
+// "class, features, product, serial number, BSD name, size" of each disk.
 std::string DisksIn(const fs::path& sysfs) {
   std::string disks;
   const platform::Machine machine = machines::ReadLinuxMachine(sysfs);
@@ -87,7 +88,7 @@ std::string DisksIn(const fs::path& sysfs) {
 
 struct Identify {
   std::string model = "Example 4000 with 40 characters, all used";
-  char word82 = 0x6B, word83High = 0x40, pageCode = '\x89';
+  char word82 = 0x6B, word83High = 0x40, pageCode = '\x89', serial = ' ';
 };
 
 std::string Page(Identify identify = {}) {
@@ -96,6 +97,7 @@ std::string Page(Identify identify = {}) {
   page[56] = '\xEC';
   identify.model.resize(40, ' ');
   for (std::size_t i = 0; i < 40; i++) page[60 + 54 + (i ^ 1)] = identify.model[i];
+  page[60 + 21] = identify.serial;
   page[60 + 164] = identify.word82;
   page[60 + 167] = identify.word83High;
   return page;
@@ -129,12 +131,16 @@ TEST(LinuxMachine, DisksAreEntriesWithWhatIsKnownOfThem) {
       {{.name = "sd\xFF\n1", .model = "\xFFMODEL \n", .size = "5860533168\n"},
        kAhci + "?MODEL, sd??1, 3000592982016"},
       {{.type = "20\n"}, kWithoutPage},
+      {{.page = Page({.serial = 'S'}), .serialPage = "\0\x80\0\x01T"s},
+       kAhci + kModel + ", S" + kEnd},
+      {{.serialPage = "\0\x80\0\x04 W\x1B "s}, kAhci + "EXAMPLE DISK 200, W?" + kEnd},
       {{.type = "5\n"}, ""},
       // Elsewhere than on a libata port, AHCI is no matter
       {{.at = kSas}, kAta + "EXAMPLE DISK 200" + kEnd},
       {{.at = kSas, .vendor = "SEAGATE", .page = Page()}, kAta + kModel + kEnd},
       {{.at = kUsb, .vendor = "Bridge", .page = Page()}, kAta + kModel + kEnd},
-      {{.at = kUsb, .vendor = "Bridge", .number = "8:32\n"}, kAta + kEnd},
+      {{.at = kUsb, .vendor = "Bridge", .serialPage = "\0\x80\0\x01B"s, .number = "8:32\n"},
+       kAta + kEnd},
       // Not ATA, and no disks at all
       {{.at = kSas, .vendor = "ATAPI", .page = Page().substr(0, 60) + std::string(512, '\0')},
        kOther + "sda, 4096"},

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "base/standard_streams.h"
-#include "machines/linux/drive_blocks.h"
+#include "machines/disks/drive_blocks.h"
 #include "machines/recorded/recording_files.h"
 
 namespace tools {

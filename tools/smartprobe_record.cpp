@@ -11,6 +11,7 @@
 #include "base/numbers.h"
 #include "base/printable_text.h"
 #include "base/standard_streams.h"
+#include "machines/disks/disk_entries.h"
 #include "machines/linux/sysfs_machine.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/write_recording.h"
@@ -31,19 +32,11 @@ const tools::CommandLine kCommandLine = {
     "The property list to write; - is standard output",
     true};
 
-// The name of the medium below a device, such as "sda".
-std::string DiskName(const platform::Entry& device) {
-  for (const platform::Entry& medium : device.children) {
-    if (const std::string* name = platform::FindText(medium.properties, "BSD Name")) return *name;
-  }
-  return device.name;
-}
-
 // A drive that does not answer is no failure of the recording: it is recorded so.
 platform::Dictionary Record(const platform::Entry& device) {
   machines::DriveRecording recording = machines::RecordDrive(device.drive());
   for (const std::string& failure : recording.failures) {
-    base::PrintError(kCommandLine.program, DiskName(device).append(": ").append(failure));
+    base::PrintError(kCommandLine.program, machines::DiskName(device).append(": ").append(failure));
   }
   return std::move(recording.answers);
 }
@@ -71,7 +64,8 @@ void TellOfDisksNotRead(const platform::Machine& machine) {
   std::vector<std::string> without;
   for (const platform::Entry& device : machine.roots.front().children) {
     if (device.drive) continue;
-    (device.className == machines::kOtherDiskClass ? others : without).push_back(DiskName(device));
+    (device.className == machines::kOtherDiskClass ? others : without)
+        .push_back(machines::DiskName(device));
   }
   if (!others.empty())
     base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(others));

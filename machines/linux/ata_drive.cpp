@@ -9,9 +9,9 @@
 #include <utility>
 
 #include "base/descriptor.h"
+#include "machines/disks/drive_blocks.h"
 #include "machines/linux/ata_commands.h"
 #include "machines/linux/block_device.h"
-#include "machines/linux/drive_blocks.h"
 
 namespace machines {
 namespace {

@@ -13,8 +13,9 @@
 #include <utility>
 
 #include "base/printable_text.h"
+#include "machines/disks/disk_entries.h"
+#include "machines/disks/drive_blocks.h"
 #include "machines/linux/ata_drive.h"
-#include "machines/linux/drive_blocks.h"
 #include "machines/linux/sysfs_files.h"
 #include "machines/linux/udev_database.h"
 
@@ -177,6 +178,16 @@ std::string Model(const Disk& disk, Drives& drives) {
   return base::PrintableASCII(ReadText(disk.folder / "device" / "model"));
 }
 
+// As far as the kernel keeps it: a drive that does not answer is then known by it. A bridge has its
+// own.
+std::string Serial(const Disk& disk) {
+  constexpr std::size_t kHeaderSize = 4;  // of the page of the vital product data
+  if (disk.identify) return SerialNumber(*disk.identify);
+  const std::string page = ReadFile(disk.folder / "device" / "vpd_pg80").value_or("");
+  if (!disk.isModelKnown || page.size() < kHeaderSize) return {};
+  return base::PrintableASCII(page.substr(kHeaderSize));
+}
+
 Property Text(std::string text) { return {std::move(text)}; }
 
 // In bytes, a 64-bit number whatever its value: the probe takes the bytes of a smaller one in the
@@ -191,7 +202,7 @@ std::optional<platform::Number> ReadSize(const Disk& disk) {
 
 Entry MakeMedium(const Disk& disk, const std::string& model) {
   Entry medium{model + " Media", "IOMedia", {}, {}, {}};
-  medium.properties.emplace("BSD Name", Text(base::PrintableASCII(disk.name)));
+  medium.properties.emplace(kDiskNameKey, Text(base::PrintableASCII(disk.name)));
   if (const auto size = ReadSize(disk)) medium.properties.emplace("Size", Property{*size});
   return medium;
 }
@@ -203,13 +214,16 @@ const char* ClassOf(const Disk& disk) {
 
 Entry MakeDevice(const Disk& disk, const std::shared_ptr<Drives>& drives) {
   const std::string model = Model(disk, *drives);
-  Dictionary characteristics = {{"Product Name", Text(model)}};
+  Dictionary characteristics = {{kProductNameKey, Text(model)}};
   if (disk.kind != Kind::kOther) {
     const Property features = {platform::IntegerNumber(AtaFeatures(disk))};
     characteristics.emplace("ATA Features", features);
   }
   Entry device{ClassOf(disk), ClassOf(disk), {}, {MakeMedium(disk, model)}, {}};
-  device.properties.emplace("Device Characteristics", Property{std::move(characteristics)});
+  if (const std::string serial = Serial(disk); !serial.empty()) {
+    characteristics.emplace(kSerialNumberKey, Text(serial));
+  }
+  device.properties.emplace(kCharacteristicsKey, Property{std::move(characteristics)});
   if (IsAsked(disk)) {
     device.drive = [drives, name = disk.name] { return drives->AnswersOf(name); };
   }

@@ -15,9 +15,6 @@
 
 namespace machines {
 
-// The class of the entries of disks that are not asked. No pass looks for it.
-inline constexpr const char* kOtherDiskClass = "IOBlockStorageDevice";
-
 // How the drives are asked, when the first answers are wanted.
 struct Asking {
   std::chrono::milliseconds limit = kAnswerLimit;  // what has not answered then is given up

@@ -1,4 +1,4 @@
-#include "machines/linux/drive_blocks.h"
+#include "machines/disks/drive_blocks.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -23,6 +23,15 @@ std::uint16_t Word(const Block& identify, std::size_t index) {
   return static_cast<std::uint16_t>(identify[2 * index] | identify[2 * index + 1] << 8);
 }
 
+// Of the two characters in a word the first is the high byte.
+std::string FieldText(const Block& identify, const Field& field) {
+  std::string text;
+  for (std::size_t i = 0; i < field.size; i++) {
+    text += static_cast<char>(identify[field.offset + (i ^ 1)]);
+  }
+  return base::PrintableASCII(text);
+}
+
 }  // namespace
 
 std::optional<Block> FindIdentifyData(std::string_view page) {
@@ -40,16 +49,9 @@ std::optional<Block> FindIdentifyData(std::string_view page) {
   return identify;
 }
 
-// Of the two characters in a word the first is the high byte.
-std::string ModelNumber(const Block& identify) {
-  std::string model;
-  for (std::size_t index = 27; index <= 46; index++) {
-    const std::uint16_t word = Word(identify, index);
-    model += static_cast<char>(word >> 8);
-    model += static_cast<char>(word & 0xFF);
-  }
-  return base::PrintableASCII(model);
-}
+std::string ModelNumber(const Block& identify) { return FieldText(identify, kModel); }
+
+std::string SerialNumber(const Block& identify) { return FieldText(identify, kSerialNumber); }
 
 // Word 82 means something only where word 83 says that it does.
 bool LacksSMART(const Block& identify) {
@@ -86,16 +88,26 @@ Entry EntryOf(const Block& block, std::size_t index) {
   return Entry(block.data() + kFirstEntry + index * Entry::extent, Entry::extent);
 }
 
-// An entry of the data: identifier, two bytes of flags, normalized value.
-std::optional<Entry> FindWithValue(const Block& data, std::uint8_t identifier) {
+// An entry of the data: identifier, two bytes of flags, normalized value, worst value, six bytes
+// of the raw value. Gives the first whose normalized value is at least `least`.
+std::optional<Entry> FindAttribute(const Block& data, std::uint8_t identifier, int least) {
   for (std::size_t i = 0; i < kEntries; i++) {
     const Entry attribute = EntryOf(data, i);
-    if (attribute[0] == identifier && attribute[3] != 0) return attribute;
+    if (attribute[0] == identifier && attribute[3] >= least) return attribute;
   }
   return std::nullopt;
 }
 
 }  // namespace
+
+std::optional<AttributeCounts> FindCounts(const Block& data, std::uint8_t identifier) {
+  std::optional<Entry> attribute = FindAttribute(data, identifier, 1);
+  if (!attribute) attribute = FindAttribute(data, identifier, 0);
+  if (!attribute) return std::nullopt;
+  AttributeCounts counts = {.worst = (*attribute)[4]};
+  for (std::size_t i = 10; i >= 5; i--) counts.raw = counts.raw << 8 | (*attribute)[i];
+  return counts;
+}
 
 std::optional<bool> ExceededCondition(const Block& data, const Block& thresholds) {
   constexpr std::uint8_t kPreFailure = 0x01;
@@ -103,7 +115,7 @@ std::optional<bool> ExceededCondition(const Block& data, const Block& thresholds
   for (std::size_t i = 0; i < kEntries; i++) {
     const Entry threshold = EntryOf(thresholds, i);
     if (threshold[0] == 0) continue;
-    const std::optional<Entry> attribute = FindWithValue(data, threshold[0]);
+    const std::optional<Entry> attribute = FindAttribute(data, threshold[0], 1);
     if (!attribute) continue;
     const bool isReached = (*attribute)[3] <= threshold[1];
     exceeded = exceeded.value_or(false) || (isReached && ((*attribute)[1] & kPreFailure) != 0);

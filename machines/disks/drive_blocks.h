@@ -2,6 +2,7 @@
 // in which the kernel keeps them, and the condition in its data and thresholds.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ std::optional<platform::Block> FindIdentifyData(std::string_view page);
 // padding, or none.
 std::string ModelNumber(const platform::Block& identify);
 
+// The serial number, in the same way: at most 20 characters.
+std::string SerialNumber(const platform::Block& identify);
+
 // Whether the drive says that it has no S.M.A.R.T. False is no promise that it has: old drives do
 // not say.
 bool LacksSMART(const platform::Block& identify);
@@ -31,6 +35,17 @@ void MakePrintable(platform::Block& identify);
 // Model and serial number as they stand in the data once they are printable, for comparison: a text
 // of 60 bytes, or an empty one where the drive has no serial number, so that it may be any.
 std::string Identity(platform::Block identify);
+
+// What an attribute has besides what a report tells of it.
+struct AttributeCounts {
+  std::uint8_t worst = 0;  // the lowest normalized value so far
+  std::uint64_t raw = 0;   // 48 bits, the maker's own: a count, or several, or none
+};
+
+// Of the attribute of the data that a report pairs with a threshold of that identifier, the first
+// that has a normalized value; where none has one, of the first of that identifier. nullopt if the
+// drive has none.
+std::optional<AttributeCounts> FindCounts(const platform::Block& data, std::uint8_t identifier);
 
 // The threshold-exceeded condition as the standard defines it, for drives whose own answer does
 // not come through. True: the normalized value of a pre-failure attribute is at or below its
