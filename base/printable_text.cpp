@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <iterator>
 
 namespace base {
@@ -43,6 +44,17 @@ std::string OneLine(std::string_view text) {
     utf8::append(IsUnfit(character) ? kReplacement : character, line);
   }
   return line;
+}
+
+std::size_t Width(std::string_view text) {
+  return static_cast<std::size_t>(utf8::unchecked::distance(text.begin(), text.end()));
+}
+
+std::string Shortened(std::string_view text, std::size_t max) {
+  if (Width(text) <= max) return std::string(text);
+  auto end = text.begin();
+  utf8::unchecked::advance(end, static_cast<std::ptrdiff_t>(max) - 1);
+  return std::string(text.begin(), end) + "\u2026";
 }
 
 std::string PrintableASCII(std::string_view text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,13 @@ std::string ValidUTF8(std::string_view bytes);
 // line separator, character that reorders the text around it and sequence that is not UTF-8.
 // A tab is a control character too. The text is not shortened.
 std::string OneLine(std::string_view text);
+
+// `text`, which is UTF-8, or, if it has more than `max` characters (1 or more), its start and an
+// ellipsis, `max` in all.
+std::string Shortened(std::string_view text, std::size_t max);
+
+// How many characters `text`, which is UTF-8, has: on a terminal, one of two columns counts as one.
+std::size_t Width(std::string_view text);
 
 // `text` without the padding around it (spaces, and the NULs that some drives pad
 // with) and with a question mark for every byte that is not printable ASCII. With one

@@ -101,6 +101,8 @@ struct Machine {
   std::vector<Entry> roots;
   // Key to translation. A key that is missing gets the caller's own text.
   std::map<std::string, std::string, std::less<>> mainBundleStrings;
+  // Told of each entry that a search hands out: up to the next one it is the device in hand.
+  std::function<void(const Entry&)> onVisit = {};
 };
 
 // The machine that the platform's calls answer from. Each program defines this

@@ -198,7 +198,10 @@ io_object_t IOIteratorNext(io_iterator_t iterator) {
   if (iterator == 0) return 0;
   auto& state = platform::ObjectOf<platform::Iterator>(iterator, "IOIteratorNext");
   if (state.next == state.matches.size()) return 0;
-  return platform::NewHandle(platform::Service{state.matches[state.next++]});
+  const std::size_t node = state.matches[state.next++];
+  const auto& onVisit = platform::ThisMachine().onVisit;
+  if (onVisit) onVisit(*platform::TheTree().nodes[node].entry);
+  return platform::NewHandle(platform::Service{node});
 }
 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,

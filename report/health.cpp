@@ -3,34 +3,70 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
 
 #include "base/printable_text.h"
 
 namespace report {
 namespace {
 
-bool CanBeNear(const Attribute& attribute) {
-  return attribute.valid && attribute.threshold >= 1 && attribute.threshold <= 253;
+constexpr std::uint8_t kInvalidThreshold = 254;
+constexpr std::string_view kNoName = "Unknown Attribute";  // the report's words
+
+bool IsTemperature(const Attribute& attribute) {
+  return attribute.id == 190 || attribute.id == 194;
 }
 
-int Distance(const Attribute& attribute) { return attribute.value - attribute.threshold; }
-
 using Names = std::vector<std::string>;
+
+// "69 sectors reallocated, 2 pending"; empty where none is lost.
+std::string SectorsText(const LostSectors& sectors) {
+  const std::pair<std::optional<std::uint32_t>, std::string_view> kKinds[] = {
+      {sectors.reallocated, "reallocated"},
+      {sectors.pending, "pending"},
+      {sectors.uncorrectable, "uncorrectable"}};
+  std::string text;
+  for (const auto& [count, kind] : kKinds) {
+    if (count.value_or(0) == 0) continue;
+    const std::string_view noun = *count == 1 ? " sector " : " sectors ";
+    text.append(text.empty() ? "" : ", ").append(std::to_string(*count));
+    text.append(text.find("sector") == std::string::npos ? noun : " ").append(kind);
+  }
+  return text;
+}
+
+std::string FaultText(const Attribute& attribute, Health health) {
+  const std::string_view meaning = health == Health::kFailing ? "failure predicted"
+                                   : health == Health::kHot   ? "hot, now or once"
+                                                              : "worn, plan to replace";
+  return NameText(attribute) + " is " + std::to_string(attribute.value) + ", threshold " +
+         std::to_string(attribute.threshold) + ": " + std::string(meaning);
+}
 
 constexpr std::array<std::string_view, 4> kVerdictWords = {"OK", "WARNING", "CRITICAL", "UNKNOWN"};
 
 Names PathsOf(const Report& report, Health health) {
   Names paths;
   for (const Drive& drive : report.drives) {
-    if (HealthOf(drive) == health) paths.push_back(PathText(drive.device));
+    if (HealthOf(drive) != health) continue;
+    paths.push_back(PathText(drive.device));
+    if (health == Health::kCaution) paths.back() += " (" + SectorsText(drive.sectors) + ")";
   }
   return paths;
 }
 
-Names NamesOf(const Names& texts, std::string (*nameOf)(std::string_view)) {
-  Names names;
-  for (const std::string& text : texts) names.push_back(nameOf(text));
-  return names;
+Names PathsOf(const std::vector<UnreadDrive>& drives) {
+  Names paths;
+  for (const UnreadDrive& drive : drives) paths.push_back(PathText(drive.device));
+  return paths;
+}
+
+Names LinesOf(const Names& texts) {
+  Names lines;
+  for (const std::string& text : texts) lines.push_back(base::OneLine(text));
+  return lines;
 }
 
 // Appends `heading` and the names after it, if there are any, and returns whether there are.
@@ -53,14 +89,15 @@ std::string Count(std::size_t drives) {
 }  // namespace
 
 Health HealthOf(const Attribute& attribute) {
-  if (!attribute.reached) return Health::kGood;
-  return attribute.preFailure ? Health::kFailing : Health::kWorn;
+  if (!attribute.reached || attribute.threshold == kInvalidThreshold) return Health::kGood;
+  if (attribute.preFailure) return Health::kFailing;
+  return IsTemperature(attribute) ? Health::kHot : Health::kWorn;
 }
 
 Health HealthOf(const Drive& drive) {
   if (drive.thresholdExceeded) return Health::kFailing;
-  if (drive.attributes.empty()) return Health::kNoAttributes;
-  Health worst = Health::kGood;
+  Health worst = drive.attributes.empty() ? Health::kNoAttributes : Health::kGood;
+  if (!SectorsText(drive.sectors).empty()) worst = Health::kCaution;
   for (const Attribute& attribute : drive.attributes) {
     worst = std::max(worst, HealthOf(attribute));
   }
@@ -68,8 +105,31 @@ Health HealthOf(const Drive& drive) {
 }
 
 std::string_view HealthWord(Health health) {
-  constexpr std::array<std::string_view, 4> kWords = {"OK", "no attributes", "worn", "failing"};
+  constexpr std::array<std::string_view, 6> kWords = {"OK",   "no attributes", "hot",
+                                                      "worn", "caution",       "failing"};
   return kWords.at(static_cast<std::size_t>(health));
+}
+
+std::string FaultsText(const Drive& drive) {
+  std::string text;
+  AppendGroup(text, "", drive.thresholdExceeded ? Names{"the drive says so itself"} : Names());
+  for (const Attribute& attribute : drive.attributes) {
+    const Health health = HealthOf(attribute);
+    if (health != Health::kGood) AppendGroup(text, "", {FaultText(attribute, health)});
+  }
+  const std::string sectors = SectorsText(drive.sectors);
+  AppendGroup(text, "", sectors.empty() ? Names() : Names{sectors});
+  return text;
+}
+
+std::string HealthText(const Drive& drive) {
+  const std::string faults = FaultsText(drive);
+  return std::string(HealthWord(HealthOf(drive))).append(faults.empty() ? "" : ": ") + faults;
+}
+
+std::string NameText(const Attribute& attribute) {
+  if (attribute.name != kNoName && !attribute.name.empty()) return base::OneLine(attribute.name);
+  return "attribute " + std::to_string(attribute.id);
 }
 
 std::string PathText(std::string_view device) {
@@ -80,24 +140,26 @@ std::string DamageText(const Damage& damage) {
   return "line " + std::to_string(damage.line) + ": " + damage.what;
 }
 
-const Attribute* FindNearestToThreshold(const Drive& drive) {
-  const Attribute* nearest = nullptr;
-  for (const Attribute& attribute : drive.attributes) {
-    if (!CanBeNear(attribute)) continue;
-    if (nearest == nullptr || Distance(attribute) < Distance(*nearest)) nearest = &attribute;
-  }
-  return nearest;
+std::vector<std::string> OtherDisksTexts(const Report& report) {
+  std::vector<std::string> texts(2);
+  AppendGroup(texts[0], "Without S.M.A.R.T., not read: ", LinesOf(report.withoutSMART));
+  AppendGroup(texts[1], "Not ATA, not looked at: ", LinesOf(report.notATA.value_or(Names())));
+  std::erase(texts, "");
+  return texts;
 }
 
 Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   std::string found;
   const bool isFailing = AppendGroup(found, "failing: ", PathsOf(report, Health::kFailing));
   bool isUnknown = report.drives.empty() || report.damage.has_value();
-  isUnknown |= AppendGroup(found, "not read: ", NamesOf(report.notRead, PathText));
-  isUnknown |= AppendGroup(found, "", NamesOf(faults, base::OneLine));
-  bool isWarning = AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
+  isUnknown |= AppendGroup(found, "not read: ", PathsOf(report.notRead));
+  isUnknown |= AppendGroup(found, "", LinesOf(faults));
+  bool isWarning = AppendGroup(found, "caution: ", PathsOf(report, Health::kCaution));
+  isWarning |= AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
+  isWarning |= AppendGroup(found, "hot, now or once: ", PathsOf(report, Health::kHot));
   isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
   if (found.empty()) found = Count(report.drives.size());
+  for (const std::string& text : OtherDisksTexts(report)) AppendGroup(found, "", {text});
 
   Verdict verdict = isWarning ? Verdict::kWarning : Verdict::kOk;
   if (isUnknown) verdict = Verdict::kUnknown;

@@ -26,18 +26,47 @@ void Set(Json& object, const Attribute& attribute) {
   object["valid"] = attribute.valid;
   object["pre_failure"] = attribute.preFailure;
   object["reached"] = attribute.reached;
+  if (!attribute.counts) return;
+  object["worst"] = attribute.counts->worst;
+  object["raw"] = attribute.counts->raw;
+}
+
+// What is not known is left out.
+void Set(Json& object, const LostSectors& sectors) {
+  if (sectors.reallocated) object["reallocated_sectors"] = *sectors.reallocated;
+  if (sectors.pending) object["pending_sectors"] = *sectors.pending;
+  if (sectors.uncorrectable) object["uncorrectable_sectors"] = *sectors.uncorrectable;
 }
 
 void Set(Json& object, const Drive& drive) {
+  object.clear();
   object["device"] = drive.device;
   object["product"] = drive.product;
   object["revision"] = drive.revision;
   object["capacity"] = drive.capacity;
   object["serial"] = drive.serial;
   object["threshold_exceeded"] = drive.thresholdExceeded;
+  if (drive.temperature) object["temperature_celsius"] = *drive.temperature;
+  Set(object, drive.sectors);
+  if (drive.date) object["unix_time"] = drive.date->time_since_epoch().count();
   object["attributes"] = Json::array();
   for (const Attribute& attribute : drive.attributes)
     Set(object["attributes"].emplace_back(Json::object()), attribute);
+}
+
+void Set(Json& object, const UnreadDrive& drive) {
+  object["device"] = drive.device;
+  object["product"] = drive.product;
+  object["serial"] = drive.serial;
+}
+
+// What a recording alone tells of disks that were not read.
+std::string DisksText(const Report& report) {
+  if (!report.notATA) return "";
+  Json drives = Json::array();
+  for (const UnreadDrive& drive : report.notRead) Set(drives.emplace_back(Json::object()), drive);
+  return ",\"not_read_drives\":" + Dump(drives) +
+         ",\"without_smart\":" + Dump(report.withoutSMART) + ",\"not_ata\":" + Dump(*report.notATA);
 }
 
 }  // namespace
@@ -51,7 +80,9 @@ std::string JsonText(const Report& report) {
     text.append("\n").append(Dump(object));
   }
   if (!report.drives.empty()) text += '\n';
-  return text + "],\"not_read\":" + Dump(report.notRead) + "}\n";
+  Json paths = Json::array();
+  for (const UnreadDrive& drive : report.notRead) paths.push_back(drive.device);
+  return text + "],\"not_read\":" + Dump(paths) + DisksText(report) + "}\n";
 }
 
 }  // namespace report

@@ -1,12 +1,13 @@
 // The report in the text format of Prometheus, for a textfile collector: one metric after
 // the other, since the samples of each have to stand together.
-#include <utf8.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <map>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/printable_text.h"
@@ -17,27 +18,19 @@ namespace report {
 namespace {
 
 // In characters. A label stands on many series, which a long one would blow up.
-constexpr std::ptrdiff_t kMaxLabel = 64;
+constexpr std::size_t kMaxLabel = 64;
 
 struct Label {
   std::string_view name;
   std::string_view value;
 };
 
-// `text`, or the start of one that is too long and an ellipsis.
-std::string Shortened(const std::string& text) {
-  if (utf8::unchecked::distance(text.begin(), text.end()) <= kMaxLabel) return text;
-  auto end = text.begin();
-  utf8::unchecked::advance(end, kMaxLabel - 1);
-  return std::string(text.begin(), end) + "\u2026";
-}
-
 std::string Labels(std::initializer_list<Label> labels) {
   std::string text;
   for (const Label& label : labels) {
     if (!text.empty()) text += ',';
     text.append(label.name).append("=\"");
-    for (const char c : Shortened(base::OneLine(label.value))) {
+    for (const char c : base::Shortened(base::OneLine(label.value), kMaxLabel)) {
       if (c == '\\' || c == '"') text += '\\';
       text += c;
     }
@@ -56,6 +49,13 @@ struct Devices {
   std::vector<std::string> notRead;  // their labels
 };
 
+// Of a Drive or an UnreadDrive.
+template <typename AnyDrive>
+std::string NamesOf(const AnyDrive& drive) {
+  return Labels({{"product", base::Trimmed(drive.product, " ")},
+                 {"serial", base::Trimmed(drive.serial, " ")}});
+}
+
 // Numbers the devices of one path, so that no series is there twice: first the drives that
 // were read, whose labels then do not depend on what could not be.
 Devices DevicesOf(const Report& report) {
@@ -66,11 +66,12 @@ Devices DevicesOf(const Report& report) {
   };
   Devices devices;
   for (const Drive& drive : report.drives) {
-    const std::string names = Labels({{"product", base::Trimmed(drive.product, " ")},
-                                      {"serial", base::Trimmed(drive.serial, " ")}});
-    devices.read.push_back({&drive, numbered(drive.device) + "," + names});
+    devices.read.push_back({&drive, numbered(drive.device) + "," + NamesOf(drive)});
   }
-  for (const std::string& device : report.notRead) devices.notRead.push_back(numbered(device));
+  for (const UnreadDrive& drive : report.notRead) {
+    const bool isNamed = !drive.product.empty() || !drive.serial.empty();
+    devices.notRead.push_back(numbered(drive.device) + (isNamed ? "," + NamesOf(drive) : ""));
+  }
   return devices;
 }
 
@@ -80,7 +81,7 @@ void AppendHead(std::string& text, std::string_view name, std::string_view help)
 }
 
 void AppendSample(std::string& text, std::string_view name, std::string_view labels,
-                  std::size_t value) {
+                  std::uint64_t value) {
   text.append(name).append("{").append(labels).append("} ");
   text.append(std::to_string(value)).append("\n");
 }
@@ -108,18 +109,37 @@ void AppendReadFailed(std::string& text, const Devices& devices) {
   for (const std::string& labels : devices.notRead) AppendSample(text, kName, labels, 1);
 }
 
+// Gives nullopt where it is not known.
+template <typename Subject>
+using ValueOf = std::optional<std::uint64_t> (*)(const Subject&);
+
 void AppendDriveMetric(std::string& text, std::string_view name, std::string_view help,
-                       const Devices& devices, std::size_t (*valueOf)(const Drive&)) {
+                       const Devices& devices, ValueOf<Drive> valueOf) {
   AppendHead(text, name, help);
   for (const ReadDrive& each : devices.read) {
-    AppendSample(text, name, each.labels, valueOf(*each.drive));
+    if (const auto value = valueOf(*each.drive)) AppendSample(text, name, each.labels, *value);
+  }
+}
+
+void AppendSectors(std::string& text, const Devices& devices) {
+  constexpr std::string_view kName = "smartprobe_drive_sectors";
+  AppendHead(text, kName, "How many sectors the drive has lost.");
+  for (const ReadDrive& each : devices.read) {
+    const LostSectors& lost = each.drive->sectors;
+    const std::pair<std::string_view, std::optional<std::uint32_t>> kStates[] = {
+        {"reallocated", lost.reallocated},
+        {"pending", lost.pending},
+        {"uncorrectable", lost.uncorrectable}};
+    for (const auto& [state, count] : kStates) {
+      if (count) AppendSample(text, kName, each.labels + "," + Labels({{"state", state}}), *count);
+    }
   }
 }
 
 std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
   return drive.labels + "," +
          Labels({{"id", std::to_string(attribute.id)},
-                 {"name", attribute.name},
+                 {"name", NameText(attribute)},
                  {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
 }
 
@@ -135,11 +155,12 @@ std::map<std::uint8_t, const Attribute*> ByIdentifier(const Drive& drive) {
 }
 
 void AppendAttributeMetric(std::string& text, std::string_view name, std::string_view help,
-                           const Devices& devices, std::size_t (*valueOf)(const Attribute&)) {
+                           const Devices& devices, ValueOf<Attribute> valueOf) {
   AppendHead(text, name, help);
   for (const ReadDrive& each : devices.read) {
     for (const auto& [id, attribute] : ByIdentifier(*each.drive)) {
-      AppendSample(text, name, LabelsOf(each, *attribute), valueOf(*attribute));
+      const auto value = valueOf(*attribute);
+      if (value) AppendSample(text, name, LabelsOf(each, *attribute), *value);
     }
   }
 }
@@ -147,27 +168,50 @@ void AppendAttributeMetric(std::string& text, std::string_view name, std::string
 }  // namespace
 
 std::string PrometheusText(const Report& report) {
+  using Value = std::optional<std::uint64_t>;
   const Devices devices = DevicesOf(report);
   std::string text;
   AppendCount(text, "smartprobe_drives_read", "How many drives were read.", devices.read.size());
   AppendCount(text, "smartprobe_drives_not_read", "How many drives could not be read.",
               devices.notRead.size());
+  if (report.notATA) {
+    AppendCount(text, "smartprobe_disks_not_looked_at", "How many disks are not ATA disks.",
+                report.notATA->size());
+  }
   AppendInfo(text, devices);
   AppendDriveMetric(text, "smartprobe_drive_threshold_exceeded",
                     "Whether the drive reports that a threshold is exceeded.", devices,
-                    [](const Drive& drive) { return std::size_t{drive.thresholdExceeded}; });
+                    [](const Drive& drive) { return Value(drive.thresholdExceeded); });
   AppendDriveMetric(text, "smartprobe_drive_attributes", "How many attributes the drive has.",
-                    devices, [](const Drive& drive) { return drive.attributes.size(); });
+                    devices, [](const Drive& drive) { return Value(drive.attributes.size()); });
+  AppendDriveMetric(text, "smartprobe_drive_temperature_celsius", "The temperature of the drive.",
+                    devices, [](const Drive& drive) { return Value(drive.temperature); });
+  AppendDriveMetric(
+      text, "smartprobe_drive_read_time_seconds", "When the drive answered, in seconds since 1970.",
+      devices, [](const Drive& drive) {
+        return drive.date ? Value(drive.date->time_since_epoch().count()) : std::nullopt;
+      });
+  AppendSectors(text, devices);
   AppendReadFailed(text, devices);
   AppendAttributeMetric(text, "smartprobe_attribute_value",
                         "The normalized value of the attribute.", devices,
-                        [](const Attribute& attribute) { return std::size_t{attribute.value}; });
+                        [](const Attribute& attribute) { return Value(attribute.value); });
+  AppendAttributeMetric(text, "smartprobe_attribute_threshold",
+                        "The threshold of the attribute's value.", devices,
+                        [](const Attribute& attribute) { return Value(attribute.threshold); });
   AppendAttributeMetric(
-      text, "smartprobe_attribute_threshold", "The threshold of the attribute's value.", devices,
-      [](const Attribute& attribute) { return std::size_t{attribute.threshold}; });
-  AppendAttributeMetric(text, "smartprobe_attribute_reached",
-                        "Whether the attribute's value has reached its threshold.", devices,
-                        [](const Attribute& attribute) { return std::size_t{attribute.reached}; });
+      text, "smartprobe_attribute_reached",
+      "Whether the attribute's value has reached its threshold.", devices,
+      [](const Attribute& attribute) { return Value(HealthOf(attribute) != Health::kGood); });
+  AppendAttributeMetric(text, "smartprobe_attribute_worst", "The least normalized value so far.",
+                        devices, [](const Attribute& attribute) {
+                          return attribute.counts ? Value(attribute.counts->worst) : std::nullopt;
+                        });
+  AppendAttributeMetric(text, "smartprobe_attribute_raw",
+                        "The attribute's raw value, which is the maker's own.", devices,
+                        [](const Attribute& attribute) {
+                          return attribute.counts ? Value(attribute.counts->raw) : std::nullopt;
+                        });
   return text;
 }
 

@@ -1,7 +1,8 @@
-// What a report says, as values. report_reader.h reads it, health.h judges it,
-// forms.h writes it.
+// What a report says, as values, and what a recording of the machine tells besides.
+// report_reader.h reads it, health.h judges it, forms.h writes it.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -13,6 +14,11 @@ namespace report {
 // All texts are valid UTF-8 and may hold any character but the line feed; who shows them has to
 // make them fit for that.
 
+struct Counts {
+  std::uint8_t worst = 0;  // the least value so far
+  std::uint64_t raw = 0;   // 48 bits, which each maker uses in its own way
+};
+
 struct Attribute {
   std::uint8_t id = 0;  // from 1 in a report
   std::string name;
@@ -23,6 +29,12 @@ struct Attribute {
   // These two are what the line's status says, whatever flags, value and threshold are.
   bool preFailure = false;
   bool reached = false;
+  std::optional<Counts> counts = {};  // from a recording
+};
+
+// How many are lost, as far as the drive counts each; from a recording.
+struct LostSectors {
+  std::optional<std::uint32_t> reallocated = {}, pending = {}, uncorrectable = {};
 };
 
 // Any text may be empty, where the probe could not find it out, and padded with blanks.
@@ -34,6 +46,15 @@ struct Drive {
   std::string serial;
   bool thresholdExceeded = false;  // false also where the drive gave no answer
   std::vector<Attribute> attributes;
+  // From a recording.
+  std::optional<int> temperature = {};  // in degrees Celsius, from 1 to 100
+  LostSectors sectors = {};
+  std::optional<std::chrono::sys_seconds> date = {};  // when it answered
+};
+
+// A device that could not be read. What it is tells a recording, as far as anybody knows.
+struct UnreadDrive {
+  std::string device, product = {}, serial = {};
 };
 
 struct Damage {
@@ -42,9 +63,12 @@ struct Damage {
 };
 
 struct Report {
-  std::vector<Drive> drives;         // those that were read, in order
-  std::vector<std::string> notRead;  // the devices that could not be read, in order
-  std::optional<Damage> damage;      // then the rest is what came before it
+  std::vector<Drive> drives;          // those that were read, in order
+  std::vector<UnreadDrive> notRead;   // in order
+  std::optional<Damage> damage = {};  // then the rest is what came before it
+  // The names of disks that the report does not have; from a recording.
+  std::vector<std::string> withoutSMART = {};
+  std::optional<std::vector<std::string>> notATA = {};  // nullopt: nothing is known of any
 };
 
 }  // namespace report

@@ -166,14 +166,14 @@ std::string ParseFailure(std::string_view fields) {
   return ToText(fields);
 }
 
-// The line at the start of `rest`, without its line feed; `rest` keeps what comes after it.
-std::string_view PopLine(std::string_view& rest, bool isCut) {
-  const std::size_t end = rest.find('\n');
+// The line at the start of `rest`, without its end; `rest` keeps what comes after it.
+std::string_view PopLine(std::string_view& rest, std::string_view lineEnd, bool isCut) {
+  const std::size_t end = rest.find(lineEnd);
   if (end == std::string_view::npos) {
     throw BadLine(isCut ? kTooLarge : "the file ends inside the line");
   }
   const std::string_view line = rest.substr(0, end);
-  rest.remove_prefix(end + 1);
+  rest.remove_prefix(end + lineEnd.size());
   return line;
 }
 
@@ -186,7 +186,7 @@ void Add(std::string_view text, Report& report, std::optional<Drive>& drive) {
     if (line.kind == LineKind::kStart) {
       drive = ParseStart(line.fields);
     } else {
-      report.notRead.push_back(ParseFailure(line.fields));
+      report.notRead.push_back({ParseFailure(line.fields)});
     }
   } else if (line.kind == LineKind::kAttribute) {
     if (!drive) throw BadLine("an attribute outside a drive");
@@ -201,6 +201,15 @@ void Add(std::string_view text, Report& report, std::optional<Drive>& drive) {
   }
 }
 
+// A carriage return ends a line only where one stands before every line feed, as after a way
+// through a system that ends lines so: a field may end in one.
+std::string_view LineEndOf(std::string_view bytes) {
+  for (std::size_t i = bytes.find('\n'); i != std::string_view::npos; i = bytes.find('\n', i + 1)) {
+    if (i == 0 || bytes[i - 1] != '\r') return "\n";
+  }
+  return "\r\n";
+}
+
 }  // namespace
 
 Report ParseReport(std::string_view bytes) {
@@ -208,9 +217,10 @@ Report ParseReport(std::string_view bytes) {
   std::optional<Drive> drive;
   const bool isCut = bytes.size() > kMaxReportSize;
   std::string_view rest = bytes.substr(0, kMaxReportSize);
+  const std::string_view lineEnd = LineEndOf(rest);
   std::size_t number = 1;
   try {
-    for (; !rest.empty(); ++number) Add(PopLine(rest, isCut), report, drive);
+    for (; !rest.empty(); ++number) Add(PopLine(rest, lineEnd, isCut), report, drive);
     if (isCut) throw BadLine(kTooLarge);
     if (drive) throw BadLine("the file ends inside a drive");
   } catch (const BadLine& error) {

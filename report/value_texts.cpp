@@ -33,13 +33,6 @@ std::optional<ReportedValue> Parse(std::string_view text, std::span<const FixedT
   return ReportedValue{*number, true};
 }
 
-std::string Text(std::uint8_t number, std::span<const FixedText> fixedTexts) {
-  for (const FixedText& fixed : fixedTexts) {
-    if (fixed.value.number == number) return std::string(fixed.text);
-  }
-  return std::to_string(number);
-}
-
 }  // namespace
 
 std::optional<ReportedValue> ParseValue(std::string_view text) { return Parse(text, kValueTexts); }
@@ -47,9 +40,5 @@ std::optional<ReportedValue> ParseValue(std::string_view text) { return Parse(te
 std::optional<ReportedValue> ParseThreshold(std::string_view text) {
   return Parse(text, kThresholdTexts);
 }
-
-std::string ValueText(std::uint8_t value) { return Text(value, kValueTexts); }
-
-std::string ThresholdText(std::uint8_t threshold) { return Text(threshold, kThresholdTexts); }
 
 }  // namespace report

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "base/numbers.h"
@@ -28,9 +27,5 @@ std::optional<Number> ParseDecimal(std::string_view text) {
 // 100 and valid: the probe prints that for a value of 100.
 std::optional<ReportedValue> ParseValue(std::string_view text);
 std::optional<ReportedValue> ParseThreshold(std::string_view text);
-
-// The report's text for the number. The parser of the same kind gives the number back.
-std::string ValueText(std::uint8_t value);
-std::string ThresholdText(std::uint8_t threshold);
 
 }  // namespace report

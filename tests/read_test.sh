@@ -13,18 +13,21 @@ printed() {
   [ $# = 1 ] || [ "$(wc -l <"$work/out")" = "$2" ] || fail "$(wc -l <"$work/out") lines after $1"
 }
 
-heading='/dev/rdisk0, MAXTOR STM3250820A, revision 3.AAE, 250.06 GB, serial 6RY0W4LH: OK'
+heading='/dev/rdisk0: OK'
 critical='smartprobe CRITICAL: failing: /dev/rdisk8, /dev/rdisk9; not read: /dev/rdisk4, /dev/rdisk10, (no path); attributes not known: /dev/rdisk11, /dev/rdisk12'
 head -21 "$input" >"$work/good"
 head -30 "$input" >"$work/cut"
 
 shell 0 '' '"$0" "$1"'
-printed "$heading" 115
+printed "$heading" 130
 cp "$work/out" "$work/table"
-# A recording is shown as its report is, and a bad one as what it is.
-for script in '"$0" "${1%.report}.plist"' '{ echo; cat "${1%.report}.plist"; } | "$0" -'; do
+shell 0 '' '"$0" --json "$1"'
+cp "$work/out" "$work/json"
+# A recording is shown as its report is, with more, and a bad one as what it is.
+for script in '"$0" --json "${1%.report}.plist"' '{ echo; cat "${1%.report}.plist"; } | "$0" --json -'; do
   shell 0 '' "$script"
-  cmp "$work/out" "$work/table" || fail "a recording in $script"
+  sed -E 's/,"(worst|raw|temperature_celsius|[a-z]+_sectors)":[0-9]+//g; s/,"not_read_drives.*/}/' \
+    "$work/out" | cmp - "$work/json" || fail "a recording in $script"
 done
 head -50 "${input%.report}.plist" >"$work/cut.plist"
 shell 1 "$name: cut.plist: line 51: the file ends inside <" '"$0" --output file cut.plist'
@@ -42,7 +45,7 @@ shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 shell 2 "${critical//[()]/.}\$" '"$0" --check --json --output - "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
-printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 25
+printed 'smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive' 26
 shell 3 '' '"$0" --check none'
 printed 'smartprobe UNKNOWN: none: No such file or directory' 1
 shell 3 '' '"$0" --check </dev/null'
@@ -65,13 +68,16 @@ done
 cmp "$work/file" "$work/table" || fail 'a failure replaced the file'
 shell 1 "$name: --output=: No such file" '"$0" -- --output='
 
-# colors ENVIRONMENT: how many lines have them on a terminal, which script(1) gives.
-colors() {
-  env -u NO_COLOR timeout 20 script -qec "env $1 $program $input" /dev/null </dev/null |
-    grep -c $'\e'
+# terminal ENVIRONMENT: what is printed on a terminal of 50 columns, which script(1) gives.
+terminal() {
+  env -u NO_COLOR TERM=xterm timeout 20 script -qec "stty cols 50; env $1 $program $input" \
+    /dev/null </dev/null | tr -d '\r'
 }
 if script -qec true /dev/null >"$work/out" 2>&1 </dev/null; then
-  [ "$(colors NO_COLOR=)/$(colors NO_COLOR=1)" = 17/0 ] || fail 'the colors on a terminal'
+  [ "$(terminal NO_COLOR= | grep -c $'\e')" = 25 ] || fail 'the colors on a terminal'
+  for environment in NO_COLOR=1 TERM=dumb; do
+    terminal $environment | LC_ALL=C.UTF-8 grep -E $'\e|.{51}' && fail "on a terminal with $environment"
+  done
   timeout 20 script -qec "$program" /dev/null </dev/null | grep 'waiting for a report' >/dev/null ||
     fail 'nobody is told that the program waits'
 else

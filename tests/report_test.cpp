@@ -29,6 +29,7 @@ TEST(Report, DamageIsToldWithItsLine) {
   const std::pair<std::string, std::string> kRows[] = {
       {Repeated(2, kStart + Repeated(30, kAttribute) + kEnd + "GetSMARTFailed::0\n"), ""},
       {kStart + kEnd + "\r\n", "line 3: not a line of a report"},
+      {std::regex_replace(kStart + kAttribute + kEnd, std::regex("\n"), "\r\n"), ""},
       {"SmartDeviceStart:::d:::r:::c:::s\n", "line 1: too few fields"},
       {kStart + kAttribute, "line 3: the file ends inside a drive"},
       {kStart + "SmartDeviceEnd:::d:::False", "line 2: the file ends inside the line"},
@@ -56,24 +57,44 @@ TEST(Report, DamageIsToldWithItsLine) {
   }
 }
 
+// The line of an attribute whose status says that its threshold is reached.
+std::string Reached(int id, const std::string& threshold, const std::string& status) {
+  return "SMARTStatus:::" + std::to_string(id) + ":::n:::0:::1:::" + threshold + ":::" + status +
+         "\n";
+}
+
 TEST(Report, Check) {
-  const std::string worn = "SMARTStatus:::4:::n:::0:::1:::5:::" + kWornStatus + "\n";
-  const std::string failing = "SMARTStatus:::4:::n:::0:::1:::5:::" + kFailingStatus + "\n";
+  const std::string worn = Reached(4, "5", kWornStatus);
+  const std::string hot = Reached(190, "5", kWornStatus) + Reached(194, "5", kWornStatus);
+  const std::string failing = Reached(4, "5", kFailingStatus);
+  const std::string invalid = Reached(4, "254 (Invalid)", kFailingStatus);
   const std::string failed = "GetSMARTFailed:f:0\n";
-  const std::tuple<std::string, int, std::string> kRows[] = {
-      {Repeated(3, kStart + kAttribute + kEnd), 0, "OK: 3 drives"},
-      {kStart + kEnd + kStart + worn + kEnd, 1, "WARNING: worn: d; attributes not known: d"},
-      {kStart + worn + failing + worn + kEnd, 2, "CRITICAL: failing: d"},
-      {failed + kStart + worn + kEnd, 3, "UNKNOWN: not read: f; worn: d"},
-      {kStart + "SmartDeviceEnd:::d:::True\n", 2, "CRITICAL: failing: d"},
-      {"GetSMARTFailed::0\n" + failed + kStart + failing + kEnd, 2,
+  const report::LostSectors none = {0, std::nullopt, 0};
+  // What the report says, what its drives have lost, and the judgement.
+  const std::tuple<std::string, report::LostSectors, int, std::string> kRows[] = {
+      {Repeated(3, kStart + kAttribute + kEnd), none, 0, "OK: 3 drives"},
+      {kStart + kEnd + kStart + worn + kEnd, none, 1, "WARNING: worn: d; attributes not known: d"},
+      {kStart + hot + invalid + kEnd, none, 1, "WARNING: hot, now or once: d"},
+      {kStart + hot + worn + kEnd, none, 1, "WARNING: worn: d"},
+      {kStart + worn + kEnd,
+       {69, 0, 2},
+       1,
+       "WARNING: caution: d (69 sectors reallocated, 2 uncorrectable)"},
+      {kStart + kEnd, {0, 1, 0}, 1, "WARNING: caution: d (1 sector pending)"},
+      {kStart + worn + failing + worn + kEnd, {1}, 2, "CRITICAL: failing: d"},
+      {kStart + invalid + kEnd, none, 0, "OK: 1 drive"},
+      {failed + kStart + worn + kEnd, none, 3, "UNKNOWN: not read: f; worn: d"},
+      {kStart + "SmartDeviceEnd:::d:::True\n", none, 2, "CRITICAL: failing: d"},
+      {"GetSMARTFailed::0\n" + failed + kStart + failing + kEnd, none, 2,
        "CRITICAL: failing: d; not read: (no path), f"},
-      {kStart + failing + kEnd + kStart, 2, "CRITICAL: failing: d"},
-      {kStart + kAttribute + kEnd + "?\n", 3, "UNKNOWN: 1 drive"},
-      {"GetSMARTFailed:\x1B\u202E:0\n", 3, "UNKNOWN: not read: \uFFFD\uFFFD"},
+      {kStart + failing + kEnd + kStart, none, 2, "CRITICAL: failing: d"},
+      {kStart + kAttribute + kEnd + "?\n", none, 3, "UNKNOWN: 1 drive"},
+      {"GetSMARTFailed:\x1B\u202E:0\n", none, 3, "UNKNOWN: not read: \uFFFD\uFFFD"},
   };
-  for (const auto& [bytes, status, expected] : kRows) {
-    const auto [verdict, summary] = report::Check(report::ParseReport(bytes), {});
+  for (const auto& [bytes, sectors, status, expected] : kRows) {
+    report::Report report = report::ParseReport(bytes);
+    for (report::Drive& drive : report.drives) drive.sectors = sectors;
+    const auto [verdict, summary] = report::Check(report, {});
     EXPECT_EQ(static_cast<int>(verdict), status) << expected;
     EXPECT_EQ(summary, "smartprobe " + expected);
   }
@@ -148,38 +169,129 @@ smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
 }
 
 TEST(Report, AsTable) {
-  const std::string colored = report::TableText(report::ParseReport(kOdd), true);
-  EXPECT_EQ(Marked(colored), R"(d,  "q\:::x, revision r�[ʎ, 1.00 TB, serial s����: <31>failing<0>
-   ID  Name               Value       Threshold  Kind         Status
-<33>    5  First            No Data  Always Failing  life-span    worn<0>
-<31>    5  Off Tra�k             21  Always Failing  pre-failure  failing<0>
-<33>  255  a:::b        0 (Invalid)             253  life-span    worn<0>
-    5  n          254 (Invalid)   254 (Invalid)  pre-failure  OK
+  const std::string colored = report::TableText(report::ParseReport(kOdd), {.hasColors = true});
+  EXPECT_EQ(
+      Marked(colored),
+      R"(<31>d: failing: the drive says so itself; First is 100, threshold 255: worn, plan to<0>
+  <31>replace; Off Tra�k is 21, threshold 255: failure predicted; a:::b is 0,<0>
+  <31>threshold 253: worn, plan to replace<0>
+   "q\:::x, revision r�[ʎ, 1.00 TB, serial s����
+  ID  Name       Value  Thresh.  Kind       Status
+<33>   5  First        100      255  life-span  worn<0>
+<31>   5  Off Tra�k     21      255  pre-fail   failing<0>
+<33> 255  a:::b          0      253  life-span  worn<0>
+   5  n            254      254  pre-fail   OK
 
-d, revision 01234567890123456789012345678901234567890123456789012345678901234: <33>no attributes<0>
+<33>d: no attributes<0>
+  revision 01234567890123456789012345678901234567890123456789012345678901234
 )" + kNotReadOdd);
   EXPECT_EQ(std::regex_replace(colored, std::regex("\x1B\\[[0-9]+m"), ""),
-            report::TableText(report::ParseReport(kOdd), false));
+            report::TableText(report::ParseReport(kOdd), {}));
 }
 
-TEST(Report, Brief) {
-  std::string near;
-  for (const char* attribute : {"n:::0:::1:::Always Passing", "n:::0:::1:::Always Failing",
-                                "n:::0:::0 (Invalid):::99", "n:::0:::1:::254 (Invalid)",
-                                "n:::0:::No Data:::98", "near:::0:::252:::253", "n:::0:::0:::1"}) {
-    near += std::string("SMARTStatus:::1:::") + attribute + ":::Pre-Fail:OK\n";
-  }
-  const std::string wide = std::string(42, 'w') + ":::0:::2:::1:::" + kWornStatus + "\n";
-  const std::string bytes =
-      kOdd + kStart + near + kEnd + kStart + "SMARTStatus:::1:::" + wide + kEnd;
-  EXPECT_EQ(
-      Marked(report::BriefText(report::ParseReport(bytes), true)),
-      R"(Device  Product   Capacity  Serial number  Health         Nearest to threshold                      Value  Threshold
-<31>d        "q\:::x   1.00 TB  s����          failing        -                                             -          -<0>
-<33>d       -                -  -              no attributes  -                                             -          -<0>
-d       p                c  s              OK             near                                        252        253
-<33>d       p                c  s              worn           wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwww      2          1<0>
-)" + kNotReadOdd);
+// A report of the widest texts that a drive can give, with counts and all that a recording adds.
+report::Report Wide() {
+  const std::string wide =
+      "SmartDeviceStart:::/dev/rsdaa:::" + std::string(255, 'p') +
+      ":::87654321:::1023.99 GB:::" + std::string(20, 's') + "\n" +
+      "SMARTStatus:::255:::" + std::string(34, 'n') + ":::0:::No Data:::No:::" + kWornStatus +
+      "\nSMARTStatus:::187:::Unknown Attribute:::0:::1:::2:::" + kFailingStatus +
+      "\nSmartDeviceEnd:::/dev/rsdaa:::True\n";
+  report::Report report =
+      report::ParseReport(std::regex_replace(wide, std::regex(":::No:::"), ":::254 (Invalid):::"));
+  report::Drive& drive = report.drives.at(0);
+  drive.attributes.at(0).counts = {100, (std::uint64_t{1} << 48) - 1};
+  drive.temperature = 100;
+  drive.sectors = {65535, 4294967295, 4294967295};
+  drive.date = std::chrono::sys_seconds(std::chrono::seconds(1795622523));
+  report.notRead = {{"/dev/rsdb", std::string(40, 'p'), std::string(20, 's')}};
+  report.notATA = {"nvme0n1", "nvme1n1", "nvme2n1", "nvme3n1", "nvme4n1", "nvme5n1", "nvme6n1"};
+  report.withoutSMART = {"sdc"};
+  return report;
+}
+
+TEST(Report, FitsTheScreen) {
+  const std::string text = report::BriefText(Wide(), {}) + report::TableText(Wide(), {});
+  EXPECT_EQ(text, R"(Device      Product              Capacity  Serial number          Temp.  Health
+/dev/rsdaa  pppppppppppppppp…  1023.99 GB  ssssssssssssssssssss  100 °C  failing
+  the drive says so itself; attribute 187 is 1, threshold 2: failure predicted;
+  65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable
+
+Could not be read:
+  /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial
+  ssssssssssssssssssss
+
+Without S.M.A.R.T., not read: sdc
+Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
+  nvme6n1
+/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2:
+  failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295
+  uncorrectable
+  ppppppppppppppppppppppppppppppppppppppp…, revision 87654321, 1023.99 GB,
+  serial ssssssssssssssssssss, 100 °C, read 2026-11-25 16:02 UTC
+  ID  Name            Value  Worst  Thresh.              Raw  Kind       Status
+ 255  nnnnnnnnnnnnn…    100    100      254  281474976710655  life-span  OK
+ 187  attribute 187       1      -        2                -  pre-fail   failing
+
+Could not be read:
+  /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial
+  ssssssssssssssssssss
+
+Without S.M.A.R.T., not read: sdc
+Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
+  nvme6n1
+)");
+}
+
+// What a browser makes of the page is tried elsewhere.
+TEST(Report, AsPage) {
+  report::Report report = Wide();
+  report.drives.at(0).product = "<b title='\"'>&amp;";
+  report.damage = {7, "<i>"};
+  report.drives.insert(report.drives.begin(), report::Drive())->device = "/dev/rsdz";
+  const std::string page = report::HTMLText(report, std::chrono::sys_days(std::chrono::days(1)));
+  const std::string body = page.substr(page.find("<h1>"));
+  EXPECT_EQ(body, R"(<h1>Drives: 1 failing, 1 not read, 1 no attributes</h1>
+<p class="weak">Page of 1970-01-02 00:00 UTC.</p>
+<h2>What is wrong</h2>
+<ul>
+<li class="failing">The report is damaged; this is what came before. line 7: &lt;i&gt;</li>
+<li class="failing">/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</li>
+<li class="failing">Could not be read: /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial ssssssssssssssssssss</li>
+<li class="warning">/dev/rsdz: no attributes</li>
+</ul>
+<h2>Drives</h2>
+<section class="failing">
+<h3>&lt;b title=&#39;&quot;&#39;&gt;&amp;amp;: <span class="failing">failing</span></h3>
+<dl>
+<div><dt>Path</dt><dd>/dev/rsdaa</dd></div>
+<div><dt>Serial number</dt><dd>ssssssssssssssssssss</dd></div>
+<div><dt>Revision</dt><dd>87654321</dd></div>
+<div><dt>Capacity</dt><dd>1023.99 GB</dd></div>
+<div><dt>Temperature</dt><dd>100 °C</dd></div>
+<div><dt>Read</dt><dd>2026-11-25 16:02 UTC</dd></div>
+</dl>
+<table>
+<caption>Attributes</caption>
+<thead><tr><th scope="col">Name</th><th scope="col">Value</th><th scope="col">Worst</th><th scope="col">Threshold</th><th scope="col">Raw</th></tr></thead>
+<tbody>
+<tr><th scope="row">255 nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn <small>life-span</small></th><td>100</td><td>100</td><td>254</td><td>281474976710655</td></tr>
+<tr class="failing"><th scope="row">187 attribute 187 <small>pre-failure</small> <strong>failing</strong><svg viewBox="0 0 100 10" preserveAspectRatio="none" role="img" aria-label="1 below the threshold"><rect class="room" width="100" height="10"/><rect class="value" y="2" width="1" height="6"/><rect class="limit" x="2" width="1" height="10"/></svg></th><td>1</td><td></td><td>2</td><td></td></tr>
+</tbody>
+</table>
+</section>
+<section class="warning">
+<h3>/dev/rsdz: <span class="warning">no attributes</span></h3>
+<dl>
+<div><dt>Path</dt><dd>/dev/rsdz</dd></div>
+</dl>
+</section>
+<h2>Not in this report</h2>
+<p>Without S.M.A.R.T., not read: sdc</p>
+<p>Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>
+</body>
+</html>
+)");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "probe/pass/start_up.h"
@@ -34,7 +35,7 @@ class OutputInMemory {
     std::free(text_);
   }
 
-  std::string Text() {
+  std::string_view Text() {
     if (std::fflush(stream_) != 0 || std::ferror(stream_) != 0) throw std::bad_alloc();
     return {text_, size_};
   }
@@ -57,13 +58,18 @@ void Replay(platform::Machine machine) {
   if (!hasLooked && gMySysVersion >= kOldestSystem) throw std::bad_alloc();
 }
 
-std::string ReplayedReport(platform::Machine machine) {
+ReplayedReport ReplayInMemory(platform::Machine machine) {
   OutputInMemory output;
+  std::vector<Visit> visits;
+  machine.onVisit = [&](const platform::Entry& device) {
+    visits.push_back({&device, output.Text().size()});
+  };
   Replay(std::move(machine));
+  platform::ThisMachine().onVisit = nullptr;
   if (gMySysVersion < kOldestSystem) {
     throw std::runtime_error("the probe looks for no drives on a system before 10.2");
   }
-  return output.Text();
+  return {std::string(output.Text()), std::move(visits)};
 }
 
 }  // namespace tools

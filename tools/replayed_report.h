@@ -2,7 +2,9 @@
 // platform::ThisMachine().
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "platform/machine.h"
 
@@ -14,8 +16,19 @@ namespace tools {
 // Prints the report on standard output, without flushing it.
 void Replay(platform::Machine machine);
 
+// A device that the probe has looked at.
+struct Visit {
+  const platform::Entry* device;  // of platform::ThisMachine()
+  std::size_t begin;  // where its lines begin in the report; they end where the next's do
+};
+
+struct ReplayedReport {
+  std::string text;
+  std::vector<Visit> visits;  // in the report's order, those that gave no line among them
+};
+
 // The report as a text. Throws std::runtime_error for a machine whose system is too old for the
 // probe: it looks at nothing there, which is not to be taken for no drives.
-std::string ReplayedReport(platform::Machine machine);
+ReplayedReport ReplayInMemory(platform::Machine machine);
 
 }  // namespace tools

@@ -1,8 +1,10 @@
 // smartprobe-read: a report for people and for monitoring.
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -22,19 +24,24 @@
 #include "report/report_reader.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
-#include "tools/replayed_report.h"
+#include "tools/recorded_report.h"
 
 namespace {
+
+using report::Report;
 
 const tools::CommandLine kCommandLine = {
     "smartprobe-read",
     "Shows what a report of smartprobe, or that of a recorded machine, says about the drives, or\n"
     "hands it to monitoring.",
     {{"table", nullptr, "Each drive with all its attributes (the default)"},
-     {"brief", nullptr, "Each drive in one line"},
+     {"brief", nullptr, "Each drive in a line, and what is wrong with it"},
+     {"html", nullptr, "A page for a browser, with what is wrong first"},
      {"json", nullptr, "One JSON document, for programs"},
      {"prometheus", nullptr, "Metrics for Prometheus"},
-     {"check", nullptr, "Say first if all is well; status 0 well, 1 worn, 2 failing, 3 unknown"},
+     {"check", nullptr,
+      "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, no "
+      "attributes), 2 failing, 3 unknown"},
      {"output", "FILE",
       "Print into FILE, which only a whole report replaces; - is standard output"}},
     "The report, or a recording; - is standard input, which is the default",
@@ -45,15 +52,21 @@ constexpr int kUnknownStatus = static_cast<int>(report::Verdict::kUnknown);
 
 struct Form {
   const char* option;
-  std::string (*textOf)(const report::Report&, bool hasColors);
-  bool isForPeople;
+  std::string (*textOf)(const Report&, const report::Screen&);
+  bool isForTerminals;
 };
+
+std::string PageOf(const Report& report, const report::Screen& /*screen*/) {
+  using std::chrono::system_clock;
+  return report::HTMLText(report, std::chrono::floor<std::chrono::seconds>(system_clock::now()));
+}
+
 constexpr std::array kForms = {
     Form{"table", report::TableText, true}, Form{"brief", report::BriefText, true},
-    Form{"json", [](const report::Report& report, bool) { return report::JsonText(report); },
-         false},
-    Form{"prometheus",
-         [](const report::Report& report, bool) { return report::PrometheusText(report); }, false}};
+    Form{"html", PageOf, false},
+    Form{"json", [](const Report& report, auto&) { return report::JsonText(report); }, false},
+    Form{"prometheus", [](const Report& report, auto&) { return report::PrometheusText(report); },
+         false}};
 
 struct Options {
   const Form* form = kForms.data();
@@ -64,17 +77,26 @@ struct Options {
 
 // What came of a run.
 struct Reading {
-  report::Report report;
+  Report report;
   std::string text;                 // for standard output
   std::vector<std::string> faults;  // the report's damage among them
 };
 
 bool IsPrinted(const Options& options) { return base::IsStandardStream(options.output); }
 
-bool HasColors(const Options& options) {
-  const char* noColor = std::getenv("NO_COLOR");
-  if (noColor != nullptr && *noColor != '\0') return false;
-  return IsPrinted(options) && isatty(STDOUT_FILENO) != 0;
+std::string_view Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value ? value : "";
+}
+
+// That on which the form is printed, or else one of the usual width without colours.
+report::Screen ScreenOf(const Options& options) {
+  report::Screen screen;
+  if (!IsPrinted(options) || isatty(STDOUT_FILENO) == 0) return screen;
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) screen.columns = size.ws_col;
+  screen.hasColors = Environment("NO_COLOR").empty() && Environment("TERM") != "dumb";
+  return screen;
 }
 
 // Whoever forgot the file would else wonder what takes so long.
@@ -94,10 +116,10 @@ bool IsRecording(std::string_view bytes) {
 }
 
 // The report in the file, or that of the recording in it.
-report::Report ReportIn(const std::string& file) {
+Report ReportIn(const std::string& file) {
   const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
   if (!IsRecording(bytes)) return report::ParseReport(bytes);
-  return report::ParseReport(tools::ReplayedReport(machines::ParseRecording(bytes, file)));
+  return tools::RecordedReport(machines::ParseRecording(bytes, file));
 }
 
 void Read(const Options& options, Reading& reading) {
@@ -106,7 +128,7 @@ void Read(const Options& options, Reading& reading) {
   if (const auto& damage = reading.report.damage) {
     reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
   }
-  std::string text = options.form->textOf(reading.report, HasColors(options));
+  std::string text = options.form->textOf(reading.report, ScreenOf(options));
   if (IsPrinted(options)) {
     reading.text = std::move(text);
   } else if (!reading.report.damage) {
@@ -134,10 +156,10 @@ int Show(const Reading& reading) {
   return reading.faults.empty() ? 0 : tools::Statuses().failure;
 }
 
-// A JSON document or metrics on standard output must not have the summary among them.
+// A page, a JSON document or metrics on standard output must not have the summary among them.
 int ShowChecked(const Reading& reading, const Options& options) {
   const auto [verdict, summary] = report::Check(reading.report, reading.faults);
-  const bool isApart = IsPrinted(options) && !options.form->isForPeople;
+  const bool isApart = IsPrinted(options) && !options.form->isForTerminals;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
   try {
     base::Print(reading.text);
