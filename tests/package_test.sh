@@ -9,6 +9,9 @@ saved_root=$(realpath "$2")
 source=$(realpath "$(dirname "$0")/..")
 PATH=$PATH:/usr/sbin:/sbin
 tree=$work/tree # what the package installs
+enabled='smartprobe.timer smartprobe-metrics.service'
+services='smartprobe.service smartprobe-metrics.service' # in the order of a run
+units="$services smartprobe.timer"
 
 # silent COMMAND...: its status is 0, and it has nothing to say.
 silent() {
@@ -33,9 +36,10 @@ package_and_units() {
   # Informations tell of programs that are not hardened.
   lintian --allow-root --display-info --fail-on error,warning,info \
     --suppress-tags binary-has-unneeded-section "$package" || fail lintian
-  systemd-analyze security --offline=true --threshold=20 "$folder/smartprobe.service" \
-    >"$work/security" ||
-    fail "$(tail -1 "$work/security")"
+  for service in "$folder"/*.service; do
+    systemd-analyze security --offline=true --threshold=20 "$service" >"$work/security" ||
+      fail "$(tail -1 "$work/security")"
+  done
 }
 
 in_root() {
@@ -69,13 +73,13 @@ minimal_system() {
   apt_in_root install ./smartprobe.deb || fail 'the installation'
   in_root smartprobe-replay $doc/examples/server.plist | cmp - "$source/examples/server.report" ||
     fail 'the report of an installed example'
-  silent in_root systemd-analyze verify --man=no smartprobe.service smartprobe.timer
-  in_root systemctl --quiet enable smartprobe.timer || fail 'the timer cannot be enabled'
-  steps=$(sed -n 's/^ExecStart=//p' "$tree/usr/lib/systemd/system/smartprobe.service")
+  silent in_root systemd-analyze verify --man=no $units
+  in_root systemctl --quiet enable $enabled || fail 'the units cannot be enabled'
+  steps=$(cd "$tree/usr/lib/systemd/system" && sed -n 's/^ExecStart=//p' $services)
   in_root sh -ec "mkdir /var/lib/smartprobe; $steps" 2>"$work/said" || fail "the service's steps"
   apt_in_root install --reinstall ./smartprobe.deb || fail 'the upgrade'
   [ -s "$root$folder/smartprobe.prom" ] || fail 'an upgrade removes the metrics'
-  in_root systemctl --quiet is-enabled smartprobe.timer || fail 'an upgrade disables the timer'
+  in_root systemctl --quiet is-enabled $enabled || fail 'an upgrade disables the units'
   apt_in_root purge --auto-remove smartprobe || fail 'the removal'
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
 }
