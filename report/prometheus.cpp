@@ -25,9 +25,11 @@ struct Label {
   std::string_view value;
 };
 
+// Those without a value are left out, which is the same to Prometheus.
 std::string Labels(std::initializer_list<Label> labels) {
   std::string text;
   for (const Label& label : labels) {
+    if (label.value.empty()) continue;
     if (!text.empty()) text += ',';
     text.append(label.name).append("=\"");
     for (const char c : base::Shortened(base::OneLine(label.value), kMaxLabel)) {
@@ -37,6 +39,11 @@ std::string Labels(std::initializer_list<Label> labels) {
     text += '"';
   }
   return text;
+}
+
+// The one labels and the others.
+std::string Joined(const std::string& ones, const std::string& others) {
+  return ones + (ones.empty() || others.empty() ? "" : ",") + others;
 }
 
 struct ReadDrive {
@@ -49,29 +56,36 @@ struct Devices {
   std::vector<std::string> notRead;  // their labels
 };
 
-// Of a Drive or an UnreadDrive.
-template <typename AnyDrive>
-std::string NamesOf(const AnyDrive& drive) {
-  return Labels({{"product", base::Trimmed(drive.product, " ")},
-                 {"serial", base::Trimmed(drive.serial, " ")}});
+// The name that other collectors know the disk of that path by: "sda" of /dev/rsda.
+std::string_view DiskOf(std::string_view device) {
+  constexpr std::string_view kRawDevice = "/dev/r";
+  return device.starts_with(kRawDevice) ? device.substr(kRawDevice.size()) : "";
 }
 
-// Numbers the devices of one path, so that no series is there twice: first the drives that
-// were read, whose labels then do not depend on what could not be.
+// Gives the labels of one device after the other, and numbers all but the first of one path, so
+// that no series is there twice.
+class DeviceLabels {
+ public:
+  template <typename AnyDrive>  // Drive or UnreadDrive
+  std::string Next(const AnyDrive& drive) {
+    const int number = counts_[Labels({{"device", drive.device}})]++;
+    return Labels({{"device", drive.device},
+                   {"disk", DiskOf(drive.device)},
+                   {"drive", number == 0 ? "" : std::to_string(number)},
+                   {"product", base::Trimmed(drive.product, " ")},
+                   {"serial", base::Trimmed(drive.serial, " ")}});
+  }
+
+ private:
+  std::map<std::string, int> counts_;
+};
+
+// First the drives that were read, whose labels then do not depend on what could not be.
 Devices DevicesOf(const Report& report) {
-  std::map<std::string, std::size_t> counts;
-  const auto numbered = [&counts](std::string_view device) {
-    const std::string path = Labels({{"device", device}});
-    return Labels({{"drive", std::to_string(counts[path]++)}}) + "," + path;
-  };
+  DeviceLabels labels;
   Devices devices;
-  for (const Drive& drive : report.drives) {
-    devices.read.push_back({&drive, numbered(drive.device) + "," + NamesOf(drive)});
-  }
-  for (const UnreadDrive& drive : report.notRead) {
-    const bool isNamed = !drive.product.empty() || !drive.serial.empty();
-    devices.notRead.push_back(numbered(drive.device) + (isNamed ? "," + NamesOf(drive) : ""));
-  }
+  for (const Drive& drive : report.drives) devices.read.push_back({&drive, labels.Next(drive)});
+  for (const UnreadDrive& drive : report.notRead) devices.notRead.push_back(labels.Next(drive));
   return devices;
 }
 
@@ -96,9 +110,9 @@ void AppendInfo(std::string& text, const Devices& devices) {
   constexpr std::string_view kName = "smartprobe_drive_info";
   AppendHead(text, kName, "What the drive is; always 1.");
   for (const ReadDrive& each : devices.read) {
-    const std::string more =
-        Labels({{"revision", each.drive->revision}, {"capacity", each.drive->capacity}});
-    AppendSample(text, kName, each.labels + "," + more, 1);
+    const std::string more = Labels({{"revision", base::Trimmed(each.drive->revision, " ")},
+                                     {"capacity", base::Trimmed(each.drive->capacity, " ")}});
+    AppendSample(text, kName, Joined(each.labels, more), 1);
   }
 }
 
@@ -131,16 +145,16 @@ void AppendSectors(std::string& text, const Devices& devices) {
         {"pending", lost.pending},
         {"uncorrectable", lost.uncorrectable}};
     for (const auto& [state, count] : kStates) {
-      if (count) AppendSample(text, kName, each.labels + "," + Labels({{"state", state}}), *count);
+      if (count) AppendSample(text, kName, Joined(each.labels, Labels({{"state", state}})), *count);
     }
   }
 }
 
 std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
-  return drive.labels + "," +
-         Labels({{"id", std::to_string(attribute.id)},
-                 {"name", NameText(attribute)},
-                 {"kind", attribute.preFailure ? "pre-failure" : "life-span"}});
+  return Joined(drive.labels,
+                Labels({{"id", std::to_string(attribute.id)},
+                        {"name", NameText(attribute)},
+                        {"kind", attribute.preFailure ? "pre-failure" : "life-span"}}));
 }
 
 // A series may be there only once: of the lines of one identifier the worst counts, of

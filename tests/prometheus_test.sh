@@ -1,49 +1,81 @@
 #!/bin/bash
-# What Prometheus' own promtool makes of the metrics, and what the alert rules say of drives,
-# hosts and reports of many fates, from the metrics that smartprobe-read makes of such reports.
+# What Prometheus' own promtool makes of the metrics, and what the alert rules say of drives, hosts
+# and reports of many fates: alerts/*.yml are promtool's files, whose series smartprobe-read makes.
 # Usage: prometheus_test.sh PROMTOOL PROGRAM, which is smartprobe-read.
 . "$(dirname "$0")/program_test.sh"
 promtool=$1
 program=$2
-examples=$(dirname "$0")/../examples
-file=/srv/smartprobe.prom
+here=$(realpath "$(dirname "$0")")
+examples=$here/../examples
 
 # What is awkward: a path twice, an identifier twice, quotes, no text.
 printf '%b\n' 'SmartDeviceStart:::/dev/rdisk0:::\\a"b\\n:::\xff:::r:::c:::\xca s' \
   'SMARTStatus:::5:::"\\:::0:::21:::36:::Pre-Fail:OK' 'SMARTStatus:::5:::n:::0:::2:::0:::Life-Span:OK' \
   SmartDeviceEnd:::/dev/rdisk0:::True | cat "$examples/server.report" - >"$work/odd"
-for metrics in "$examples"/*.report "$work/odd" /dev/null; do
+for metrics in "$examples"/*.report "$examples"/*.plist "$work/odd" /dev/null; do
   said=$("$program" --prometheus "$metrics" | "$promtool" check metrics 2>&1) && [ -z "$said" ] ||
     fail "promtool on $metrics: $said"
 done
 
-# report DRIVE,...: each is "A1", the drive with the serial number A at path 1; "_1", without a
-# serial number; "?1", that cannot be read. A1! reports the condition, A1% predicts a failure
-# and A1- is worn.
-report() {
-  sed -E '/^$/d; s|^\?(.)|GetSMARTFailed:/dev/rsd\1:0|
-    s|^(.)(.)(.?)$|SmartDeviceStart:::/dev/rsd\2:::DISK :::1:::1 TB:::     \1\
-SMARTStatus:::5:::R:::13056:::7:::6:::Pre-Fail:OK\3\
-SmartDeviceEnd:::/dev/rsd\2:::False\3|
-    s/ _\n/  \n/; s/False!/True/; s/False.$/False/; s/OK!/OK/
-    s/OK%/Pre-Failure Warning: Imminent loss of data predicted/
-    s/Pre-Fail:OK-/Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy/
-  ' <<<"${1//,/$'\n'}"
+# key NAME VALUE: of a property list.
+key() {
+  echo "<key>$1</key>$2"
+}
+
+# block FORMAT: the bytes of that format, for printf, as data.
+block() {
+  # shellcheck disable=SC2059
+  echo "<data>$(printf "$1" | base64 -w 0)</data>"
+}
+
+# drive DRIVE: "A1" is the drive with the serial number A at path 1 in a recording; "_1" has none.
+# "?A1" could not be read, "?_1" not even be identified. After it, "!" is one that reports the
+# condition; "%" one with a pre-failure attribute at its threshold, "-" with a worn one, "^" with a
+# temperature; "p" with 3 sectors pending, "r" with one reallocated, "R" with two.
+drive() {
+  local name=${1#\?} flags pending=0 reallocated=0 data thresholds answers
+  flags=${name:2}
+  # The threshold of an attribute whose value is 50.
+  threshold() { [[ $flags == *"$1"* ]] && echo '\x3C\0\0\0\0\0\0\0\0\0\0' || echo '\x06\0\0\0\0\0\0\0\0\0\0'; }
+  [[ $flags == *p* ]] && pending=3
+  [[ $flags == *r* ]] && reallocated=1
+  [[ $flags == *R* ]] && reallocated=2
+  data="\0\0\x05\x33\0\x32\x32\x0$reallocated\0\0\0\0\0\0\x0C\x32\0\x32\x32\0\0\0\0\0\0\0"
+  data+="\xBE\x22\0\x32\x32\0\0\0\0\0\0\0\xC5\x32\0\x32\x32\x0$pending"
+  thresholds="\0\0\x05$(threshold %)\x0C$(threshold -)\xBE$(threshold ^)\xC5$(threshold none)"
+  answers=$(key Data "$(block "$data")" && key Thresholds "$(block "$thresholds")")
+  answers+=$([[ $flags == *!* ]] && key ThresholdExceeded '<true/>' || key ThresholdExceeded '<false/>')
+  [[ $name == _* ]] ||
+    answers+=$(key Identify "$(block "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0 ${name::1}")")
+  [[ $1 != \?* ]] || answers+=$(key QueryFails '<true/>')
+  echo '<dict>'
+  key IOObjectClass '<string>IOAHCIBlockStorageDevice</string>'
+  [[ $1 == \?_* ]] ||
+    key 'Device Characteristics' "<dict>$(key 'Product Name' '<string>DISK</string>')</dict>"
+  key IORegistryEntryChildren "<array><dict>$(key 'BSD Name' "<string>sd${name:1:1}</string>")</dict></array>"
+  key RecordedDrive "<dict>$answers</dict>"
+  echo '</dict>'
 }
 
 # segment START KIND: the series that an exporter shows from then on, by kind: "=DRIVES" with
 # a report every hour, "~DRIVES" with one that gets old, "x" without a file, "-" of a host
-# that is down.
+# that is down. "@" before a kind: the exporter is one that gives files without their folders.
 segment() {
-  [ "$2" != - ] && echo 'up{} 1' || echo 'up{} 0'
-  case $2 in
-    =*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+300" ;;
-    ~*) echo "node_textfile_mtime_seconds{file=\"$file\"} $1+0" ;;
+  local kind=${2#@} folder=/srv/ drive
+  [ "$kind" = "$2" ] || folder=
+  [ "$kind" != - ] && echo 'up{} 1' || echo 'up{} 0'
+  case $kind in
+    =*) echo "node_textfile_mtime_seconds{file=\"${folder}smartprobe.prom\"} $1+300" ;;
+    ~*) echo "node_textfile_mtime_seconds{file=\"${folder}smartprobe.prom\"} $1+0" ;;
     *) return ;;
   esac
   echo "node_textfile_mtime_seconds{file=\"/srv/other.prom\"} $1+300"
-  report "${2:1}" | "$program" --prometheus |
-    sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' || fail "the report $2"
+  {
+    echo '<plist><array>'
+    for drive in ${kind//[=~,]/ }; do drive "$drive"; done
+    echo '</array></plist>'
+  } | "$program" --prometheus | sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' ||
+    fail "the report $2"
 }
 
 # series SEGMENT...: the series of a host in the language of promtool's tests, a sample every
@@ -52,7 +84,7 @@ segment() {
 series() {
   local segment hours time=0
   for segment; do
-    hours=${segment%%[=~x-]*}
+    hours=${segment%%[@=~x-]*}
     echo "@ $((12 * $hours - 1))"
     segment $time "${segment#"$hours"}"
     time=$((time + 3600 * $hours))
@@ -68,68 +100,15 @@ series() {
         print "" } }'
 }
 
-# labels NAME:DRIVE: the labels of that alert; of DriveNotRead and DriveReportStale no drive.
-labels() {
-  local labels="alertname=\"${1%:*}\",job=\"node\",instance=\"h\"" severity=warning
-  case $1 in DriveFailing* | *PreFailure*) severity=critical ;; esac
-  case $1 in *Attribute*) labels+=',id="5",name="R"' ;; esac
-  case $1 in
-    *:_?) labels+=",product=\"DISK\",device=\"/dev/rsd${1: -1}\"" ;;
-    *:?) labels+=",product=\"DISK\",serial=\"${1: -1}\"" ;;
-  esac
-  echo "{$labels,severity=\"$severity\"}"
-}
-
-# fate WHAT 'SEGMENT...' 'TIMES ALERT...'...: all alerts that fire at each of these times, as
-# NAME:DRIVE; at "<TIME" all that have fired at any time before.
-fate() {
-  local times time alert range alerts
-  # shellcheck disable=SC2086 # words
-  printf '  - interval: 5m\n    input_series:\n%s\n    promql_expr_test:\n' "$(series $2)"
-  for alerts in "${@:3}"; do
-    read -r times alerts <<<"$alerts"
-    for time in ${times//,/ }; do
-      [ "${time#<}" = "$time" ] && range=5m || range=1000h
-      printf '      - eval_time: %s\n        expr: count without (alertstate) (last_over_time(ALERTS{alertstate="firing"}[%s])) # %s\n        exp_samples:\n' \
-        "${time#<}" $range "$1"
-      for alert in $alerts; do
-        printf "          - {value: 1, labels: '%s'}\n" "$(labels "$alert")"
-      done
-    done
-  done
-}
-
-fates() {
-  fate 'a drive is added, paths change, one report misses a drive' \
-    '24=A1,B2 24=A1,B2,C3 24=A2,B1,C3 1=A2,C3 24=A2,B1,C3 1=A2,?1,C3 200=A2,B1,C3' '<298h'
-  fate 'a host that was down, and whose next report misses a drive' \
-    '24=A1,B2 565/12- 1/4x 1=A1 24=A1,B2' '<96h'
-  fate 'a failing drive cannot be read' '24=A1,B2 4=A1!,B2 200=?1,?1,B2' 23h45m \
-    '24h,29h DriveFailing:A' '30h,52h DriveFailing:A DriveGone:A DriveNotRead' \
-    '54h DriveGone:A DriveNotRead' '200h DriveNotRead'
-  fate 'a failing drive changes its path and is gone' '24=A1,B2 2=A1%,B2 2=A2%,B1 200=B1' 23h45m \
-    '24h,26h,28h DriveAttributePreFailure:A' '30h,52h DriveAttributePreFailure:A DriveGone:A' \
-    '54h DriveGone:A' 200h
-  fate 'a failing drive is replaced' '24=A1!,B2 200=C1,B2' '48h DriveFailing:A DriveGone:A' 193h
-  fate 'all drives are gone' '24=A1,B2,_3 200=' 25h \
-    '26h,191h45m DriveGone:A DriveGone:B DriveGone:_3' 193h
-  fate 'a drive cannot be read in every other report, and gets a new path each time' \
-    "24=A1,B2 $(printf '1=?%s,B2 1=A%s,B2 ' {3,4,5,6,7,8}{,}) 24=A8,B2" 25h \
-    '28h,30h,31h,32h,33h,36h DriveNotRead' 54h
-  fate 'drives that share a serial number, or have none' \
-    '24=A1,A2,_3!,_4%,_5- 24=A1,A2!,_3!,_4 24=A1,A2!' \
-    '23h DriveFailing:_3 DriveAttributePreFailure:_4 DriveAttributeWorn:_5' \
-    '60h DriveFailing:A DriveFailing:_3 DriveGone:_3 DriveGone:_4 DriveGone:_5'
-  fate 'the file is gone' '24=A1 760x' 47h '49h45m,743h DriveReportStale' 746h
-  fate 'the file was there for a short time' '13/12x 1/2=A1 100x' 20h '27h,90h DriveReportStale'
-  file=smartprobe.prom # of exporters before 1.3
-  fate 'the file gets old' '24=A1 100~A1 24=A1' 47h '50h,123h DriveReportStale' 125h
-}
-
-{
-  printf 'rule_files: [%s]\nevaluation_interval: 15m\ntests:\n' \
-    "$(realpath "$examples/alerts/smartprobe.rules.yml")"
-  fates
-} >"$work/test.yml"
-"$promtool" test rules "$work/test.yml" || fail 'the alerts'
+# Of a test the line "input_series: SEGMENT..." stands for the series of a host.
+cp "$examples/alerts/smartprobe.rules.yml" "$work"
+for file in "$here"/alerts/*.yml; do
+  test=$work/$(basename "$file")
+  while IFS= read -r line; do
+    echo "${line/input_series: */input_series:}"
+    # shellcheck disable=SC2086 # words
+    [[ $line != *input_series:\ * ]] || series ${line#*input_series: }
+  done <"$file" >"$test"
+  "$promtool" test rules "$test" || fail "$file"
+done
 [ ! -e "$work/failed" ]

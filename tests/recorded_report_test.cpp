@@ -141,17 +141,17 @@ TEST(RecordedReport, HasEveryDiskUnderItsName) {
     if (std::regex_match(line, added)) samples += line + "\n";
   }
   EXPECT_EQ(samples, R"(smartprobe_disks_not_looked_at 1
-smartprobe_drive_read_time_seconds{drive="0",device="/dev/rsda",product="KNOWN",serial="S1"} 978307200
-smartprobe_drive_sectors{drive="0",device="/dev/rsda",product="KNOWN",serial="S1",state="reallocated"} 69
-smartprobe_drive_read_failed{drive="0",device="/dev/rsda",product="KNOWN",serial="S1"} 0
-smartprobe_drive_read_failed{drive="1",device="/dev/rsda",product="MODEL",serial="S1"} 1
-smartprobe_drive_read_failed{drive="0",device="/dev/rsdb",product="KNOWN",serial="S1"} 1
-smartprobe_drive_read_failed{drive="0",device="/dev/rsdd",product="KNOWN",serial="K1"} 1
-smartprobe_drive_read_failed{drive="0",device="/dev/rsde"} 1
-smartprobe_attribute_worst{drive="0",device="/dev/rsda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 0
-smartprobe_attribute_worst{drive="0",device="/dev/rsda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 8
-smartprobe_attribute_raw{drive="0",device="/dev/rsda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 69
-smartprobe_attribute_raw{drive="0",device="/dev/rsda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 1108152157446
+smartprobe_drive_read_time_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1"} 978307200
+smartprobe_drive_sectors{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",state="reallocated"} 69
+smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1"} 0
+smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",drive="1",product="MODEL",serial="S1"} 1
+smartprobe_drive_read_failed{device="/dev/rsdb",disk="sdb",product="KNOWN",serial="S1"} 1
+smartprobe_drive_read_failed{device="/dev/rsdd",disk="sdd",product="KNOWN",serial="K1"} 1
+smartprobe_drive_read_failed{device="/dev/rsde",disk="sde"} 1
+smartprobe_attribute_worst{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 0
+smartprobe_attribute_worst{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 8
+smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 69
+smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 1108152157446
 )");
 }
 

@@ -143,20 +143,20 @@ TEST(Report, AsJson) {
 TEST(Report, AsPrometheus) {
   const std::string samples = std::regex_replace(report::PrometheusText(report::ParseReport(kOdd)),
                                                  std::regex("#.*\n"), "");
-  const std::string drive = R"(drive="0",device="d",product=" \"q\\:::x",serial="s����")";
+  const std::string drive = R"(device="d",product=" \"q\\:::x",serial="s����")";
   const std::string expected = R"(smartprobe_drives_read 2
 smartprobe_drives_not_read 3
-smartprobe_drive_info{@,revision="  r�[ʎ ",capacity="1.00 TB"} 1
-smartprobe_drive_info{drive="1",device="d",product="",serial="",revision="012345678901234567890123456789012345678901234567890123456789012…",capacity=""} 1
+smartprobe_drive_info{@,revision="r�[ʎ",capacity="1.00 TB"} 1
+smartprobe_drive_info{device="d",drive="1",revision="012345678901234567890123456789012345678901234567890123456789012…"} 1
 smartprobe_drive_threshold_exceeded{@} 1
-smartprobe_drive_threshold_exceeded{drive="1",device="d",product="",serial=""} 0
+smartprobe_drive_threshold_exceeded{device="d",drive="1"} 0
 smartprobe_drive_attributes{@} 4
-smartprobe_drive_attributes{drive="1",device="d",product="",serial=""} 0
+smartprobe_drive_attributes{device="d",drive="1"} 0
 smartprobe_drive_read_failed{@} 0
-smartprobe_drive_read_failed{drive="1",device="d",product="",serial=""} 0
-smartprobe_drive_read_failed{drive="2",device="d"} 1
-smartprobe_drive_read_failed{drive="0",device="/dev/a\"\\%"} 1
-smartprobe_drive_read_failed{drive="0",device=""} 1
+smartprobe_drive_read_failed{device="d",drive="1"} 0
+smartprobe_drive_read_failed{device="d",drive="2"} 1
+smartprobe_drive_read_failed{device="/dev/a\"\\%"} 1
+smartprobe_drive_read_failed{} 1
 smartprobe_attribute_value{@,id="5",name="Off Tra�k",kind="pre-failure"} 21
 smartprobe_attribute_value{@,id="255",name="a:::b",kind="life-span"} 0
 smartprobe_attribute_threshold{@,id="5",name="Off Tra�k",kind="pre-failure"} 255

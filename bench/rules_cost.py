@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""How many samples one evaluation of the alert rules reads, by a real Prometheus on loopback.
+
+Usage: bench/rules_cost.py PROMETHEUS [HOSTS], the folder of Prometheus' programs. Makes the series
+of so many hosts (50) with 12 drives of 20 attributes each, scraped every 15 s, and what the
+recording rules have kept of them; of twenty drives one has a worn attribute, and of a hundred one is
+failing. Prints the samples of each rule, and the sum for 500 hosts.
+"""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import time
+import urllib.error
+import urllib.parse
+import urllib.request
+
+DRIVES, ATTRIBUTES = 12, 20
+RULES = os.path.join(os.path.dirname(os.path.abspath(__file__)),
+                     "../examples/alerts/smartprobe.rules.yml")
+ADDRESS = "127.0.0.1:19090"
+
+
+def write_series(out, hosts, end):
+    """Writes the samples up to `end` (seconds), one metric after the other."""
+    def metric(name, labelsets, seconds, step, value=1):
+        out.write(f"# TYPE {name} gauge\n")
+        for labels in labelsets:
+            for when in range(end - seconds, end + 1, step):
+                out.write(f"{name}{{{labels}}} {value} {when}\n")
+
+    host = [f'job="node",instance="h{h}"' for h in range(hosts)]
+    drive = [f'{labels},device="/dev/rsd{chr(97 + d)}",product="DISK",serial="{labels[-3:-1]}{d}"'
+             for labels in host for d in range(DRIVES)]
+    state = [f'{labels},state="{state}"' for labels in drive for state in ("pending", "uncorrectable")]
+    reallocated = [f'{labels},state="reallocated"' for labels in drive]
+    attribute = [f'{labels},id="{i}",name="n",kind="life-span"' for labels in drive
+                 for i in range(1, ATTRIBUTES + 1)]
+    recent, minute, day = 600, 60, 86400
+    metric("up", host, 2 * 3600, 15)
+    metric("smartprobe_drives_read", host, 3 * 3600, 15, DRIVES)
+    metric("node_textfile_mtime_seconds", [f'{h},file="smartprobe.prom"' for h in host], recent, 15, end)
+    metric("smartprobe_drive_info", drive, recent, 15)
+    metric("smartprobe_drive_threshold_exceeded", drive, recent, 15, 0)
+    metric("smartprobe_drive_read_failed", drive, recent, 15, 0)
+    metric("smartprobe_drive_sectors", state + reallocated, recent, 15, 0)
+    metric("smartprobe_attribute_reached", attribute, recent, 15, 0)
+    metric("smartprobe:drive_present", drive, 7 * day, 15 * minute)
+    metric("smartprobe:sectors_reallocated", reallocated, 7 * day, 15 * minute, 0)
+    metric("smartprobe:report_time", host, 30 * day, 15 * minute, end)
+    metric("smartprobe:drive_failing", drive[::100], 26 * 3600, 3 * minute)
+    metric("smartprobe:attribute_reached", attribute[::20 * ATTRIBUTES], 26 * 3600, 3 * minute)
+    out.write("# EOF\n")
+
+
+def get(path, **parameters):
+    url = f"http://{ADDRESS}/api/v1/{path}?{urllib.parse.urlencode(parameters)}"
+    with urllib.request.urlopen(url) as answer:
+        return json.load(answer)["data"]
+
+
+def wait_for_rules():
+    while True:
+        try:
+            return [rule for group in get("rules")["groups"] for rule in group["rules"]]
+        except urllib.error.URLError:
+            time.sleep(0.5)
+
+
+def main(programs, hosts):
+    with tempfile.TemporaryDirectory() as work:
+        end = int(time.time())
+        series = os.path.join(work, "series")
+        with open(series, "w", encoding="utf-8") as out:
+            write_series(out, hosts, end)
+        data = os.path.join(work, "data")
+        subprocess.run([os.path.join(programs, "promtool"), "tsdb", "create-blocks-from", "openmetrics",
+                        series, data], check=True, stdout=subprocess.DEVNULL)
+        config = os.path.join(work, "prometheus.yml")
+        with open(config, "w", encoding="utf-8") as out:
+            out.write(f"global: {{evaluation_interval: 1d}}\nrule_files: ['{RULES}']\n")
+        with subprocess.Popen([os.path.join(programs, "prometheus"), f"--config.file={config}",
+                               f"--storage.tsdb.path={data}", "--storage.tsdb.retention.time=60d",
+                               f"--web.listen-address={ADDRESS}", "--query.timeout=5m",
+                               "--query.max-samples=200000000"],
+                              stderr=subprocess.DEVNULL) as prometheus:
+            try:
+                total = 0
+                for rule in wait_for_rules():
+                    stats = get("query", query=rule["query"], time=end, stats="all")["stats"]
+                    samples = stats["samples"]["totalQueryableSamples"]
+                    total += samples
+                    print(f"{samples:>10} {rule['name']}")
+                print(f"{total * 500 // hosts:>10} all of them, on 500 hosts")
+            finally:
+                prometheus.terminate()
+
+
+if __name__ == "__main__":
+    main(sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 50)
