@@ -9,9 +9,9 @@ saved_root=$(realpath "$2")
 source=$(realpath "$(dirname "$0")/..")
 PATH=$PATH:/usr/sbin:/sbin
 tree=$work/tree # what the package installs
-enabled='smartprobe.timer smartprobe-metrics.service'
+enabled='smartprobe.timer smartprobe-mail.service smartprobe-metrics.service'
 services='smartprobe.service smartprobe-metrics.service' # in the order of a run
-units="$services smartprobe.timer"
+units="$services smartprobe-mail.service smartprobe.timer"
 
 # silent COMMAND...: its status is 0, and it has nothing to say.
 silent() {
@@ -36,8 +36,8 @@ package_and_units() {
   # Informations tell of programs that are not hardened.
   lintian --allow-root --display-info --fail-on error,warning,info \
     --suppress-tags binary-has-unneeded-section "$package" || fail lintian
-  for service in "$folder"/*.service; do
-    systemd-analyze security --offline=true --threshold=20 "$service" >"$work/security" ||
+  for service in $services; do
+    systemd-analyze security --offline=true --threshold=20 "$folder/$service" >"$work/security" ||
       fail "$(tail -1 "$work/security")"
   done
 }

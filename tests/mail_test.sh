@@ -1,0 +1,53 @@
+#!/bin/bash
+# When root gets a mail of the drives, and what it says, with a sendmail that keeps its input.
+# Usage: mail_test.sh SCRIPT PROGRAM EXAMPLES, smartprobe-mail, smartprobe-read and their folder.
+. "$(dirname "$0")/program_test.sh"
+script=$1
+examples=$3
+PATH=$(dirname "$2"):$PATH
+export SENDMAIL=$work/sendmail
+folder=$work/folder
+mkdir "$folder"
+
+# is WHAT RECORDING SENDMAIL SUBJECT [DAYS [SAID]]: with that recording, which is DAYS old, the last
+# mail SAID days, and a sendmail that is "works", "fails" or "missing", there is a mail with that
+# subject, or none, and the script fails where the mail does.
+is() {
+  local age=${5:-0} expected=0 got
+  rm -f "$work/mail" "$SENDMAIL" "$folder/host.plist"
+  [ "$2" = none ] || cp "$examples/$2.plist" "$folder/host.plist"
+  [ "$2" = none ] || touch -d "$age days ago" "$folder/host.plist"
+  [ -z "${6-}" ] || touch -d "$6 days ago" "$folder/said"
+  case $3 in
+    works) printf '#!/bin/sh\n[ "$*" = "-oi -t" ] && exec cat >%s' "$work/mail" >"$SENDMAIL" ;;
+    fails) printf '#!/bin/sh\ncat >/dev/null; exit 1' >"$SENDMAIL" && expected=1 ;;
+    missing) expected=127 ;;
+  esac
+  [ ! -e "$SENDMAIL" ] || chmod +x "$SENDMAIL"
+  "$script" "$folder" 2>"$work/err"
+  got=$?
+  [ $got = $expected ] || fail "$1: status $got instead of $expected: $(<"$work/err")"
+  got=$(sed -n "s/^Subject: $(uname -n): smartprobe //p" "$work/mail" 2>/dev/null)
+  [ "$got" = "$4" ] || fail "$1: \"$got\" instead of \"$4\""
+}
+
+
+critical='CRITICAL: failing: /dev/rdisk1; Without S.M.A.R.T., not read: '
+critical+=$("$2" --brief "$examples/desktop.plist" | sed -n 's/^Without.*read: //p')
+stale='UNKNOWN: nothing has been recorded for a day'
+is 'the first time, and all is well' laptop works ''
+is 'the first failure' desktop works "$critical"
+grep -q 'Save the data of a drive' "$work/mail" && grep -q '^/dev/rdisk1 .*failing$' "$work/mail" ||
+  fail "the text: $(<"$work/mail")"
+is 'the same again' desktop works '' 0 6
+is 'the same a week later' desktop works "$critical" 0 7
+is 'the same again after that' desktop works ''
+is 'no recording for a day' desktop works "$stale" 2
+is 'the same again' none works ''
+is 'worse, but no sendmail' desktop missing ''
+is 'it fails too' desktop fails ''
+is 'it works again' desktop works "$critical"
+is 'well again, but it fails' laptop fails ''
+is 'well again' laptop works 'OK: 1 drive'
+is 'well a week later' laptop works '' 0 8
+[ ! -e "$work/failed" ]
