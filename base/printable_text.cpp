@@ -52,7 +52,7 @@ std::size_t Width(std::string_view text) {
 
 std::string Shortened(std::string_view text, std::size_t max) {
   if (Width(text) <= max) return std::string(text);
-  auto end = text.begin();
+  const auto* end = text.begin();
   utf8::unchecked::advance(end, static_cast<std::ptrdiff_t>(max) - 1);
   return std::string(text.begin(), end) + "\u2026";
 }

@@ -4,8 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <utility>
 
 #include "base/printable_text.h"
 
@@ -22,17 +20,12 @@ bool IsTemperature(const Attribute& attribute) {
 using Names = std::vector<std::string>;
 
 // "69 sectors reallocated, 2 pending"; empty where none is lost.
-std::string SectorsText(const LostSectors& sectors) {
-  const std::pair<std::optional<std::uint32_t>, std::string_view> kKinds[] = {
-      {sectors.reallocated, "reallocated"},
-      {sectors.pending, "pending"},
-      {sectors.uncorrectable, "uncorrectable"}};
+std::string SectorsText(const std::vector<SectorCount>& sectors) {
   std::string text;
-  for (const auto& [count, kind] : kKinds) {
-    if (count.value_or(0) == 0) continue;
-    const std::string_view noun = *count == 1 ? " sector " : " sectors ";
-    text.append(text.empty() ? "" : ", ").append(std::to_string(*count));
-    text.append(text.find("sector") == std::string::npos ? noun : " ").append(kind);
+  for (const auto& [state, count] : sectors) {
+    if (count == 0) continue;
+    const std::string_view noun = !text.empty() ? " " : count == 1 ? " sector " : " sectors ";
+    text.append(text.empty() ? "" : ", ").append(std::to_string(count)).append(noun).append(state);
   }
   return text;
 }

@@ -153,7 +153,7 @@ void AppendBar(std::string& page, const Attribute& attribute) {
   const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
   const int distance = attribute.value - attribute.threshold;
   const auto percent = [scale](int value) { return std::to_string(100 * value / scale); };
-  page += "<svg viewBox=\"0 0 100 10\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" +
+  page += R"(<svg viewBox="0 0 100 10" preserveAspectRatio="none" role="img" aria-label=")" +
           std::to_string(distance < 0 ? -distance : distance) +
           (distance < 0 ? " below" : " above") + " the threshold\">";
   page += R"(<rect class="room" width="100" height="10"/><rect class="value" y="2" width=")" +

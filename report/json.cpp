@@ -31,13 +31,6 @@ void Set(Json& object, const Attribute& attribute) {
   object["raw"] = attribute.counts->raw;
 }
 
-// What is not known is left out.
-void Set(Json& object, const LostSectors& sectors) {
-  if (sectors.reallocated) object["reallocated_sectors"] = *sectors.reallocated;
-  if (sectors.pending) object["pending_sectors"] = *sectors.pending;
-  if (sectors.uncorrectable) object["uncorrectable_sectors"] = *sectors.uncorrectable;
-}
-
 void Set(Json& object, const Drive& drive) {
   object.clear();
   object["device"] = drive.device;
@@ -47,7 +40,7 @@ void Set(Json& object, const Drive& drive) {
   object["serial"] = drive.serial;
   object["threshold_exceeded"] = drive.thresholdExceeded;
   if (drive.temperature) object["temperature_celsius"] = *drive.temperature;
-  Set(object, drive.sectors);
+  for (const auto& [state, count] : drive.sectors) object[std::string(state) + "_sectors"] = count;
   if (drive.date) object["unix_time"] = drive.date->time_since_epoch().count();
   object["attributes"] = Json::array();
   for (const Attribute& attribute : drive.attributes)

@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "base/printable_text.h"
@@ -139,13 +138,8 @@ void AppendSectors(std::string& text, const Devices& devices) {
   constexpr std::string_view kName = "smartprobe_drive_sectors";
   AppendHead(text, kName, "How many sectors the drive has lost.");
   for (const ReadDrive& each : devices.read) {
-    const LostSectors& lost = each.drive->sectors;
-    const std::pair<std::string_view, std::optional<std::uint32_t>> kStates[] = {
-        {"reallocated", lost.reallocated},
-        {"pending", lost.pending},
-        {"uncorrectable", lost.uncorrectable}};
-    for (const auto& [state, count] : kStates) {
-      if (count) AppendSample(text, kName, Joined(each.labels, Labels({{"state", state}})), *count);
+    for (const auto& [state, count] : each.drive->sectors) {
+      AppendSample(text, kName, Joined(each.labels, Labels({{"state", state}})), count);
     }
   }
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace report {
@@ -32,9 +33,10 @@ struct Attribute {
   std::optional<Counts> counts = {};  // from a recording
 };
 
-// How many are lost, as far as the drive counts each; from a recording.
-struct LostSectors {
-  std::optional<std::uint32_t> reallocated = {}, pending = {}, uncorrectable = {};
+// How many sectors the drive has lost in one way; from a recording.
+struct SectorCount {
+  std::string_view state;  // "reallocated", "pending" or "uncorrectable"
+  std::uint32_t count = 0;
 };
 
 // Any text may be empty, where the probe could not find it out, and padded with blanks.
@@ -47,8 +49,8 @@ struct Drive {
   bool thresholdExceeded = false;  // false also where the drive gave no answer
   std::vector<Attribute> attributes;
   // From a recording.
-  std::optional<int> temperature = {};  // in degrees Celsius, from 1 to 100
-  LostSectors sectors = {};
+  std::optional<int> temperature = {};    // in degrees Celsius, from 1 to 100
+  std::vector<SectorCount> sectors = {};  // in that order, without those that it does not count
   std::optional<std::chrono::sys_seconds> date = {};  // when it answered
 };
 

@@ -1,10 +1,10 @@
 #include "tools/recorded_report.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,18 +43,33 @@ std::optional<int> Temperature(const Block& data) {
   return std::nullopt;
 }
 
-// A raw value that is too large for a count of sectors is something else.
-std::optional<std::uint32_t> Sectors(const Block& data, std::uint8_t identifier) {
-  const auto counts = machines::FindCounts(data, identifier);
-  if (!counts || counts->raw > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
-  return static_cast<std::uint32_t>(counts->raw);
+// Some makers put other counts above it, but leave 16 bits between.
+std::optional<std::uint64_t> ReallocatedCount(std::uint64_t raw) {
+  return (raw >> 16 & 0xFFFF) == 0 ? std::optional(raw & 0xFFFF) : std::nullopt;
 }
 
-// Some makers put other counts above it, but leave 16 bits between.
-std::optional<std::uint32_t> ReallocatedSectors(const Block& data) {
-  const auto counts = machines::FindCounts(data, 5);
-  if (!counts || (counts->raw >> 16 & 0xFFFF) != 0) return std::nullopt;
-  return static_cast<std::uint32_t>(counts->raw & 0xFFFF);
+// One that is too large for a count of sectors is something else.
+std::optional<std::uint64_t> WholeCount(std::uint64_t raw) {
+  return raw >> 32 == 0 ? std::optional(raw) : std::nullopt;
+}
+
+struct SectorAttribute {
+  std::uint8_t identifier;
+  std::string_view state;
+  std::optional<std::uint64_t> (*count)(std::uint64_t raw);
+};
+constexpr std::array kSectorAttributes{SectorAttribute{5, "reallocated", ReallocatedCount},
+                                       SectorAttribute{197, "pending", WholeCount},
+                                       SectorAttribute{198, "uncorrectable", WholeCount}};
+
+std::vector<report::SectorCount> LostSectors(const Block& data) {
+  std::vector<report::SectorCount> sectors;
+  for (const auto& [identifier, state, countOf] : kSectorAttributes) {
+    const auto counts = machines::FindCounts(data, identifier);
+    const auto count = counts ? countOf(counts->raw) : std::nullopt;
+    if (count) sectors.push_back({state, static_cast<std::uint32_t>(*count)});
+  }
+  return sectors;
 }
 
 void AddData(report::Drive& drive, const Block& data) {
@@ -63,7 +78,7 @@ void AddData(report::Drive& drive, const Block& data) {
     if (counts) attribute.counts = {counts->worst, counts->raw};
   }
   drive.temperature = Temperature(data);
-  drive.sectors = {ReallocatedSectors(data), Sectors(data, 197), Sectors(data, 198)};
+  drive.sectors = LostSectors(data);
 }
 
 void AddAnswers(report::Drive& drive, const Entry& device) {
