@@ -50,11 +50,16 @@ std::size_t Width(std::string_view text) {
   return static_cast<std::size_t>(utf8::unchecked::distance(text.begin(), text.end()));
 }
 
+std::string_view FirstCharacters(std::string_view text, std::size_t max) {
+  const char* end = text.data();
+  const char* const last = end + text.size();
+  for (std::size_t i = 0; i < max && end != last; i++) utf8::unchecked::next(end);
+  return text.substr(0, static_cast<std::size_t>(end - text.data()));
+}
+
 std::string Shortened(std::string_view text, std::size_t max) {
   if (Width(text) <= max) return std::string(text);
-  const auto* end = text.begin();
-  utf8::unchecked::advance(end, static_cast<std::ptrdiff_t>(max) - 1);
-  return std::string(text.begin(), end) + "\u2026";
+  return std::string(FirstCharacters(text, max - 1)) + "\u2026";
 }
 
 std::string PrintableASCII(std::string_view text) {

@@ -22,6 +22,9 @@ std::string ValidUTF8(std::string_view bytes);
 // A tab is a control character too. The text is not shortened.
 std::string OneLine(std::string_view text);
 
+// The first `max` characters of `text`, which is UTF-8, or all of it if it has fewer.
+std::string_view FirstCharacters(std::string_view text, std::size_t max);
+
 // `text`, which is UTF-8, or, if it has more than `max` characters (1 or more), its start and an
 // ellipsis, `max` in all.
 std::string Shortened(std::string_view text, std::size_t max);

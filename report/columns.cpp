@@ -10,8 +10,7 @@ namespace report {
 namespace {
 
 constexpr std::string_view kGap = "  ";
-constexpr std::size_t kLeastWidth = 8;
-constexpr int kLastToGiveWay = 4;
+constexpr int kLastToGiveWay = 5;
 
 using Widths = std::vector<std::size_t>;
 
@@ -38,18 +37,40 @@ Widths WidthsOf(std::span<const Column> columns, const std::vector<Row>& rows) {
   return widths;
 }
 
-void MakeFit(Widths& widths, std::span<const Column> columns, std::size_t screenWidth) {
-  const auto shown = widths.size() - static_cast<std::size_t>(std::ranges::count(widths, 0));
-  const std::size_t gaps = (shown - 1) * kGap.size();
+// Of a whole line, with the gaps between those columns that are there.
+std::size_t LineWidth(const Widths& widths) {
+  const auto shown = widths.size() - static_cast<std::size_t>(std::ranges::count(widths, 0U));
+  return std::accumulate(widths.begin(), widths.end(), (shown - 1) * kGap.size());
+}
+
+bool CanBeLeftOut(const Column& column) { return column.givesWay > 0 && column.least == 0; }
+bool CanBeNarrower(const Column& column) { return column.givesWay > 0 && column.least > 0; }
+
+// Calls `change` with the place of each column that gives way, in their order.
+template <typename Change>
+void ForEachInTurn(std::span<const Column> columns, Change change) {
   for (int turn = 1; turn <= kLastToGiveWay; turn++) {
-    for (std::size_t i = 0; i < widths.size(); i++) {
-      const std::size_t all = std::accumulate(widths.begin(), widths.end(), gaps);
-      if (columns[i].givesWay != turn || all <= screenWidth) continue;
-      const std::size_t excess = all - screenWidth;
-      const std::size_t least = std::min(widths[i], kLeastWidth);
-      widths[i] = std::max(least, widths[i] - std::min(widths[i], excess));
+    for (std::size_t i = 0; i < columns.size(); i++) {
+      if (columns[i].givesWay == turn) change(i);
     }
   }
+}
+
+// Leaves out what has no room even if all others are as narrow as they may be, and then makes these
+// as narrow as they have to be.
+void MakeFit(Widths& widths, std::span<const Column> columns, std::size_t screenWidth) {
+  Widths least = widths;
+  for (std::size_t i = 0; i < columns.size(); i++) {
+    if (CanBeNarrower(columns[i])) least[i] = std::min(widths[i], columns[i].least);
+  }
+  ForEachInTurn(columns, [&](std::size_t i) {
+    if (CanBeLeftOut(columns[i]) && LineWidth(least) > screenWidth) least[i] = widths[i] = 0;
+  });
+  ForEachInTurn(columns, [&](std::size_t i) {
+    const std::size_t all = LineWidth(widths);
+    if (!CanBeNarrower(columns[i]) || all <= screenWidth) return;
+    widths[i] = std::max(least[i], widths[i] - std::min(widths[i], all - screenWidth));
+  });
 }
 
 // The last column ends its line and is not padded. One without a width is left out.
@@ -68,29 +89,27 @@ std::string Padded(const std::vector<std::string>& cells, std::span<const Column
   return line;
 }
 
-// The length of the first line of `text`, of at most `width` characters if a blank allows it.
-std::size_t LineLength(std::string_view text, std::size_t width) {
-  std::size_t length = std::min(text.find(' '), text.size());
-  while (length < text.size()) {
-    const std::size_t next = std::min(text.find(' ', length + 1), text.size());
-    if (base::Width(text.substr(0, next)) > width) break;
-    length = next;
-  }
-  return length;
+// The start of `text` that is the first line, of at most `width` characters: up to the last blank
+// that allows it, or else within a word.
+std::string_view FirstLine(std::string_view text, std::size_t width) {
+  const std::string_view most = base::FirstCharacters(text, width);
+  if (most.size() == text.size()) return text;
+  const std::size_t blank = text.substr(0, most.size() + 1).rfind(' ');
+  return blank == std::string_view::npos || blank == 0 ? most : text.substr(0, blank);
 }
 
 }  // namespace
 
 void AppendParagraph(std::string& text, std::string_view indent, std::string_view paragraph,
                      Health health, const Screen& screen) {
-  while (true) {
-    const std::size_t taken = std::min(screen.columns, indent.size());
-    const std::size_t length = LineLength(paragraph, screen.columns - taken);
-    text.append(indent).append(Colored(paragraph.substr(0, length), health, screen)).append("\n");
-    if (length == paragraph.size()) return;
-    paragraph.remove_prefix(length + 1);
+  do {
+    const std::size_t width = std::max(screen.columns, indent.size() + 1) - indent.size();
+    const std::string_view line = FirstLine(paragraph, width);
+    text.append(indent).append(Colored(line, health, screen)).append("\n");
+    paragraph.remove_prefix(line.size());
+    if (paragraph.starts_with(' ')) paragraph.remove_prefix(1);
     indent = kGap;
-  }
+  } while (!paragraph.empty());
 }
 
 void AppendRows(std::string& text, std::span<const Column> columns, const std::vector<Row>& rows,

@@ -16,9 +16,11 @@ namespace report {
 struct Column {
   std::string_view heading;
   bool isRightAligned = false;
-  // Where the columns do not fit, those of 1 are made narrower first, down to 8 characters, then
-  // those of 2, and so on; never those of 0.
+  // Where the columns do not fit, the one of 1 is made narrower first, then that of 2, and so on;
+  // never those of 0.
   int givesWay = 0;
+  // How narrow it may become. 0: it is left out.
+  std::size_t least = 0;
 };
 
 // All texts are UTF-8 for one line.
@@ -34,7 +36,8 @@ void AppendRows(std::string& text, std::span<const Column> columns, const std::v
                 const Screen& screen);
 
 // Appends `paragraph`, which is UTF-8 for one line, as lines that are broken at blanks, if they can
-// be. The first begins with `indent`, the others with two blanks; all have the colour of `health`.
+// be, or else where they must. The first begins with `indent`, the others with two blanks; all have
+// the colour of `health`.
 void AppendParagraph(std::string& text, std::string_view indent, std::string_view paragraph,
                      Health health, const Screen& screen);
 

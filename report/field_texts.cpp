@@ -15,6 +15,12 @@ void Append(std::string& text, std::string_view label, std::string_view field) {
   if (!shown.empty()) text.append(text.empty() ? "" : ", ").append(label).append(shown);
 }
 
+// A drive's own name has no more characters, but the registry may say anything.
+std::string ProductText(std::string_view product) {
+  constexpr std::size_t kMaxProduct = 40;
+  return base::Shortened(FieldText(product), kMaxProduct);
+}
+
 }  // namespace
 
 std::string FieldText(std::string_view field) { return base::OneLine(base::Trimmed(field, " ")); }
@@ -45,8 +51,7 @@ std::string DateText(std::chrono::sys_seconds date) {
 
 std::string DescriptionText(const Drive& drive) {
   std::string text;
-  constexpr std::size_t kMaxProduct = 40;  // of a drive's own; the registry may say anything
-  Append(text, "", base::Shortened(FieldText(drive.product), kMaxProduct));
+  Append(text, "", ProductText(drive.product));
   Append(text, "revision ", drive.revision);
   Append(text, "", drive.capacity);
   Append(text, "serial ", drive.serial);
@@ -55,11 +60,16 @@ std::string DescriptionText(const Drive& drive) {
   return text;
 }
 
-std::string UnreadText(const UnreadDrive& drive) {
-  std::string text = PathText(drive.device);
-  Append(text, "", drive.product);
+std::string NamesText(const UnreadDrive& drive) {
+  std::string text;
+  Append(text, "", ProductText(drive.product));
   Append(text, "serial ", drive.serial);
   return text;
+}
+
+std::string UnreadText(const UnreadDrive& drive) {
+  const std::string names = NamesText(drive);
+  return PathText(drive.device) + (names.empty() ? "" : ", " + names);
 }
 
 }  // namespace report

@@ -24,7 +24,9 @@ std::string DateText(std::chrono::sys_seconds date);
 // UTC"
 std::string DescriptionText(const Drive& drive);
 
-// "/dev/rsda, MAXTOR STM3250820A, serial 6RY0W4LH"
+// "MAXTOR STM3250820A, serial 6RY0W4LH"
+std::string NamesText(const UnreadDrive& drive);
+// The same after the device's path and a comma.
 std::string UnreadText(const UnreadDrive& drive);
 
 }  // namespace report

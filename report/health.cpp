@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "base/printable_text.h"
+#include "report/field_texts.h"
 
 namespace report {
 namespace {
@@ -52,7 +53,10 @@ Names PathsOf(const Report& report, Health health) {
 
 Names PathsOf(const std::vector<UnreadDrive>& drives) {
   Names paths;
-  for (const UnreadDrive& drive : drives) paths.push_back(PathText(drive.device));
+  for (const UnreadDrive& drive : drives) {
+    const std::string names = NamesText(drive);
+    paths.push_back(PathText(drive.device) + (names.empty() ? "" : " (" + names + ")"));
+  }
   return paths;
 }
 
@@ -74,9 +78,24 @@ bool AppendGroup(std::string& text, std::string_view heading, const Names& names
   return true;
 }
 
+Names DisksOf(const Names& disks) {
+  Names names;
+  for (const std::string& disk : disks) {
+    const std::string name = FieldText(disk);
+    names.push_back(name.empty() ? "(no name)" : name);
+  }
+  return names;
+}
+
 std::string Count(std::size_t drives) {
   if (drives == 0) return "no drives";
   return std::to_string(drives) + (drives == 1 ? " drive" : " drives");
+}
+
+// What a clean bill rests on.
+std::string_view Grounds(const Report& report) {
+  return report.notATA ? ", no threshold reached, no lost sector counted"
+                       : ", no threshold reached";
 }
 
 }  // namespace
@@ -135,8 +154,8 @@ std::string DamageText(const Damage& damage) {
 
 std::vector<std::string> OtherDisksTexts(const Report& report) {
   std::vector<std::string> texts(2);
-  AppendGroup(texts[0], "Without S.M.A.R.T., not read: ", LinesOf(report.withoutSMART));
-  AppendGroup(texts[1], "Not ATA, not looked at: ", LinesOf(report.notATA.value_or(Names())));
+  AppendGroup(texts[0], "S.M.A.R.T. is missing or off, not read: ", DisksOf(report.withoutSMART));
+  AppendGroup(texts[1], "Not ATA, not looked at: ", DisksOf(report.notATA.value_or(Names())));
   std::erase(texts, "");
   return texts;
 }
@@ -151,7 +170,9 @@ Judgement Check(const Report& report, const std::vector<std::string>& faults) {
   isWarning |= AppendGroup(found, "worn: ", PathsOf(report, Health::kWorn));
   isWarning |= AppendGroup(found, "hot, now or once: ", PathsOf(report, Health::kHot));
   isWarning |= AppendGroup(found, "attributes not known: ", PathsOf(report, Health::kNoAttributes));
-  if (found.empty()) found = Count(report.drives.size());
+  if (found.empty()) {
+    found = Count(report.drives.size()).append(isUnknown ? "" : Grounds(report));
+  }
   for (const std::string& text : OtherDisksTexts(report)) AppendGroup(found, "", {text});
 
   Verdict verdict = isWarning ? Verdict::kWarning : Verdict::kOk;

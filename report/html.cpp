@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -103,7 +104,6 @@ void AppendItem(std::string& page, std::string_view text, Health health) {
 
 // What a clean bill rests on: counts of sectors are in recordings alone.
 std::string_view AllClearText(const Report& report) {
-  if (report.drives.empty()) return "There is nothing to tell of.";
   if (!report.notATA) return "No threshold is reached. Lost sectors are not in the report.";
   return "No threshold is reached, and no drive counts a lost sector.";
 }
@@ -133,6 +133,9 @@ void AppendFaults(std::string& page, const Report& report, const Drives& drives)
     AppendItem(items, "Could not be read: " + UnreadText(drive), Health::kFailing);
   }
   AppendItems(items, {firstNotFailing, drives.end()});
+  if (drives.empty() && report.notRead.empty()) {
+    AppendItem(items, "No drives were found.", Health::kNoAttributes);
+  }
   if (items.empty()) {
     page.append("<p>").append(AllClearText(report)).append("</p>\n");
   } else {
@@ -153,10 +156,11 @@ void AppendBar(std::string& page, const Attribute& attribute) {
   const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
   const int distance = attribute.value - attribute.threshold;
   const auto percent = [scale](int value) { return std::to_string(100 * value / scale); };
-  page += R"(<svg viewBox="0 0 100 10" preserveAspectRatio="none" role="img" aria-label=")" +
-          std::to_string(distance < 0 ? -distance : distance) +
-          (distance < 0 ? " below" : " above") + " the threshold\">";
-  page += R"(<rect class="room" width="100" height="10"/><rect class="value" y="2" width=")" +
+  const std::string_view side = distance == 0 ? "" : distance < 0 ? " below" : " above";
+  page.append(R"(<svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img" aria-label=")");
+  page.append(distance == 0 ? "at" : std::to_string(std::abs(distance))).append(side);
+  page += " the threshold\">";
+  page += R"(<rect class="room" width="101" height="10"/><rect class="value" y="2" width=")" +
           percent(attribute.value) + R"(" height="6"/><rect class="limit" x=")" +
           percent(attribute.threshold) + R"(" width="1" height="10"/></svg>)";
 }
@@ -214,6 +218,11 @@ void AppendDrive(std::string& page, const Drive& drive) {
   AppendFact(page, "Temperature", TemperatureText(drive));
   if (drive.date) AppendFact(page, "Read", DateText(*drive.date));
   page += "</dl>\n";
+  const std::string faults = FaultsText(drive);
+  if (!faults.empty()) {
+    page.append("<p class=\"").append(ClassOf(health)).append("\">").append(Escaped(faults));
+    page += "</p>\n";
+  }
   AppendAttributes(page, drive);
   page += "</section>\n";
 }
@@ -237,9 +246,8 @@ std::string HTMLText(const Report& report, std::chrono::sys_seconds date) {
       title + "</title>\n<style>" + std::string(kStyle) + "</style>\n</head>\n<body>\n<h1>" +
       title + "</h1>\n<p class=\"weak\">Page of " + DateText(date) + ".</p>\n";
   AppendFaults(page, report, drives);
-  page += "<h2>Drives</h2>\n";
+  if (!drives.empty()) page += "<h2>Drives</h2>\n";
   for (const Drive* drive : drives) AppendDrive(page, *drive);
-  if (drives.empty()) page += "<p>No drives.</p>\n";
   const std::vector<std::string> others = OtherDisksTexts(report);
   if (!others.empty()) page += "<h2>Not in this report</h2>\n";
   for (const std::string& other : others)

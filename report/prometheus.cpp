@@ -144,6 +144,12 @@ void AppendSectors(std::string& text, const Devices& devices) {
   }
 }
 
+// nullopt also for a clock that was set before that time.
+std::optional<std::uint64_t> ReadTime(const Drive& drive) {
+  const std::int64_t seconds = drive.date ? drive.date->time_since_epoch().count() : -1;
+  return seconds < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(seconds));
+}
+
 std::string LabelsOf(const ReadDrive& drive, const Attribute& attribute) {
   return Joined(drive.labels,
                 Labels({{"id", std::to_string(attribute.id)},
@@ -185,6 +191,9 @@ std::string PrometheusText(const Report& report) {
   if (report.notATA) {
     AppendCount(text, "smartprobe_disks_not_looked_at", "How many disks are not ATA disks.",
                 report.notATA->size());
+    AppendCount(text, "smartprobe_drives_without_smart",
+                "How many drives have no S.M.A.R.T., or none that can be enabled.",
+                report.withoutSMART.size());
   }
   AppendInfo(text, devices);
   AppendDriveMetric(text, "smartprobe_drive_threshold_exceeded",
@@ -194,11 +203,8 @@ std::string PrometheusText(const Report& report) {
                     devices, [](const Drive& drive) { return Value(drive.attributes.size()); });
   AppendDriveMetric(text, "smartprobe_drive_temperature_celsius", "The temperature of the drive.",
                     devices, [](const Drive& drive) { return Value(drive.temperature); });
-  AppendDriveMetric(
-      text, "smartprobe_drive_read_time_seconds", "When the drive answered, in seconds since 1970.",
-      devices, [](const Drive& drive) {
-        return drive.date ? Value(drive.date->time_since_epoch().count()) : std::nullopt;
-      });
+  AppendDriveMetric(text, "smartprobe_drive_read_time_seconds",
+                    "When the drive answered, in seconds since 1970.", devices, ReadTime);
   AppendSectors(text, devices);
   AppendReadFailed(text, devices);
   AppendAttributeMetric(text, "smartprobe_attribute_value",

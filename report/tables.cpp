@@ -30,9 +30,10 @@ void AppendEnd(std::string& text, const Report& report, const Screen& screen) {
   }
 }
 
-constexpr std::array kAttributeColumns{
-    Column{"  ID", true},    Column{"Name", false, 1}, Column{"Value", true}, Column{"Worst", true},
-    Column{"Thresh.", true}, Column{"Raw", true, 2},   Column{"Kind"},        Column{"Status"}};
+constexpr std::array kAttributeColumns{Column{"  ID", true},     Column{"Name", false, 1, 8},
+                                       Column{"Value", true},    Column{"Worst", true, 3},
+                                       Column{"Thresh.", true},  Column{"Raw", true, 4},
+                                       Column{"Kind", false, 2}, Column{"Status"}};
 
 std::vector<Row> RowsOf(const Drive& drive) {
   std::vector<Row> rows;
@@ -56,9 +57,10 @@ void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive), screen);
 }
 
-constexpr std::array kDriveColumns{Column{"Device", false, 4},  Column{"Product", false, 1},
-                                   Column{"Capacity", true, 2}, Column{"Serial number", false, 3},
-                                   Column{"Temp.", true},       Column{"Health"}};
+constexpr std::array kDriveColumns{
+    Column{"Device", false, 5, 16}, Column{"Product", false, 1, 8},
+    Column{"Capacity", true, 2},    Column{"Serial number", false, 4, 8},
+    Column{"Temp.", true, 3},       Column{"Health"}};
 
 Row RowOf(const Drive& drive) {
   const Health health = HealthOf(drive);

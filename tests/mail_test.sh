@@ -32,8 +32,8 @@ is() {
 }
 
 
-critical='CRITICAL: failing: /dev/rdisk1; Without S.M.A.R.T., not read: '
-critical+=$("$2" --brief "$examples/desktop.plist" | sed -n 's/^Without.*read: //p')
+critical='CRITICAL: failing: /dev/rdisk1; S.M.A.R.T. is missing or off, not read: '
+critical+=$("$2" --brief "$examples/desktop.plist" | sed -n 's/^S.M.A.R.T..*read: //p')
 stale='UNKNOWN: nothing has been recorded for a day'
 is 'the first time, and all is well' laptop works ''
 is 'the first failure' desktop works "$critical"
@@ -48,6 +48,6 @@ is 'worse, but no sendmail' desktop missing ''
 is 'it fails too' desktop fails ''
 is 'it works again' desktop works "$critical"
 is 'well again, but it fails' laptop fails ''
-is 'well again' laptop works 'OK: 1 drive'
+is 'well again' laptop works 'OK: 1 drive, no threshold reached, no lost sector counted'
 is 'well a week later' laptop works '' 0 8
 [ ! -e "$work/failed" ]

@@ -73,7 +73,7 @@ TEST(Report, Check) {
   const Sectors none = {{"reallocated", 0}, {"uncorrectable", 0}};
   // What the report says, what its drives have lost, and the judgement.
   const std::tuple<std::string, Sectors, int, std::string> kRows[] = {
-      {Repeated(3, kStart + kAttribute + kEnd), none, 0, "OK: 3 drives"},
+      {Repeated(3, kStart + kAttribute + kEnd), none, 0, "OK: 3 drives, no threshold reached"},
       {kStart + kEnd + kStart + worn + kEnd, none, 1, "WARNING: worn: d; attributes not known: d"},
       {kStart + hot + invalid + kEnd, none, 1, "WARNING: hot, now or once: d"},
       {kStart + hot + worn + kEnd, none, 1, "WARNING: worn: d"},
@@ -86,7 +86,7 @@ TEST(Report, Check) {
        1,
        "WARNING: caution: d (1 sector pending)"},
       {kStart + worn + failing + worn + kEnd, {{"pending", 1}}, 2, "CRITICAL: failing: d"},
-      {kStart + invalid + kEnd, none, 0, "OK: 1 drive"},
+      {kStart + invalid + kEnd, none, 0, "OK: 1 drive, no threshold reached"},
       {failed + kStart + worn + kEnd, none, 3, "UNKNOWN: not read: f; worn: d"},
       {kStart + "SmartDeviceEnd:::d:::True\n", none, 2, "CRITICAL: failing: d"},
       {"GetSMARTFailed::0\n" + failed + kStart + failing + kEnd, none, 2,
@@ -215,27 +215,35 @@ report::Report Wide() {
 }
 
 TEST(Report, FitsTheScreen) {
-  const std::string brief = report::BriefText(Wide(), {});
-  const std::string rows = brief.substr(0, brief.find("\nCould not be read"));
-  EXPECT_EQ(rows + report::TableText(Wide(), {}),
+  const auto rows = [](std::size_t columns) {
+    const std::string brief = report::BriefText(Wide(), {.columns = columns});
+    return brief.substr(0, brief.find("\nCould not be read"));
+  };
+  EXPECT_EQ(rows(80) + rows(45) + report::TableText(Wide(), {.columns = 79}),
             R"(Device      Product              Capacity  Serial number          Temp.  Health
 /dev/rsdaa  pppppppppppppppp…  1023.99 GB  ssssssssssssssssssss  100 °C  failing
   the drive says so itself; attribute 187 is 1, threshold 2: failure predicted;
   65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable
+Device      Product   Serial number   Health
+/dev/rsdaa  ppppppp…  sssssssssssss…  failing
+  the drive says so itself; attribute 187 is
+  1, threshold 2: failure predicted; 65535
+  sectors reallocated, 4294967295 pending,
+  4294967295 uncorrectable
 /dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2:
   failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295
   uncorrectable
   ppppppppppppppppppppppppppppppppppppppp…, revision 87654321, 1023.99 GB,
   serial ssssssssssssssssssss, 100 °C, read 2026-11-25 16:02 UTC
-  ID  Name            Value  Worst  Thresh.              Raw  Kind       Status
- 255  nnnnnnnnnnnnn…    100    100      254  281474976710655  life-span  OK
- 187  attribute 187       1      -        2                -  pre-fail   failing
+  ID  Name           Value  Worst  Thresh.              Raw  Kind       Status
+ 255  nnnnnnnnnnnn…    100    100      254  281474976710655  life-span  OK
+ 187  attribute 187      1      -        2                -  pre-fail   failing
 
 Could not be read:
   /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial
   ssssssssssssssssssss
 
-Without S.M.A.R.T., not read: sdc
+S.M.A.R.T. is missing or off, not read: sdc
 Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
   nvme6n1
 )");
@@ -245,6 +253,8 @@ Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
 TEST(Report, AsPage) {
   report::Report report = Wide();
   report.drives.at(0).product = "<b title='\"'>&amp;";
+  report.drives.at(0).attributes.at(0).name = "<n>";
+  report.withoutSMART = {"<s>"};
   report.damage = {7, "<i>"};
   report.drives.insert(report.drives.begin(), report::Drive())->device = "/dev/rsdz";
   const std::string page = report::HTMLText(report, std::chrono::sys_days(std::chrono::days(1)));
@@ -269,12 +279,13 @@ TEST(Report, AsPage) {
 <div><dt>Temperature</dt><dd>100 °C</dd></div>
 <div><dt>Read</dt><dd>2026-11-25 16:02 UTC</dd></div>
 </dl>
+<p class="failing">the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</p>
 <table>
 <caption>Attributes</caption>
 <thead><tr><th scope="col">Name</th><th scope="col">Value</th><th scope="col">Worst</th><th scope="col">Threshold</th><th scope="col">Raw</th></tr></thead>
 <tbody>
-<tr><th scope="row">255 nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn <small>life-span</small></th><td>100</td><td>100</td><td>254</td><td>281474976710655</td></tr>
-<tr class="failing"><th scope="row">187 attribute 187 <small>pre-failure</small> <strong>failing</strong><svg viewBox="0 0 100 10" preserveAspectRatio="none" role="img" aria-label="1 below the threshold"><rect class="room" width="100" height="10"/><rect class="value" y="2" width="1" height="6"/><rect class="limit" x="2" width="1" height="10"/></svg></th><td>1</td><td></td><td>2</td><td></td></tr>
+<tr><th scope="row">255 &lt;n&gt; <small>life-span</small></th><td>100</td><td>100</td><td>254</td><td>281474976710655</td></tr>
+<tr class="failing"><th scope="row">187 attribute 187 <small>pre-failure</small> <strong>failing</strong><svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img" aria-label="1 below the threshold"><rect class="room" width="101" height="10"/><rect class="value" y="2" width="1" height="6"/><rect class="limit" x="2" width="1" height="10"/></svg></th><td>1</td><td></td><td>2</td><td></td></tr>
 </tbody>
 </table>
 </section>
@@ -285,7 +296,7 @@ TEST(Report, AsPage) {
 </dl>
 </section>
 <h2>Not in this report</h2>
-<p>Without S.M.A.R.T., not read: sdc</p>
+<p>S.M.A.R.T. is missing or off, not read: &lt;s&gt;</p>
 <p>Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>
 </body>
 </html>

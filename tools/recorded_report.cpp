@@ -102,23 +102,27 @@ void AddNames(report::UnreadDrive& drive, const Entry& device) {
   if (!serial.empty()) drive.serial = serial;
 }
 
-// Where the report is damaged, the devices after the damage are in none of its lists.
+// Where the report is damaged, the devices after the damage are in none of its lists. Whose lines
+// are not exactly those of one device, since a text in them has line feeds, has no more than they
+// say.
 void AddDevices(Report& report, const ReplayedReport& replayed) {
-  auto drive = report.drives.begin();
-  auto unread = report.notRead.begin();
+  std::size_t drives = 0;
+  std::size_t unread = 0;
   for (std::size_t i = 0; i < replayed.visits.size(); i++) {
     const auto& [device, begin] = replayed.visits[i];
     const bool isLast = i + 1 == replayed.visits.size();
     const std::size_t end = isLast ? replayed.text.size() : replayed.visits[i + 1].begin;
     const std::string_view lines = std::string_view(replayed.text).substr(begin, end - begin);
-    const bool isRead = report::ParseReport(lines).notRead.empty();
-    if (lines.empty()) {
-      report.withoutSMART.push_back(machines::DiskName(*device));
-    } else if (isRead && drive != report.drives.end()) {
-      AddAnswers(*drive++, *device);
-    } else if (!isRead && unread != report.notRead.end()) {
-      AddNames(*unread++, *device);
+    if (lines.empty()) report.withoutSMART.push_back(machines::DiskName(*device));
+    const Report own = report::ParseReport(lines);
+    const bool isOne = own.drives.size() + own.notRead.size() == 1;
+    if (isOne && drives < report.drives.size() && own.notRead.empty()) {
+      AddAnswers(report.drives[drives], *device);
+    } else if (isOne && unread < report.notRead.size() && own.drives.empty()) {
+      AddNames(report.notRead[unread], *device);
     }
+    drives += own.drives.size();
+    unread += own.notRead.size();
   }
 }
 
