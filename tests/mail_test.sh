@@ -15,13 +15,13 @@ mkdir "$folder"
 is() {
   local age=${5:-0} expected=0 got
   rm -f "$work/mail" "$SENDMAIL" "$folder/host.plist"
-  [ "$2" = none ] || cp "$examples/$2.plist" "$folder/host.plist"
+  [ "$2" = none ] || cp "$work/$2.plist" "$folder/host.plist"
   [ "$2" = none ] || touch -d "$age days ago" "$folder/host.plist"
   [ -z "${6-}" ] || touch -d "$6 days ago" "$folder/said"
   case $3 in
     works) printf '#!/bin/sh\n[ "$*" = "-oi -t" ] && exec cat >%s' "$work/mail" >"$SENDMAIL" ;;
     fails) printf '#!/bin/sh\ncat >/dev/null; exit 1' >"$SENDMAIL" && expected=1 ;;
-    missing) expected=127 ;;
+    missing) expected=1 ;;
   esac
   [ ! -e "$SENDMAIL" ] || chmod +x "$SENDMAIL"
   "$script" "$folder" 2>"$work/err"
@@ -31,23 +31,28 @@ is() {
   [ "$got" = "$4" ] || fail "$1: \"$got\" instead of \"$4\""
 }
 
-
-critical='CRITICAL: failing: /dev/rdisk1; S.M.A.R.T. is missing or off, not read: '
-critical+=$("$2" --brief "$examples/desktop.plist" | sed -n 's/^S.M.A.R.T..*read: //p')
-stale='UNKNOWN: nothing has been recorded for a day'
+sed '/ThresholdExceeded/ { n; s/false/true/ }' "$examples/laptop.plist" >"$work/failing.plist"
+sed 's/Maxtor 6L200P0/OTHER/' "$examples/desktop.plist" >"$work/replaced.plist"
+cp "$examples/laptop.plist" "$examples/desktop.plist" "$work"
+critical='CRITICAL: failing: /dev/rdisk0'
+others='CRITICAL: failing: /dev/rdisk1; a drive is no longer read'
+well='OK: 1 drive, no threshold reached, no lost sector counted'
+stale='UNKNOWN: there is no recording of the last day'
 is 'the first time, and all is well' laptop works ''
-is 'the first failure' desktop works "$critical"
-grep -q 'Save the data of a drive' "$work/mail" && grep -q '^/dev/rdisk1 .*failing$' "$work/mail" ||
+is 'the first failure' failing works "$critical"
+grep -q 'Save the data of a drive' "$work/mail" && grep -q '^/dev/rdisk0 .*failing$' "$work/mail" ||
   fail "the text: $(<"$work/mail")"
-is 'the same again' desktop works '' 0 6
-is 'the same a week later' desktop works "$critical" 0 7
-is 'the same again after that' desktop works ''
-is 'no recording for a day' desktop works "$stale" 2
+is 'the same again' failing works '' 0 6
+is 'the same a week later' failing works "$critical" 0 7
+is 'the same again after that' failing works ''
+is 'no recording for a day' failing works "$stale" 2
 is 'the same again' none works ''
-is 'worse, but no sendmail' desktop missing ''
-is 'it fails too' desktop fails ''
-is 'it works again' desktop works "$critical"
+is 'as before, but no sendmail' failing missing ''
+is 'it fails too' failing fails ''
+is 'it works again' failing works "$critical"
 is 'well again, but it fails' laptop fails ''
-is 'well again' laptop works 'OK: 1 drive, no threshold reached, no lost sector counted'
+is 'well again' laptop works "$well"
 is 'well a week later' laptop works '' 0 8
+is 'other drives' desktop works "$others"
+is 'a drive is replaced while another is failing' replaced works "$others"
 [ ! -e "$work/failed" ]
