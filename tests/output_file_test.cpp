@@ -3,28 +3,22 @@
 #include "tools/output_file.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 
 #include "base/descriptor.h"
 #include "base/files.h"
 #include "base/standard_streams.h"
+#include "tests/support.h"
 
-namespace {
-
-namespace fs = std::filesystem;
+namespace test {
 
 TEST(OutputFile, IsReplacedWholeOrNotAtAll) {
-  const fs::path folder = fs::path(testing::TempDir()) / "output_file_test";
-  fs::remove_all(folder);
-  fs::create_directories(folder / "folder");
+  const fs::path folder = EmptyFolder();
+  fs::create_directory(folder / "folder");
   const std::string file = folder / "file";
   umask(027);
   tools::WriteOutputFile(file, "old");
@@ -58,9 +52,9 @@ TEST(StandardStreams, AClosedOneIsNeverAFile) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
     base::PrepareStandardStreams();
     const base::Descriptor file(open("/dev/null", O_RDONLY));
-    std::_Exit(file.Number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
+    _exit(file.Number() > STDERR_FILENO && write(STDERR_FILENO, "x", 1) < 0 ? 0 : 1);
   };
   EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
 }
 
-}  // namespace
+}  // namespace test

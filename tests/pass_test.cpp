@@ -13,10 +13,8 @@ using namespace std::string_literals;
 namespace test {
 
 std::string Item(SInt16 row, SInt16 item) {
-  const auto text = std::make_unique<char[]>(77);  // the most that is written
-  std::strcpy(text.get(), "untouched");
-  ThresholdsGetSetItemData(row, item, text.get());
-  return text.get();
+  // 77: the most that is written
+  return Written(77, [&](char* out) { ThresholdsGetSetItemData(row, item, out); }).data();
 }
 
 TEST(Pass, VersionDecidesWhatIsReadAndPrinted) {

@@ -76,7 +76,6 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {"<?xml version='1.0' encoding='ISO-8859-1'?>" + Text("\n\xE9"), "line 2: text that is not"},
       {Text("\uFFFE"), "U+FFFE"},
       {Value("<!-- -- --><true/>"), "not well-formed"},
-      // Leaves
       {Value("<integer>12abc</integer>"), "\"12abc\" is no <integer>"},
       {Value("<integer>18446744073709551616</integer>"), "is no <integer>"},
       {Value("<real>+-1</real>"), "is no <real>"},
@@ -84,7 +83,6 @@ TEST(RecordedMachine, BadFilesAreRefusedWithTheReasonAndThePlace) {
       {Value("<date>2001-01-01T24:00:00Z</date>"), "is no <date>"},
       {Value("<data>QUJ</data>"), "is no <data>"},
       {Value("<data>QQ==QUJD</data>"), "is no <data>"},
-      // Entries
       {List(Named("A", Children(Named("B", "") + Named("B", Children("<true/>"))))),
        "/A/B (child 2)/child 1: not a <dict>"},
       {List(Named("a\n\u009B", "<key>IOObjectClass</key><true/>")),

