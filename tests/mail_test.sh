@@ -13,20 +13,17 @@ mkdir "$folder"
 # mail SAID days, and a sendmail that is "works", "fails" or "missing", there is a mail with that
 # subject, or none, and the script fails where the mail does.
 is() {
-  local age=${5:-0} expected=0 got
+  local got
   rm -f "$work/mail" "$SENDMAIL" "$folder/host.plist"
-  [ "$2" = none ] || cp "$work/$2.plist" "$folder/host.plist"
-  [ "$2" = none ] || touch -d "$age days ago" "$folder/host.plist"
+  [ "$2" = none ] || { cp "$work/$2.plist" "$folder/host.plist" && touch -d "${5:-0} days ago" "$_"; }
   [ -z "${6-}" ] || touch -d "$6 days ago" "$folder/said"
   case $3 in
     works) printf '#!/bin/sh\n[ "$*" = "-oi -t" ] && exec cat >%s' "$work/mail" >"$SENDMAIL" ;;
-    fails) printf '#!/bin/sh\ncat >/dev/null; exit 1' >"$SENDMAIL" && expected=1 ;;
-    missing) expected=1 ;;
+    fails) printf '#!/bin/sh\ncat >/dev/null; exit 1' >"$SENDMAIL" ;;
   esac
   [ ! -e "$SENDMAIL" ] || chmod +x "$SENDMAIL"
   "$script" "$folder" 2>"$work/err"
-  got=$?
-  [ $got = $expected ] || fail "$1: status $got instead of $expected: $(<"$work/err")"
+  [ $? = $([ "$3" = works ]; echo $?) ] || fail "$1: a wrong status: $(<"$work/err")"
   got=$(sed -n "s/^Subject: $(uname -n): smartprobe //p" "$work/mail" 2>/dev/null)
   [ "$got" = "$4" ] || fail "$1: \"$got\" instead of \"$4\""
 }

@@ -15,8 +15,7 @@ awk -v text="${escaped//&/\\\\&}" '
 cp "$examples/server.plist" "$examples/laptop.report" "$work"
 : >"$work/none"
 
-# seen WIDTH: how wide the page is in a window of that width, how many elements it has that no page
-# of ours has and that would run something, and its text.
+# seen WIDTH: how wide the page is in such a window, its foreign and its running elements, its text.
 seen() {
   cat >"$work/window.html" <<END
 <iframe src="page.html" width="$1" height="800" style="border: 0" onload="

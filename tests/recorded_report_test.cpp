@@ -3,7 +3,6 @@
 #include "tools/recorded_report.h"
 
 #include <regex>
-#include <sstream>
 
 #include "report/forms.h"
 #include "tests/support.h"
@@ -37,7 +36,6 @@ report::Report ReportOf(const std::vector<Entry>& devices) {
   platform::EndProcess();
   return tools::RecordedReport({.roots = {{.name = "Root", .children = devices}}});
 }
-
 
 TEST(RecordedReport, HasTemperatureAndSectorsWhereTheRawValuesAreSuch) {
   // Temperature, and sectors by the first letter of their state.
@@ -89,14 +87,9 @@ TEST(RecordedReport, HasEveryDiskUnderItsName) {
 {"device":"/dev/rsda","product":"KNOWN","revision":"REV     ","capacity":"","serial":"SERIAL              ","threshold_exceeded":false,"reallocated_sectors":69,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":9,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":8,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":0,"raw":69}]}
 ],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"SERIAL"},{"device":"/dev/rsdb","product":"KNOWN","serial":"SERIAL"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1"},{"device":"/dev/rsde","product":"","serial":""}],"without_smart":["sdc"],"not_ata":["nvme0n1"]}
 )");
-  std::string samples;
-  std::istringstream metrics(report::PrometheusText(report));
-  const std::regex added(
-      "(smartprobe_(disks|drive_t.*ius|drive_read_time|drive_s|drive_read|attribute_[rw][ao].*187)."
-      "*)");
-  for (std::string line; std::getline(metrics, line);) {
-    if (std::regex_match(line, added)) samples += line + "\n";
-  }
+  const std::regex others(
+      "(#|smartprobe_(?!disks|drive_t.*ius|drive_s|drive_read|attribute_[rw][ao].*187)).*\n");
+  const std::string samples = std::regex_replace(report::PrometheusText(report), others, "");
   EXPECT_EQ(samples, R"(smartprobe_disks_not_looked_at 1
 smartprobe_drive_read_time_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 978307200
 smartprobe_drive_sectors{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL",state="reallocated"} 69
@@ -110,14 +103,16 @@ smartprobe_attribute_raw{device="/dev/rsda",disk="sda",product="KNOWN",serial="S
 )");
 }
 
-// Those beyond the table too, and none is told by the name of another.
-TEST(RecordedReport, NamesDevicesBeyondTheTable) {
+TEST(RecordedReport, NamesDevicesBeyondTheTableAndNoneByAnothersName) {
   std::vector<Entry> devices(65, Device("sda", {}, DriveOf(AnswersOf({{1, 9, 7}}))));
   devices.push_back(Device("sda", {}, HealthyDrive()));
+  DriveAnswers failed = HealthyAnswers();
+  failed.whyNotOpened = "it failed";
+  devices.insert(devices.begin(), Device("two:0\nGetSMARTFailed:lines", {}, DriveOf(failed)));
   const report::Report report = ReportOf(devices);
-  EXPECT_EQ(report.drives.size(), 64U);
-  ASSERT_EQ(report.notRead.size(), 2U);
-  EXPECT_EQ(report.notRead[0].serial + report.notRead[1].serial, "SERIAL");
+  ASSERT_EQ(report.notRead.size(), 4U);
+  EXPECT_EQ(report.notRead[0].serial + report.notRead[1].serial + report.notRead[2].serial, "");
+  EXPECT_EQ(report.notRead[3].serial, "SERIAL");
 }
 
 }  // namespace test

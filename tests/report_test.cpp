@@ -173,9 +173,8 @@ smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
 }
 
 TEST(Report, AsTable) {
-  const std::string colored = report::TableText(report::ParseReport(kOdd), {.hasColors = true});
   EXPECT_EQ(
-      Marked(colored),
+      Marked(report::TableText(report::ParseReport(kOdd), {.hasColors = true})),
       R"(<31>d: failing: the drive says so itself; First is 100, threshold 255: worn, plan to<0>
   <31>replace; Off Tra�k is 21, threshold 255: failure predicted; a:::b is 0,<0>
   <31>threshold 253: worn, plan to replace<0>
@@ -189,8 +188,6 @@ TEST(Report, AsTable) {
 <33>d: no attributes<0>
   revision 01234567890123456789012345678901234567890123456789012345678901234
 )" + kNotReadOdd);
-  EXPECT_EQ(std::regex_replace(colored, std::regex("\x1B\\[[0-9]+m"), ""),
-            report::TableText(report::ParseReport(kOdd), {}));
 }
 
 // A report of the widest texts that a drive can give, with counts and all that a recording adds.
@@ -198,11 +195,11 @@ report::Report Wide() {
   const std::string wide =
       "SmartDeviceStart:::/dev/rsdaa:::" + std::string(255, 'p') +
       ":::87654321:::1023.99 GB:::" + std::string(20, 's') + "\n" +
-      "SMARTStatus:::255:::" + std::string(34, 'n') + ":::0:::No Data:::No:::" + kWornStatus +
+      "SMARTStatus:::255:::" + std::string(34, 'n') +
+      ":::0:::No Data:::254 (Invalid):::" + kWornStatus +
       "\nSMARTStatus:::187:::Unknown Attribute:::0:::1:::2:::" + kFailingStatus +
       "\nSmartDeviceEnd:::/dev/rsdaa:::True\n";
-  report::Report report =
-      report::ParseReport(std::regex_replace(wide, std::regex(":::No:::"), ":::254 (Invalid):::"));
+  report::Report report = report::ParseReport(wide);
   report::Drive& drive = report.drives.at(0);
   drive.attributes.at(0).counts = {100, (std::uint64_t{1} << 48) - 1};
   drive.temperature = 100;
@@ -249,7 +246,6 @@ Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
 )");
 }
 
-// What a browser makes of the page is tried elsewhere.
 TEST(Report, AsPage) {
   report::Report report = Wide();
   report.drives.at(0).product = "<b title='\"'>&amp;";
@@ -258,8 +254,8 @@ TEST(Report, AsPage) {
   report.damage = {7, "<i>"};
   report.drives.insert(report.drives.begin(), report::Drive())->device = "/dev/rsdz";
   const std::string page = report::HTMLText(report, std::chrono::sys_days(std::chrono::days(1)));
-  const std::string body = page.substr(page.find("<h1>"));
-  EXPECT_EQ(body, R"(<h1>Drives: 1 failing, 1 not read, 1 no attributes</h1>
+  EXPECT_EQ(page.substr(page.find("<h1>")),
+            R"(<h1>Drives: 1 failing, 1 not read, 1 no attributes</h1>
 <p class="weak">Page of 1970-01-02 00:00 UTC.</p>
 <h2>What is wrong</h2>
 <ul>
