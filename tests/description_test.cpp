@@ -153,7 +153,7 @@ std::string Label(SInt64 count, SInt32 version, bool fullNames) {
 
 std::string Converted(platform::Number number, bool isHex) {
   const platform::ValueObject object(&number);
-  const auto ref = static_cast<CFNumberRef>(platform::Ref(&object));
+  const auto* const ref = static_cast<CFNumberRef>(platform::Ref(&object));
   return Written(kNumberTextSize, [&](char* out) { ConvertCFNumberToCStr(ref, out, isHex); })
       .data();
 }
