@@ -46,6 +46,7 @@ def write_series(out, hosts, end):
     metric("smartprobe_drive_read_failed", drive, recent, 15, 0)
     metric("smartprobe_drive_sectors", state + reallocated, recent, 15, 0)
     metric("smartprobe_attribute_reached", attribute, recent, 15, 0)
+    metric("smartprobe_attribute_value", attribute, recent, 15, 100)
     metric("smartprobe:drive_present", drive, 7 * day, 15 * minute)
     metric("smartprobe:sectors_reallocated", reallocated, 7 * day, 15 * minute, 0)
     metric("smartprobe:report_time", host, 30 * day, 15 * minute, end)
