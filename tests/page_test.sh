@@ -41,6 +41,6 @@ is() {
 }
 is server.plist 'Temperature 42 °C'
 is laptop.report 'OK'
-is none 'No drives.'
+is none 'No drives were found.'
 is hostile "$escaped"
 [ ! -e "$work/failed" ]
