@@ -78,8 +78,7 @@ minimal_system() {
   steps=$(cd "$tree/usr/lib/systemd/system" && sed -n 's/^ExecStart=//p' $services)
   in_root sh -ec "mkdir /var/lib/smartprobe; $steps" 2>"$work/said" || fail "the service's steps"
   apt_in_root install --reinstall ./smartprobe.deb || fail 'the upgrade'
-  [ -s "$root$folder/smartprobe.prom" ] && [ -s "$root/var/lib/smartprobe/index.html" ] ||
-    fail 'the page or the metrics are gone after an upgrade'
+  [ -s "$root$folder/smartprobe.prom" ] && [ -s "$root/var/lib/smartprobe/index.html" ] || fail 'after an upgrade'
   in_root systemctl --quiet is-enabled $enabled || fail 'an upgrade disables the units'
   apt_in_root purge --auto-remove smartprobe || fail 'the removal'
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
