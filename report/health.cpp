@@ -123,14 +123,17 @@ std::string_view HealthWord(Health health) {
 }
 
 std::string FaultsText(const Drive& drive) {
-  std::string text;
-  AppendGroup(text, "", drive.thresholdExceeded ? Names{"the drive says so itself"} : Names());
+  Names faults;
+  if (drive.thresholdExceeded) faults.emplace_back("the drive says so itself");
   for (const Attribute& attribute : drive.attributes) {
     const Health health = HealthOf(attribute);
-    if (health != Health::kGood) AppendGroup(text, "", {FaultText(attribute, health)});
+    if (health != Health::kGood) faults.push_back(FaultText(attribute, health));
   }
   const std::string sectors = SectorsText(drive.sectors);
-  AppendGroup(text, "", sectors.empty() ? Names() : Names{sectors});
+  if (!sectors.empty()) faults.push_back(sectors);
+
+  std::string text;
+  for (const std::string& fault : faults) AppendGroup(text, "", {fault});
   return text;
 }
 

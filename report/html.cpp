@@ -80,7 +80,7 @@ std::string_view ClassOf(Health health) {
   return health == Health::kFailing ? "failing" : "warning";
 }
 
-// "1 failing, 2 OK, 1 not read": the grades, the worst first.
+// "1 failing, 1 not read, 2 OK": the grades, the worst first.
 std::string CountsText(const Report& report) {
   std::array<std::size_t, 6> counts{};
   for (const Drive& drive : report.drives) counts.at(static_cast<std::size_t>(HealthOf(drive)))++;
@@ -89,10 +89,10 @@ std::string CountsText(const Report& report) {
     if (count == 0) return;
     text.append(text.empty() ? "" : ", ").append(std::to_string(count)).append(" ").append(what);
   };
-  append(counts[5], HealthWord(Health::kFailing));
-  append(report.notRead.size(), "not read");
-  for (std::size_t i = counts.size() - 1; i-- > 0;) {
-    append(counts.at(i), HealthWord(static_cast<Health>(i)));
+  for (std::size_t i = counts.size(); i-- > 0;) {
+    const auto health = static_cast<Health>(i);
+    append(counts.at(i), HealthWord(health));
+    if (health == Health::kFailing) append(report.notRead.size(), "not read");
   }
   return text.empty() ? "none" : text;
 }
@@ -156,9 +156,9 @@ void AppendBar(std::string& page, const Attribute& attribute) {
   const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
   const int distance = attribute.value - attribute.threshold;
   const auto percent = [scale](int value) { return std::to_string(100 * value / scale); };
-  const std::string_view side = distance == 0 ? "" : distance < 0 ? " below" : " above";
+  const std::string_view side = distance < 0 ? " below" : " above";
   page.append(R"(<svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img" aria-label=")");
-  page.append(distance == 0 ? "at" : std::to_string(std::abs(distance))).append(side);
+  page += distance == 0 ? "at" : std::to_string(std::abs(distance)).append(side);
   page += " the threshold\">";
   page += R"(<rect class="room" width="101" height="10"/><rect class="value" y="2" width=")" +
           percent(attribute.value) + R"(" height="6"/><rect class="limit" x=")" +
@@ -172,11 +172,12 @@ void AppendCell(std::string& page, std::string_view text) {
 void AppendRow(std::string& page, const Attribute& attribute, bool hasCounts) {
   const Health health = HealthOf(attribute);
   const bool isGood = health == Health::kGood;
-  page.append("<tr").append(isGood ? "" : " class=\"").append(isGood ? "" : ClassOf(health));
-  page.append(isGood ? "" : "\"")
-      .append("><th scope=\"row\">")
-      .append(std::to_string(attribute.id));
-  page.append(" ").append(Escaped(NameText(attribute))).append(" <small>");
+  page += isGood ? "<tr>" : std::string("<tr class=\"").append(ClassOf(health)).append("\">");
+  page.append("<th scope=\"row\">")
+      .append(std::to_string(attribute.id))
+      .append(" ")
+      .append(Escaped(NameText(attribute)))
+      .append(" <small>");
   page.append(attribute.preFailure ? "pre-failure" : "life-span").append("</small>");
   if (!isGood) page.append(" <strong>").append(HealthWord(health)).append("</strong>");
   AppendBar(page, attribute);

@@ -40,7 +40,7 @@ std::string Labels(std::initializer_list<Label> labels) {
   return text;
 }
 
-// The one labels and the others.
+// `ones` and then `others`, of which either may be no labels.
 std::string Joined(const std::string& ones, const std::string& others) {
   return ones + (ones.empty() || others.empty() ? "" : ",") + others;
 }

@@ -54,7 +54,7 @@ struct Drive {
   std::optional<std::chrono::sys_seconds> date = {};  // when it answered
 };
 
-// A device that could not be read. What it is tells a recording, as far as anybody knows.
+// A device that could not be read. Only a recording has its names, as far as they were known.
 struct UnreadDrive {
   std::string device, product = {}, serial = {};
 };
