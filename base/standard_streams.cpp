@@ -34,9 +34,9 @@ void PrepareStandardStreams() {
   FillClosedDescriptors();
 }
 
-void PrintError(std::string_view program, std::string_view what) {
+void PrintError(std::string_view program, std::string_view what, std::FILE* stream) {
   const std::string line = OneLine(std::string(program) + ": " + std::string(what));
-  std::fprintf(stderr, "%s\n", line.c_str());
+  std::fprintf(stream, "%s\n", line.c_str());
 }
 
 void FinishOutput() {

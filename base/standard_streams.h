@@ -2,6 +2,7 @@
 // whether its output arrived.
 #pragma once
 
+#include <cstdio>
 #include <string_view>
 
 namespace base {
@@ -11,9 +12,9 @@ namespace base {
 // closed at the start. SIGPIPE stays as it was: by default it ends the process without a word.
 void PrepareStandardStreams();
 
-// Prints "program: what" as one line on standard error; OneLine (printable_text.h) says what
-// becomes of characters that do not fit one. A failure to print it is ignored.
-void PrintError(std::string_view program, std::string_view what);
+// Prints "program: what" as one line on standard error or another stream; OneLine
+// (printable_text.h) replaces the characters that do not fit one. A failure to print it is ignored.
+void PrintError(std::string_view program, std::string_view what, std::FILE* stream = stderr);
 
 // To be called when the last of the output is written: flushes it and does not close it. Throws
 // std::runtime_error, "standard output: why", when any of it was lost, also long before.

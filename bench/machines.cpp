@@ -21,7 +21,7 @@ platform::BlockAnswer Attributes(const std::array<std::uint8_t, 11>& rest) {
     block.push_back(id);
     block.insert(block.end(), rest.begin(), rest.end());
   }
-  block.resize(platform::kBlockSize);
+  block.resize(base::kBlockSize);
   return {block, true};
 }
 
@@ -30,7 +30,7 @@ platform::Drive BenchDrive() {
   answers.exceeded = false;
   answers.data = Attributes({0x33, 0, 127, 100, 1, 2, 3, 4, 5, 6, 0});
   answers.thresholds = Attributes({36});
-  answers.identify = {platform::Data(platform::kBlockSize, 'A'), true};
+  answers.identify = {platform::Data(base::kBlockSize, 'A'), true};
   return [answers] { return answers; };
 }
 

@@ -17,11 +17,6 @@ namespace {
 constexpr int kManyDrives = 64;
 constexpr int kOtherEntries = 10000;
 
-platform::Machine& Measured() {
-  static platform::Machine machine;
-  return machine;
-}
-
 // Sends standard output to `file` for as long as it lives.
 class Redirection {
  public:
@@ -62,7 +57,7 @@ void RunPasses(benchmark::State& state) {
 
 void Pass(benchmark::State& state) {
   const auto drives = static_cast<int>(state.range(0));
-  Measured() = bench::MachineOf(drives);
+  platform::SetMachine(bench::MachineOf(drives));
   RunPasses(state);
 }
 BENCHMARK(Pass)->Arg(0)->Arg(1)->Arg(8)->Arg(kManyDrives);
@@ -101,7 +96,7 @@ void PrintLine(const std::vector<std::string>& f) {
 }
 
 void LinesAlone(benchmark::State& state) {
-  Measured() = bench::MachineOf(kManyDrives);
+  platform::SetMachine(bench::MachineOf(kManyDrives));
   const auto lines = Lines(Report());
   const Redirection redirection(NullStream());
   for ([[maybe_unused]] auto _ : state) {
@@ -111,14 +106,14 @@ void LinesAlone(benchmark::State& state) {
 BENCHMARK(LinesAlone);
 
 void PassAmongOthers(benchmark::State& state) {
-  Measured() = bench::MachineAmong(kOtherEntries, kManyDrives);
+  platform::SetMachine(bench::MachineAmong(kOtherEntries, kManyDrives));
   RunPasses(state);
 }
 BENCHMARK(PassAmongOthers);
 
 // The two searches of a pass for its devices, in the same registry.
 void TwoScans(benchmark::State& state) {
-  Measured() = bench::MachineAmong(kOtherEntries, kManyDrives);
+  platform::SetMachine(bench::MachineAmong(kOtherEntries, kManyDrives));
   for ([[maybe_unused]] auto _ : state) {
     io_iterator_t iterator = 0;
     IOServiceGetMatchingServices(kIOMasterPortDefault,
@@ -131,7 +126,5 @@ void TwoScans(benchmark::State& state) {
 BENCHMARK(TwoScans);
 
 }  // namespace
-
-platform::Machine& platform::ThisMachine() { return Measured(); }
 
 BENCHMARK_MAIN();

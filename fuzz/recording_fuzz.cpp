@@ -1,17 +1,20 @@
-// Any bytes as a recording: one line of error, or a machine and a whole pass over it that
-// leaves nothing open but what is left open by intent.
+// Any bytes as a recording: one line of error, or a machine, a whole pass over it that leaves
+// nothing open but what is left open by intent, and every form of it.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_format.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "probe/pass/start_up.h"
-#include "probe/state/process_state.h"
+#include "tools/recorded_host.h"
+#include "views/views.h"
 
 static bool IsExpected(platform::Ledger left) {
   using enum platform::ReferenceKind;
@@ -19,15 +22,24 @@ static bool IsExpected(platform::Ledger left) {
          left[kPlugIn] == left[kSMARTInterface] && left[kMemoryBlock] <= 1 && left[kIterator] <= 2;
 }
 
-platform::Machine& platform::ThisMachine() {
-  static Machine machine;
-  return machine;
+static void ShowInEveryForm(platform::Machine machine) {
+  try {
+    const drives::Host host = tools::ReadRecordedHost(std::move(machine));
+    views::TableText(host, {});
+    views::BriefText(host, {});
+    views::PageText(host, {});
+    views::JsonText(host);
+    views::MetricsText(host);
+    views::Check(host, {});
+  } catch (const std::runtime_error&) {
+    return;  // too many disks, or too old a system
+  }
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   [[maybe_unused]] static FILE* const nowhere = std::freopen("/dev/null", "w", stdout);
   try {
-    platform::ThisMachine() = machines::ReadRecording({reinterpret_cast<const char*>(data), size});
+    platform::SetMachine(machines::ReadRecording({reinterpret_cast<const char*>(data), size}));
   } catch (const machines::RecordingError& error) {
     const std::string_view message = error.what();
     if (message.empty() || message.find('\n') != std::string_view::npos) std::abort();
@@ -35,6 +47,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   RunProbe();
   if (!IsExpected(platform::OpenReferences())) std::abort();
-  platform::EndProcess();
+  ShowInEveryForm(platform::ThisMachine());
   return 0;
 }

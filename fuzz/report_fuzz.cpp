@@ -1,17 +1,15 @@
 // Any bytes as a report: a value and, of that, each form. The document says what the value
 // says, and what people and monitoring see has nothing in it that commands a terminal.
+#include <rapidjson/document.h>
 #include <utf8.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
-#include <string>
 #include <string_view>
 
-#include "report/forms.h"
-#include "report/health.h"
-#include "report/report_reader.h"
+#include "drives/report_lines.h"
+#include "views/views.h"
 
 static void Require(bool isSo) {
   if (!isSo) std::abort();
@@ -29,15 +27,18 @@ static void RequirePrintable(std::string_view text) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const report::Report report = report::ParseReport({reinterpret_cast<const char*>(data), size});
-  const auto document = nlohmann::json::parse(report::JsonText(report));
-  Require(document.at("drives").size() == report.drives.size());
-  Require(document.at("not_read").size() == report.notRead.size());
-  Require(report.drives.empty() ||
-          document["drives"].back().at("serial") == report.drives.back().serial);
-  const std::string summary = report::Check(report, {}).summary;
-  RequirePrintable(summary + report::TableText(report, {}) + report::PrometheusText(report));
-  RequirePrintable(report::BriefText(report, {}) + report::HTMLText(report, {}));
+  const drives::Host host = drives::ParseReport({reinterpret_cast<const char*>(data), size});
+  const std::string json = views::JsonText(host);
+  rapidjson::Document document;
+  Require(!document.Parse(json.data(), json.size()).HasParseError());
+  Require(document["drives"].Size() == host.drives.size());
+  Require(document["not_read"].Size() == host.notRead.size());
+  for (rapidjson::SizeType i = 0; i < host.drives.size(); i++) {
+    Require(document["drives"][i]["serial"].GetStringLength() == host.drives[i].serial.size());
+  }
+  const std::string summary = views::Check(host, {}).summary;
+  RequirePrintable(summary + views::TableText(host, {}) + views::MetricsText(host));
+  RequirePrintable(views::BriefText(host, {}) + views::PageText(host, {}));
   Require(summary.find('\n') == std::string::npos);
   return 0;
 }

@@ -19,7 +19,6 @@ void EndProcess() {
   DropRegistryHandles();
   DropObjects();
   DropMemoryBlocks();
-  DropTexts();
 }
 
 void Misuse(const char* call, const char* fault) {

@@ -27,9 +27,8 @@ using Ledger = std::map<ReferenceKind, int>;
 Ledger OpenReferences();
 
 // Takes back every reference that is out, as the platform does when a process ends,
-// and the ledger is empty. For programs that run one pass after another: handles and dictionaries
-// point into the machine, so this comes before the machine is replaced. Whatever the probe still
-// keeps from before it is dangling then; constant strings, UUIDs and the main bundle alone stay.
+// and the ledger is empty. For programs that run one pass after another. Whatever the probe still
+// keeps from before is dangling then; constant strings, UUIDs and the main bundle alone stay.
 void EndProcess();
 
 // The parts of the two: each counts, or drops, the references that its source keeps.
@@ -41,7 +40,10 @@ void DropObjects();
 void DropRegistryHandles();
 void DropUserClients();
 void DropMemoryBlocks();
-void DropTexts();  // what is known of the machine's texts; these are no references
+
+// Drop what was found out about the machine's texts and entries, which outlives a process.
+void DropTexts();
+void DropTree();
 
 // Where the platform would go on with damaged state, this layer stops: prints "CALL: FAULT"
 // on standard error and aborts.

@@ -1,17 +1,58 @@
 #include "platform/machine.h"
 
+#include <algorithm>
 #include <bit>
-#include <chrono>
 #include <limits>
+#include <utility>
+
+#include "platform/ledger.h"
 
 namespace platform {
+namespace {
+
+struct Current {
+  Machine machine;
+  std::function<Machine()> source;  // that has not been called yet
+  const Entry* onlyDevice = nullptr;
+};
+
+// Never destroyed: what the probe does not release may still refer to it.
+Current& TheCurrent() {
+  static auto& current = *new Current;
+  return current;
+}
+
+}  // namespace
+
+void SetMachine(std::function<Machine()> source) {
+  EndProcess();
+  DropTexts();
+  DropTree();
+  TheCurrent() = {{}, std::move(source), nullptr};
+}
+
+void SetMachine(Machine machine) {
+  SetMachine(std::function<Machine()>());
+  TheCurrent().machine = std::move(machine);
+}
+
+const Machine& ThisMachine() {
+  Current& current = TheCurrent();
+  if (const auto source = std::exchange(current.source, nullptr)) current.machine = source();
+  return current.machine;
+}
+
+void SetOnlyDevice(const Entry* device) { TheCurrent().onlyDevice = device; }
+
+const Entry* OnlyDevice() { return TheCurrent().onlyDevice; }
 
 bool Property::operator==(const Property& other) const { return value == other.value; }
 
-Date Now() {
-  using namespace std::chrono;
-  constexpr sys_days kEpoch = year(2001) / January / 1;
-  return {duration_cast<seconds>(system_clock::now() - kEpoch).count()};
+std::optional<base::Block> BlockAnswer::Block() const {
+  if (!succeeds) return std::nullopt;
+  base::Block block{};
+  std::ranges::copy(bytes, block.begin());
+  return block;
 }
 
 Number IntegerNumber(std::int64_t value) {

@@ -5,8 +5,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <array>
-#include <cstddef>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -15,6 +14,8 @@
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "base/block.h"
 
 namespace platform {
 
@@ -32,17 +33,9 @@ struct Number {
   bool operator==(const Number&) const = default;
 };
 
-struct Date {
-  std::int64_t seconds = 0;  // since 2001-01-01 00:00:00 UTC
-  bool operator==(const Date&) const = default;
-};
-
-// The system clock's date.
-Date Now();
-
 // Of booleans, arrays and dates the probe only ever sees the type.
 struct Property {
-  std::variant<std::string, Number, Data, Dictionary, bool, Array, Date> value;
+  std::variant<std::string, Number, Data, Dictionary, bool, Array, std::chrono::sys_seconds> value;
   bool operator==(const Property&) const;
 };
 
@@ -55,15 +48,15 @@ Number Float64Number(double value);
 const Property* Find(const Dictionary& dictionary, std::string_view key);
 const std::string* FindText(const Dictionary& dictionary, std::string_view key);
 
-inline constexpr std::size_t kBlockSize = 512;
-using Block = std::array<std::uint8_t, kBlockSize>;
-
 // What the reading of a block came to.
 struct BlockAnswer {
-  // At most kBlockSize. Of a success the block, whose missing end is zeros; of a failure what
+  // At most base::kBlockSize. Of a success the block, whose missing end is zeros; of a failure what
   // it leaves in the caller's buffer: nothing, a part or all of a block.
   Data bytes;
   bool succeeds = false;
+
+  // The block of a success.
+  std::optional<base::Block> Block() const;
 };
 
 // All that a drive answers. A source must have no answer rather than a guess: the probe takes
@@ -76,10 +69,10 @@ struct DriveAnswers {
   // SMART RETURN STATUS: true when a threshold is exceeded. nullopt: it failed. The probe reports
   // the drive as not exceeded all the same, so it should not have been opened.
   std::optional<bool> exceeded;
-  BlockAnswer data;          // SMART READ DATA. Where it fails the probe does not ask for the next
-  BlockAnswer thresholds;    // SMART READ THRESHOLDS
-  BlockAnswer identify;      // IDENTIFY DEVICE: 256 words, low byte first
-  std::optional<Date> date;  // when it answered, if that is known
+  BlockAnswer data;        // SMART READ DATA. Where it fails the probe does not ask for the next
+  BlockAnswer thresholds;  // SMART READ THRESHOLDS
+  BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
+  std::optional<std::chrono::sys_seconds> date;  // when it answered, if that is known
 };
 
 // Asks the drive. Called for each S.M.A.R.T. user client that is opened, at its first
@@ -101,13 +94,20 @@ struct Machine {
   std::vector<Entry> roots;
   // Key to translation. A key that is missing gets the caller's own text.
   std::map<std::string, std::string, std::less<>> mainBundleStrings;
-  // Told of each entry that a search hands out: up to the next one it is the device in hand.
-  std::function<void(const Entry&)> onVisit = {};
 };
 
-// The machine that the platform's calls answer from. Each program defines this
-// once. It stays unchanged and alive while the probe holds anything from it. The first call
-// may take the time that building it takes.
-Machine& ThisMachine();
+// What the platform's calls answer from: an empty machine before the first SetMachine, which takes
+// back all that the probe holds of the machine before (EndProcess in ledger.h). Of a function that
+// makes the machine, the first call takes the time; what it throws passes through that call. The
+// machine stays as it is until the next SetMachine.
+void SetMachine(Machine machine);
+void SetMachine(std::function<Machine()> source);
+const Machine& ThisMachine();
+
+// From now on the searches for services hand out this one entry of the machine alone, where it
+// matches; null: all that match, as after SetMachine. So a pass can be run for each device by
+// itself.
+void SetOnlyDevice(const Entry* device);
+const Entry* OnlyDevice();
 
 }  // namespace platform

@@ -47,7 +47,7 @@ class Object {
 class ValueObject : public Object {
  public:
   using Value = std::variant<const std::string*, const Number*, const Data*, const Dictionary*,
-                             const bool*, const Array*, const Date*>;
+                             const bool*, const Array*, const std::chrono::sys_seconds*>;
 
   explicit ValueObject(Value value)
       : Object(static_cast<ObjectType>(value.index())), value_(value) {}

@@ -127,10 +127,9 @@ void CountRegistryHandles(Ledger& ledger) {
   }
 }
 
-void DropRegistryHandles() {
-  Handles().clear();
-  KnownTree().reset();
-}
+void DropRegistryHandles() { Handles().clear(); }
+
+void DropTree() { KnownTree().reset(); }
 
 }  // namespace platform
 
@@ -167,6 +166,19 @@ CFMutableDictionaryRef NewMatching(const char* name, const char* className) {
                            ReferenceKind::kMatchingDictionary);
 }
 
+// The places of the entries that match.
+std::vector<std::size_t> Matches(const MatchingObject& wanted) {
+  const std::vector<platform::Node>& nodes = platform::TheTree().nodes;
+  const Entry* only = platform::OnlyDevice();
+  std::vector<std::size_t> matches;
+  if (only != nullptr && !wanted.Matches(*only)) return matches;
+  for (std::size_t node = 0; node < nodes.size(); node++) {
+    const Entry* entry = nodes[node].entry;
+    if (only != nullptr ? entry == only : wanted.Matches(*entry)) matches.push_back(node);
+  }
+  return matches;
+}
+
 const Property* Search(std::size_t node, std::string_view key, IOOptionBits options) {
   platform::Tree& tree = platform::TheTree();
   const bool isRecursive = (options & kIORegistryIterateRecursively) != 0;
@@ -184,11 +196,7 @@ kern_return_t IOServiceGetMatchingServices(mach_port_t /*masterPort*/, CFDiction
                                            io_iterator_t* existing) {
   static constexpr const char* kCall = "IOServiceGetMatchingServices";
   const auto& wanted = Deref<MatchingObject>(matching, kCall);
-  const std::vector<platform::Node>& nodes = platform::TheTree().nodes;
-  platform::Iterator found;
-  for (std::size_t node = 0; node < nodes.size(); node++) {
-    if (wanted.Matches(*nodes[node].entry)) found.matches.push_back(node);
-  }
+  platform::Iterator found{Matches(wanted)};
   platform::TakeBack(matching, kCall);
   *existing = found.matches.empty() ? 0 : platform::NewHandle(std::move(found));
   return kIOReturnSuccess;
@@ -198,10 +206,7 @@ io_object_t IOIteratorNext(io_iterator_t iterator) {
   if (iterator == 0) return 0;
   auto& state = platform::ObjectOf<platform::Iterator>(iterator, "IOIteratorNext");
   if (state.next == state.matches.size()) return 0;
-  const std::size_t node = state.matches[state.next++];
-  const auto& onVisit = platform::ThisMachine().onVisit;
-  if (onVisit) onVisit(*platform::TheTree().nodes[node].entry);
-  return platform::NewHandle(platform::Service{node});
+  return platform::NewHandle(platform::Service{state.matches[state.next++]});
 }
 
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,

@@ -117,7 +117,7 @@ IOReturn ReturnStatus(void* interface, Boolean* exceededCondition) {
 
 IOReturn CopyBlock(const PlugIn& plugIn, const BlockAnswer& block, void* output) {
   if (plugIn.isDisabled) return kIOReturnError;
-  if (block.succeeds) std::memset(output, 0, platform::kBlockSize);
+  if (block.succeeds) std::memset(output, 0, base::kBlockSize);
   std::ranges::copy(block.bytes, static_cast<UInt8*>(output));
   return block.succeeds ? kIOReturnSuccess : kIOReturnError;
 }
@@ -134,11 +134,9 @@ IOReturn ReadThresholds(void* interface, ATASMARTDataThresholds* data) {
 
 IOReturn GetIdentifyData(void* interface, void* buffer, UInt32 inSize, UInt32* outSize) {
   const BlockAnswer& identify = PlugInOf(interface, "GetATAIdentifyData").answers->identify;
-  if (inSize == 0 || inSize > platform::kBlockSize) return kIOReturnBadArgument;
+  if (inSize == 0 || inSize > base::kBlockSize) return kIOReturnBadArgument;
   if (!identify.succeeds) return kIOReturnError;
-  platform::Block block{};
-  std::ranges::copy(identify.bytes, block.begin());
-  std::memcpy(buffer, block.data(), inSize);
+  std::memcpy(buffer, identify.Block()->data(), inSize);
   *outSize = inSize;
   return kIOReturnSuccess;
 }

@@ -159,11 +159,11 @@ std::string Converted(platform::Number number, bool isHex) {
 }
 
 TEST(Labels, AllColumns) {
-  Install({});
   const std::string m255(255, 'm');
-  platform::ThisMachine().mainBundleStrings = {{"Gigabytes", "Gigaoctets\xC3\xA9"},
-                                               {"Megabytes", m255},
-                                               {"Terabytes", std::string(256, 't')}};
+  platform::SetMachine(
+      platform::Machine{.mainBundleStrings = {{"Gigabytes", "Gigaoctets\xC3\xA9"},
+                                              {"Megabytes", m255},
+                                              {"Terabytes", std::string(256, 't')}}});
   // Decimal, with full names, binary, with full names.
   const std::pair<SInt64, std::array<std::string, 4>> cases[] = {
       {0, {"0 B", "0 Bytes", "0 B", "0 Bytes"}},

@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <regex>
+
 #include "machines/recorded/write_recording.h"
 #include "tests/support.h"
 
@@ -22,7 +24,7 @@ TEST(AskAll, EveryDriveGetsItsOwnAnswersWhateverTheOthersDo) {
                             .exceeded = true,
                             .thresholds = {{1, 2, 3}, false},
                             .identify = HealthyAnswers().identify,
-                            .date = platform::Date{-5}};
+                            .date = Date(-5)};
   const Drive late = [] { return usleep(200'000), HealthyAnswers(); };
   const std::pair<Drive, DriveAnswers> kCases[] = {
       {[]() -> DriveAnswers { pause(), std::abort(); }, NotOpened("no answer within 0 seconds")},
@@ -69,7 +71,7 @@ TEST(AskAll, AChildHoldsNothingOfItsParent) {
   };
   // The pipe to the parent, and the folder that is read.
   for (const DriveAnswers& answers : machines::AskAll({drive, drive}, 900ms, {})) {
-    EXPECT_TRUE(testing::internal::RE::FullMatch(answers.whyNotOpened, "(null ){3}pipe:[^ ]* fd "))
+    EXPECT_TRUE(std::regex_match(answers.whyNotOpened, std::regex("(null ){3}pipe:[^ ]* fd ")))
         << answers.whyNotOpened;
   }
   close(far);

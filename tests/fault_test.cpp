@@ -5,6 +5,7 @@
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <map>
+#include <regex>
 
 #include "platform/objects.h"
 #include "probe/state/drive_table.h"
@@ -227,7 +228,7 @@ TEST(Faults, ChangeNothingButTheLinesOfTheDeviceInHand) {
     commands.clear();
     const std::string report = Report(Controllers(), 0x1058);
     SCOPED_TRACE(failed.name + " " + failed.key + ", device " + std::to_string(failed.device));
-    EXPECT_TRUE(testing::internal::RE::FullMatch(report, ReportAfter(failed))) << report;
+    EXPECT_TRUE(std::regex_match(report, std::regex(ReportAfter(failed)))) << report;
     Ledger left = {{kPropertyDictionary, done["IORegistryEntryCreateCFProperties"]},
                    {kIterator, done["IOServiceGetMatchingServices"]},
                    {kService, now.device + 1 - gSMARTDriveCount},

@@ -3,7 +3,7 @@
 #include <sys/sysmacros.h>
 
 #include "machines/linux/ata_commands.h"
-#include "machines/linux/sysfs_machine.h"
+#include "machines/linux/host_machine.h"
 #include "machines/linux/udev_database.h"
 #include "tests/support.h"
 
@@ -61,7 +61,7 @@ std::string Leaves(const platform::Property& property) {
 // "class, features, product, serial number, BSD name, size" of each disk.
 std::string DisksIn(const fs::path& sysfs) {
   std::string disks;
-  const platform::Machine machine = machines::ReadLinuxMachine(sysfs);
+  const platform::Machine machine = machines::AskDisks(machines::ListDisks(sysfs), "no nodes");
   for (const platform::Entry& device : machine.roots.at(0).children) {
     disks +=
         device.className + Leaves({device.properties}) + Leaves({device.children.at(0).properties});
@@ -152,7 +152,7 @@ TEST(LinuxMachine, TheReportFollowsTheKernelsOrderOfNames) {
         {.name = name, .at = "pci0/ata" + std::to_string(999 - expected.size()) + "/host3/t/l"});
     expected += "GetSMARTFailed:/dev/r" + name + ":0\n";
   }
-  EXPECT_EQ(ReportOf(machines::ReadLinuxMachine(folder, folder / "no nodes")), expected);
+  EXPECT_EQ(ReportOf(machines::AskDisks(machines::ListDisks(folder), "no nodes")), expected);
 }
 
 using machines::StatusAnswer;

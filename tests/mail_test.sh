@@ -30,9 +30,13 @@ is() {
 
 sed '/ThresholdExceeded/ { n; s/false/true/ }' "$examples/laptop.plist" >"$work/failing.plist"
 sed 's/Maxtor 6L200P0/OTHER/' "$examples/desktop.plist" >"$work/replaced.plist"
+# Its name holds the words of a good verdict.
+sed 's/Hitachi HTS543232L9A300/USB OK: DISK/; /ThresholdExceeded/ { s//QueryFails/; n; s/false/true/ }' \
+  "$examples/laptop.plist" >"$work/unread.plist"
 cp "$examples/laptop.plist" "$examples/desktop.plist" "$work"
 critical='CRITICAL: failing: /dev/rdisk0'
 others='CRITICAL: failing: /dev/rdisk1; a drive is no longer read'
+unread='UNKNOWN: not read: /dev/rdisk0 (USB OK: DISK, serial 090812FB2D41LLKR7XPT); a drive is no longer read'
 well='OK: 1 drive, no threshold reached, no lost sector counted'
 stale='UNKNOWN: there is no recording of the last day'
 is 'the first time, and all is well' laptop works ''
@@ -50,6 +54,8 @@ is 'it works again' failing works "$critical"
 is 'well again, but it fails' laptop fails ''
 is 'well again' laptop works "$well"
 is 'well a week later' laptop works '' 0 8
+is 'a drive cannot be read' unread works "$unread"
+is 'well again after that' laptop works "$well"
 is 'other drives' desktop works "$others"
 is 'a drive is replaced while another is failing' replaced works "$others"
 [ ! -e "$work/failed" ]

@@ -2,13 +2,7 @@
 // others. The program around them has a test of its own.
 #include "machines/recorded/read_recording.h"
 
-#include <sys/resource.h>
-
-#include <cstdio>
-#include <cstdlib>
-
 #include "machines/recorded/recording_format.h"
-#include "probe/pass/start_up.h"
 #include "tests/support.h"
 
 namespace {
@@ -111,8 +105,8 @@ TEST(RecordedMachine, ValuesKeepTheirMeaning) {
       {Value("<array><false/><real>+0.1</real><dict><key/><true/></dict></array>"),
        {platform::Array{
            {false}, {platform::Float64Number(0.1)}, {platform::Dictionary{{"", {true}}}}}}},
-      {Value("<date>2004-02-29T00:00:01Z</date>"), {platform::Date{99705601}}},
-      {Value("<date>1900-01-01T23:59:59Z</date>"), {platform::Date{-3187209601}}},
+      {Value("<date>2004-02-29T00:00:01Z</date>"), {test::Date(99705601)}},
+      {Value("<date>1900-01-01T23:59:59Z</date>"), {test::Date(-3187209601)}},
       {Value("<data>\n\tQU\r\n\tJD RA==\n</data>"), {platform::Data{'A', 'B', 'C', 'D'}}},
       {Text(" a\r\nb<!-- </string> --><![CDATA[</string>&amp;\r]]>c<?x ?>&lt;&#x20AC;"),
        {" a\nb</string>&amp;\nc<\u20AC"s}},
@@ -145,76 +139,5 @@ TEST(RecordedMachine, ProductVersionOfTheFirstRootIsTheSystemVersion) {
   }
   EXPECT_EQ(ReadRecording(Root("")).systemVersion, 0x1068);
 }
-
-// A sanitizer needs memory and time of its own, and looks for other faults.
-#ifndef __SANITIZE_ADDRESS__
-
-std::string Keys(int count) {
-  std::string keys;
-  for (int i = 0; i < count; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
-  return keys;
-}
-
-// `before`, then as much of `filling` as makes a file of about the largest size, then `after`.
-std::string Largest(const std::string& before, const std::string& filling,
-                    const std::string& after) {
-  const std::string piece = Repeated(1000, filling);  // soon put together
-  const std::size_t room = machines::kMaxRecordingSize - before.size() - after.size();
-  return before + Repeated(room / piece.size(), piece) + after;
-}
-
-// Ends a process of its own, with status 0 when the file was read and replayed and 1 when it was
-// refused, within that memory and many times the processor time that the slowest takes.
-void ReplayWithinLimits(const std::string& file) {
-  const rlimit memory{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
-  const rlimit seconds{.rlim_cur = 20, .rlim_max = RLIM_INFINITY};
-  setrlimit(RLIMIT_AS, &memory);
-  setrlimit(RLIMIT_CPU, &seconds);
-  std::freopen("/dev/null", "w", stdout);
-  try {
-    platform::ThisMachine() = ReadRecording(file);
-  } catch (const machines::RecordingError&) {
-    std::_Exit(1);
-  }
-  RunProbe();
-  std::_Exit(0);
-}
-
-// `count` devices with these pairs, in so many others, one in the other, with `outer`.
-std::string Devices(std::size_t count, const std::string& pairs, std::size_t levels = 0,
-                    const std::string& outer = "") {
-  const std::string start =
-      "<dict><key>IOObjectClass</key><string>IOAHCIBlockStorageDevice</string>";
-  return Repeated(levels, start + outer + "<key>IORegistryEntryChildren</key><array>") +
-         Repeated(count, start + pairs + "</dict>") + Repeated(levels, "</array></dict>");
-}
-
-TEST(RecordedMachineDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) {
-  const std::pair<int, std::string (*)()> kFiles[] = {
-      {0, [] { return Largest("<plist><dict><key>", "text\n", "</key><true/></dict></plist>"); }},
-      {1, [] { return Largest("<plist><string>", "&amp;", "</string></plist>"); }},
-      {1, [] { return Largest("<plist ", "a='' ", "/>"); }},
-      {1, [] { return Largest("<plist><array>", "<dict/>", "</array></plist>"); }},
-      {0, [] { return Root(Keys(250000) + Children(Devices(160000, ""))); }},
-      {0, [] { return List("<array>" + Repeated(1500, Devices(1, "", 123)) + "</array>"); }},
-      {0, [] { return List(Devices(100000, "", 122, Keys(2000))); }},
-      // One long location for all devices, none of which can be enabled.
-      {0,
-       [] {
-         return Largest(
-             "<plist><dict><key>Protocol Characteristics</key><dict><key>Physical Interconnect"
-             "</key><string>ATA</string></dict><key>unit number</key><integer>0</integer>"
-             "<key>io-device-location</key><data>",
-             "QUJD",
-             "</data>" + Children(Devices(140000, RecordedDrive("<key>EnableFails</key><true/>"))) +
-                 "</dict></plist>");
-       }},
-  };
-  for (const auto& [status, file] : kFiles) {
-    EXPECT_EXIT(ReplayWithinLimits(file()), testing::ExitedWithCode(status), "");
-  }
-}
-
-#endif
 
 }  // namespace

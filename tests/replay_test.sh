@@ -20,7 +20,7 @@ grep -q "^Usage: $name" "$work/out" || fail '--help'
 for arguments in '' '--unknown' 'one two'; do
   # shellcheck disable=SC2086
   "$program" $arguments >"$work/out" 2>"$work/err"
-  [ $? = 2 ] && [ ! -s "$work/out" ] && grep -q "^Usage: $name" "$work/err" ||
+  [ $? = 2 ] && [ ! -s "$work/out" ] && [[ $(<"$work/err") == "$name: "*'; see --help' ]] ||
     fail "usage after '$arguments'"
 done
 

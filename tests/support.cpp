@@ -46,7 +46,7 @@ Data BlockOf(const std::vector<BlockEntry>& entries) {
     block.insert(block.end(), {id, second, 0, value, worst});
     for (int shift = 0; shift < 56; shift += 8) block.push_back(raw >> shift & 0xFF);
   }
-  block.resize(platform::kBlockSize);
+  block.resize(base::kBlockSize);
   return block;
 }
 
@@ -56,7 +56,7 @@ DriveAnswers HealthyAnswers() {
   answers.data = {BlockOf({{194, 0x22, 38}}), true};
   answers.thresholds = {BlockOf({{194, 0}}), true};
   // What comes after a field must never be printed.
-  answers.identify = {Data(platform::kBlockSize, 'x'), true};
+  answers.identify = {Data(base::kBlockSize, 'x'), true};
   // A text as a drive delivers it, characters exchanged.
   const auto put = [&](std::size_t offset, const std::string& text) {
     for (std::size_t i = 0; i < text.size(); i++)
@@ -92,8 +92,7 @@ std::string DeviceLines::Text() const {
 }
 
 void Install(std::vector<Entry> roots, SInt32 systemVersion) {
-  platform::EndProcess();
-  platform::ThisMachine() = {systemVersion, std::move(roots), {}};
+  platform::SetMachine(platform::Machine{systemVersion, std::move(roots), {}});
 }
 
 std::string Report(std::vector<Entry> roots, SInt32 systemVersion) {
@@ -113,9 +112,3 @@ io_service_t ServiceNamed(const char* name) {
 }
 
 }  // namespace test
-
-// Weak, for the test of a program that has its own.
-[[gnu::weak]] platform::Machine& platform::ThisMachine() {
-  static Machine machine;
-  return machine;
-}

@@ -30,6 +30,10 @@ std::string Repeated(std::size_t times, const std::string& text);
 // What `write` leaves in exactly `size` bytes, which held "untouched".
 std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write);
 
+// So many seconds after 2001 begins, where recorded dates begin.
+inline std::chrono::sys_seconds Date(std::int64_t seconds) {
+  return std::chrono::sys_days(std::chrono::year(2001) / 1 / 1) + std::chrono::seconds(seconds);
+}
 inline Property Text(std::string text) { return {std::move(text)}; }
 inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
 inline Property Bytes(Data bytes) { return {std::move(bytes)}; }

@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <numeric>
 
+#include "base/dates.h"
+#include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
 #include "tests/support.h"
 #include "tools/kept_answers.h"
-#include "tools/mask_serials.h"
 
 namespace test {
 
@@ -27,7 +28,7 @@ Machine Replayed(const Machine& machine) {
 
 TEST(Recording, GivesTheSameReportAgain) {
   const Dictionary properties = {
-      {"t", Text("<&>\xC3\xA9")}, {"n", Integer(-(1LL << 40))}, {"d", {platform::Date{-5}}}};
+      {"t", Text("<&>\xC3\xA9")}, {"n", Integer(-(1LL << 40))}, {"d", {Date(-5)}}};
   Machine machine = {.systemVersion = 0x1058,
                      .roots = {{"Root", "Class", properties},
                                AtaDevice(HealthyDrive(), "disk0", 5000000000),
@@ -41,7 +42,7 @@ TEST(Recording, GivesTheSameReportAgain) {
   drives[5].thresholds = {{0x10, 0, 194}, false};
   drives[6].identify = {};
   drives[7].data.succeeds = false;
-  drives[7].date = platform::Date{800000000};
+  drives[7].date = Date(800000000);
   for (const DriveAnswers& drive : drives) {
     machine.roots[0].children.push_back(AhciDevice(DriveOf(drive), "disk2", 250059350016));
   }
@@ -79,7 +80,7 @@ TEST(Masking, LeavesNothingThatTellsADrive) {
   Data masked = Identify("XXX  XXX            ", 0);
   const auto expectMasked = [&] {
     Property listing = Listing(identify, " a\xC3\xA9 9", 'a');
-    tools::MaskSerials(listing);
+    machines::MaskSerials(listing);
     EXPECT_EQ(listing, Listing(masked, " XX X", 'X'));
   };
   expectMasked();
@@ -103,11 +104,11 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
       {'f', 0, "", false},
       {'f', 0, "it is gone", false}};
   Machine machine = {.roots = {{"Root", "Class"}}};
-  std::vector<platform::Block> identities;
+  std::vector<base::Block> identities;
   for (const auto& [letter, age, failure, isKept] : kDrives) {
     DriveAnswers answers = HealthyAnswers();
     std::fill_n(answers.identify.bytes.begin() + 20, 20, static_cast<std::uint8_t>(letter));
-    if (age) answers.date = platform::Date{platform::Now().seconds - *age};
+    if (age) answers.date = base::Now() - std::chrono::seconds(*age);
     answers.whyNotOpened = failure;
     machine.roots[0].children.push_back(AhciDevice(DriveOf(answers)));
     std::ranges::copy(answers.identify.bytes, identities.emplace_back().begin());
@@ -118,7 +119,7 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
     EXPECT_EQ(kept(identities[i]).has_value(), std::get<bool>(kDrives[i])) << i;
   }
   EXPECT_EQ(kept(identities[0])->data.bytes, HealthyAnswers().data.bytes);
-  platform::Block foreign = identities[0];
+  base::Block foreign = identities[0];
   foreign[60] = 'y';  // of the model
   EXPECT_FALSE(kept(foreign).has_value());
 

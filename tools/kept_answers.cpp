@@ -1,6 +1,5 @@
 #include "tools/kept_answers.h"
 
-#include <algorithm>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -10,8 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/dates.h"
 #include "base/standard_streams.h"
-#include "machines/disks/drive_blocks.h"
+#include "drives/identify_data.h"
 #include "machines/recorded/recording_files.h"
 
 namespace tools {
@@ -28,7 +28,7 @@ bool CanBeKept(const DriveAnswers& answers, int days) {
       !answers.data.succeeds) {
     return false;
   }
-  const std::chrono::seconds age(platform::Now().seconds - answers.date->seconds);
+  const std::chrono::seconds age = base::Now() - *answers.date;
   return age.count() >= 0 && age <= std::chrono::days(days);
 }
 
@@ -37,9 +37,7 @@ void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& col
     Collect(entry.children, days, collected);
     if (!entry.drive) continue;
     DriveAnswers answers = entry.drive();
-    platform::Block identify{};
-    std::ranges::copy(answers.identify.bytes, identify.begin());
-    const std::string identity = machines::Identity(identify);
+    const std::string identity = drives::Identity(answers.identify.Block().value_or(base::Block{}));
     if (identity.empty()) continue;
     const auto [known, isNew] = collected.try_emplace(identity);
     if (isNew && CanBeKept(answers, days)) {
@@ -67,8 +65,8 @@ AnswersByIdentity ReadAnswers(const char* program, const std::string& file, int 
 
 machines::KeptAnswers ReadKeptAnswers(const char* program, const std::string& file, int days) {
   const auto kept = std::make_shared<const AnswersByIdentity>(ReadAnswers(program, file, days));
-  return [kept](const platform::Block& identify) {
-    const auto found = kept->find(machines::Identity(identify));
+  return [kept](const base::Block& identify) {
+    const auto found = kept->find(drives::Identity(identify));
     return found == kept->end() ? std::nullopt : found->second;
   };
 }

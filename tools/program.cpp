@@ -1,5 +1,8 @@
 #include "tools/program.h"
 
+#include <fmt/format.h>
+#include <getopt.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -21,48 +24,56 @@ std::vector<Option> AllOptions(const CommandLine& line) {
 
 std::string Dashed(const Option& option) { return std::string("--") + option.name; }
 
-// getopt_long would take an abbreviation too, which a later option can make ambiguous.
-const Option& OptionOf(const std::string& name, const std::vector<Option>& options) {
-  for (const Option& option : options) {
-    if (Dashed(option) == (name == "-h" ? "--help" : name)) return option;
+// For getopt_long, which answers with the place of an option in `options`, from 1 on.
+std::vector<option> LongOptions(const std::vector<Option>& options) {
+  std::vector<option> rows;
+  for (const Option& each : options) {
+    const int place = static_cast<int>(rows.size()) + 1;
+    rows.push_back({each.name, each.value ? required_argument : no_argument, nullptr, place});
   }
-  throw UsageError("unknown option " + name);
+  rows.push_back({});
+  return rows;
 }
 
-// Adds the option at given[i], and moves i to its value if that is an argument of its own.
-void AddOption(Arguments& arguments, const std::vector<Option>& options,
-               const std::vector<std::string>& given, std::size_t& i) {
-  const std::size_t equals = given[i].find('=');
-  const bool hasValue = equals != std::string::npos;
-  const std::string name = given[i].substr(0, equals);
-  const Option& option = OptionOf(name, options);
-  std::string value;
-  if (option.value == nullptr) {
-    if (hasValue) throw UsageError(Dashed(option) + " takes no value");
-  } else {
-    if (!hasValue && i + 1 == given.size()) throw UsageError(Dashed(option) + " needs a value");
-    value = hasValue ? given[i].substr(equals + 1) : given[++i];
-    if (value.empty()) throw UsageError(Dashed(option) + " has an empty value");
+const Option& OptionAt(int place, const std::vector<Option>& options) {
+  return options.at(static_cast<std::size_t>(place - 1));
+}
+
+// What getopt_long has just refused with `answer`: it left the option in optopt, if it knows it.
+UsageError Refusal(int answer, const std::vector<Option>& options, char** argv) {
+  const bool isKnown = optopt > 0 && optopt <= static_cast<int>(options.size());
+  if (isKnown) {
+    const char* fault = answer == ':' ? " needs a value" : " takes no value";
+    return UsageError(Dashed(OptionAt(optopt, options)) + fault);
   }
-  arguments.options[option.name] = value;
+  if (optopt != 0) return UsageError(std::string("unknown option -") + static_cast<char>(optopt));
+  const std::string argument = argv[optind - 1];
+  return UsageError("unknown option " + argument.substr(0, argument.find('=')));
+}
+
+void AddOption(Arguments& arguments, const Option& given) {
+  const std::string value = given.value ? optarg : "";
+  if (given.value && value.empty()) throw UsageError(Dashed(given) + " has an empty value");
+  arguments.options[given.name] = value;
 }
 
 Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
   const std::vector<Option> options = AllOptions(line);
-  const std::vector<std::string> given(argv, argv + argc);
+  const std::vector<option> longOptions = LongOptions(options);
   Arguments arguments;
-  bool mayBeOption = true;
-  for (std::size_t i = 1; i < given.size(); i++) {
-    if (mayBeOption && given[i] == "--") {
-      mayBeOption = false;
-    } else if (mayBeOption && given[i].size() > 1 && given[i].front() == '-') {
-      AddOption(arguments, options, given, i);
-    } else if (arguments.file) {
-      throw UsageError("one FILE too many, " + given[i]);
+  optind = 0;  // a test may parse several command lines
+  opterr = 0;
+  int answer = 0;
+  while ((answer = getopt_long(argc, argv, ":h", longOptions.data(), nullptr)) != -1) {
+    if (answer == '?' || answer == ':') throw Refusal(answer, options, argv);
+    if (answer == 'h') {
+      arguments.options["help"] = "";
     } else {
-      arguments.file = given[i];
+      AddOption(arguments, OptionAt(answer, options));
     }
   }
+  if (optind < argc) arguments.file = argv[optind++];
+  if (optind < argc) throw UsageError(std::string("one FILE too many, ") + argv[optind]);
   return arguments;
 }
 
@@ -77,15 +88,13 @@ std::string HelpText(const CommandLine& line) {
   std::size_t width = 0;
   for (const auto& [form, help] : rows) width = std::max(width, form.size());
 
-  std::string text = std::string("Usage: ") + line.program + " [OPTION...] " +
-                     (line.needsFile ? "FILE" : "[FILE]") + "\n" + line.purpose + "\n\n";
-  for (const auto& [form, help] : rows) {
-    text.append("  ").append(form).append(width - form.size() + 2, ' ').append(help).append("\n");
-  }
+  std::string text = fmt::format("Usage: {} [OPTION...] {}\n{}\n\n", line.program,
+                                 line.needsFile ? "FILE" : "[FILE]", line.purpose);
+  for (const auto& [form, help] : rows) text += fmt::format("  {:{}}  {}\n", form, width, help);
   return text;
 }
 
-int RunOrAnswer(const CommandLine& line, const Arguments& arguments, int (*run)(const Arguments&)) {
+int RunOrAnswer(const CommandLine& line, const Arguments& arguments, const Run& run) {
   const bool wantsVersion = arguments.Has("version");
   if (arguments.Has("help") || wantsVersion) {
     const std::string version = std::string(line.program) + " " SMARTPROBE_VERSION "\n";
@@ -97,33 +106,32 @@ int RunOrAnswer(const CommandLine& line, const Arguments& arguments, int (*run)(
   return run(arguments);
 }
 
-// Throws std::bad_alloc alone, which may also happen where a failure is told.
-int RunAndTell(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
-               Statuses statuses) {
+// Throws std::bad_alloc alone, which may also happen while a failure is printed.
+int RunAndReport(const CommandLine& line, int argc, char** argv, const Run& run,
+                 Failures failures) {
   try {
     return RunOrAnswer(line, ParseArguments(line, argc, argv), run);
   } catch (const UsageError& error) {
-    base::PrintError(line.program, error.what());
-    std::fputs(HelpText(line).c_str(), stderr);
-    return statuses.usage;
+    base::PrintError(line.program, std::string(error.what()) + "; see --help",
+                     failures.onOutput ? stdout : stderr);
+    return failures.usageStatus;
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
     base::PrintError(line.program, error.what());
-    return statuses.failure;
+    return failures.status;
   }
 }
 
 }  // namespace
 
-int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
-               Statuses statuses) {
+int RunProgram(const CommandLine& line, int argc, char** argv, const Run& run, Failures failures) {
   base::PrepareStandardStreams();
   try {
-    return RunAndTell(line, argc, argv, run, statuses);
+    return RunAndReport(line, argc, argv, run, failures);
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "%s: out of memory\n", line.program);
-    return statuses.failure;
+    return failures.status;
   }
 }
 

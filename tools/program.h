@@ -2,6 +2,7 @@
 // becomes of its errors. What its options mean is the program's own affair.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -38,18 +39,21 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// With what a program ends that could not do its work.
-struct Statuses {
-  int failure = 1;
-  int usage = 2;  // after a mistake in the arguments
+using Run = std::function<int(const Arguments&)>;
+
+// What a program ends with, and where it says so, when it could not do its work.
+struct Failures {
+  int status = 1;
+  int usageStatus = 2;    // after a mistake in the arguments
+  bool onOutput = false;  // mistakes are printed on standard output, where monitoring looks
 };
 
-// The whole of a program's main: prepares the standard streams, parses the arguments, answers
-// --help, -h and --version, and else returns what `run` returns. Options may stand before and
-// after the file, none abbreviated; "--" ends them. A mistake in the arguments, which `run` may
-// throw as UsageError too, is printed on standard error with the help; any other exception as one
-// line. Then the status is one of `statuses`.
-int RunProgram(const CommandLine& line, int argc, char** argv, int (*run)(const Arguments&),
-               Statuses statuses = {});
+// The whole of a program's main: prepares the standard streams, parses the arguments as getopt_long
+// does, answers --help, -h and --version, or returns what `run` returns. Options may stand before
+// and after the file, and may be abbreviated; "--" ends them. A mistake in the arguments, which
+// `run` may throw as UsageError too, is printed as one line, as is any other exception, on standard
+// error. Then the status is one of `failures`.
+int RunProgram(const CommandLine& line, int argc, char** argv, const Run& run,
+               Failures failures = {});
 
 }  // namespace tools

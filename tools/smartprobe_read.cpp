@@ -15,20 +15,21 @@
 #include <utility>
 #include <vector>
 
+#include "base/dates.h"
 #include "base/files.h"
 #include "base/standard_streams.h"
+#include "drives/report_lines.h"
 #include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_files.h"
-#include "report/forms.h"
-#include "report/health.h"
-#include "report/report_reader.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
-#include "tools/recorded_report.h"
+#include "tools/recorded_host.h"
+#include "views/field_texts.h"
+#include "views/views.h"
 
 namespace {
 
-using report::Report;
+using drives::Host;
 
 const tools::CommandLine kCommandLine = {
     "smartprobe-read",
@@ -39,6 +40,7 @@ const tools::CommandLine kCommandLine = {
      {"html", nullptr, "A page for a browser, with what is wrong first"},
      {"json", nullptr, "One JSON document, for programs"},
      {"prometheus", nullptr, "Metrics for Prometheus"},
+     {"advice", nullptr, "What to do about what is wrong, a sentence a line"},
      {"check", nullptr,
       "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, no "
       "attributes), 2 failing, 3 unknown"},
@@ -48,25 +50,25 @@ const tools::CommandLine kCommandLine = {
     false};
 
 // Monitoring takes this status for "unknown".
-constexpr int kUnknownStatus = static_cast<int>(report::Verdict::kUnknown);
+constexpr int kUnknownStatus = static_cast<int>(health::Verdict::kUnknown);
 
 struct Form {
   const char* option;
-  std::string (*textOf)(const Report&, const report::Screen&);
+  std::string (*textOf)(const Host&, const views::Screen&);
   bool isForTerminals;
 };
 
-std::string PageOf(const Report& report, const report::Screen& /*screen*/) {
-  using std::chrono::system_clock;
-  return report::HTMLText(report, std::chrono::floor<std::chrono::seconds>(system_clock::now()));
+std::string PageOf(const Host& host, const views::Screen& /*screen*/) {
+  return views::PageText(host, base::Now());
 }
 
 constexpr std::array kForms = {
-    Form{"table", report::TableText, true}, Form{"brief", report::BriefText, true},
+    Form{"table", views::TableText, true},
+    Form{"brief", views::BriefText, true},
     Form{"html", PageOf, false},
-    Form{"json", [](const Report& report, auto&) { return report::JsonText(report); }, false},
-    Form{"prometheus", [](const Report& report, auto&) { return report::PrometheusText(report); },
-         false}};
+    Form{"json", [](const Host& host, auto&) { return views::JsonText(host); }, false},
+    Form{"prometheus", [](const Host& host, auto&) { return views::MetricsText(host); }, false},
+    Form{"advice", [](const Host& host, auto&) { return views::AdviceText(host); }, true}};
 
 struct Options {
   const Form* form = kForms.data();
@@ -77,9 +79,9 @@ struct Options {
 
 // What came of a run.
 struct Reading {
-  Report report;
-  std::string text;                 // for standard output
-  std::vector<std::string> faults;  // the report's damage among them
+  Host host = {};
+  std::string text = {};                 // for standard output
+  std::vector<std::string> faults = {};  // the report's damage among them
 };
 
 bool IsPrinted(const Options& options) { return base::IsStandardStream(options.output); }
@@ -90,8 +92,8 @@ std::string_view Environment(const char* name) {
 }
 
 // That on which the form is printed, or else one of the usual width without colours.
-report::Screen ScreenOf(const Options& options) {
-  report::Screen screen;
+views::Screen ScreenOf(const Options& options) {
+  views::Screen screen;
   if (!IsPrinted(options) || isatty(STDOUT_FILENO) == 0) return screen;
   winsize size{};
   if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) screen.columns = size.ws_col;
@@ -99,8 +101,8 @@ report::Screen ScreenOf(const Options& options) {
   return screen;
 }
 
-// Whoever forgot the file would else wonder what takes so long.
-void TellOfWaiting(const Options& options) {
+// Without this line a forgotten FILE argument looks like a hang.
+void WarnOfWaiting(const Options& options) {
   if (!base::IsStandardStream(options.file) || isatty(STDIN_FILENO) == 0) return;
   base::PrintError(kCommandLine.program, "waiting for a report on standard input");
 }
@@ -115,23 +117,35 @@ bool IsRecording(std::string_view bytes) {
          bytes.starts_with("bplist");
 }
 
-// The report in the file, or that of the recording in it.
-Report ReportIn(const std::string& file) {
+// What the report or the recording in the file says.
+Host ReadHost(const std::string& file) {
   const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
-  if (!IsRecording(bytes)) return report::ParseReport(bytes);
-  return tools::RecordedReport(machines::ParseRecording(bytes, file));
+  if (!IsRecording(bytes)) return drives::ParseReport(bytes);
+  platform::Machine machine = machines::ParseRecording(bytes, file);
+  try {
+    return tools::ReadRecordedHost(std::move(machine));
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(file + ": " + error.what());
+  }
+}
+
+// Of a file that is no report at all there is nothing to show: an empty form would look like a host
+// without drives.
+bool HasNothing(const Host& host) {
+  return host.damage && host.drives.empty() && host.notRead.empty();
 }
 
 void Read(const Options& options, Reading& reading) {
-  TellOfWaiting(options);
-  reading.report = ReportIn(options.file);
-  if (const auto& damage = reading.report.damage) {
-    reading.faults.push_back(options.file + ": " + report::DamageText(*damage));
+  WarnOfWaiting(options);
+  reading.host = ReadHost(options.file);
+  if (const auto& damage = reading.host.damage) {
+    reading.faults.push_back(options.file + ": " + views::DamageText(*damage));
   }
-  std::string text = options.form->textOf(reading.report, ScreenOf(options));
+  if (HasNothing(reading.host)) return;
+  std::string text = options.form->textOf(reading.host, ScreenOf(options));
   if (IsPrinted(options)) {
     reading.text = std::move(text);
-  } else if (!reading.report.damage) {
+  } else if (!reading.host.damage) {
     tools::WriteOutputFile(options.output, text);
   }
 }
@@ -153,19 +167,19 @@ int Show(const Reading& reading) {
     base::PrintError(kCommandLine.program, fault);
   }
   base::Print(reading.text);
-  return reading.faults.empty() ? 0 : tools::Statuses().failure;
+  return reading.faults.empty() ? 0 : tools::Failures().status;
 }
 
 // A page, a JSON document or metrics on standard output must not have the summary among them.
 int ShowChecked(const Reading& reading, const Options& options) {
-  const auto [verdict, summary] = report::Check(reading.report, reading.faults);
+  const auto [verdict, summary] = views::Check(reading.host, reading.faults);
   const bool isApart = IsPrinted(options) && !options.form->isForTerminals;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
   try {
     base::Print(reading.text);
   } catch (const std::runtime_error& error) {
     base::PrintError(kCommandLine.program, error.what());
-    if (verdict != report::Verdict::kCritical) return kUnknownStatus;
+    if (verdict != health::Verdict::kCritical) return kUnknownStatus;
   }
   return static_cast<int>(verdict);
 }
@@ -191,22 +205,20 @@ int ReadReport(const tools::Arguments& arguments) {
   return options.checks ? ShowChecked(reading, options) : Show(reading);
 }
 
-// Nothing is allocated for it: memory may run out before the arguments are parsed. A file of that
-// name makes a check too, which at worst changes the status of a failure.
+// Whether an argument is --check or an abbreviation of it. Allocates nothing: memory may run out
+// before the arguments are parsed. A file of that name makes a check too, which at worst changes
+// the status of a failure.
 bool IsCheck(int argc, char** argv) {
-  return std::any_of(argv, argv + argc,
-                     [](std::string_view argument) { return argument == "--check"; });
+  return std::any_of(argv, argv + argc, [](std::string_view argument) {
+    return argument.size() > 2 && std::string_view("--check").starts_with(argument);
+  });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  tools::Statuses statuses{.usage = kUnknownStatus};
-  if (IsCheck(argc, argv)) {
-    // Monitoring would take any other for a verdict.
-    statuses.failure = kUnknownStatus;
-    // Destroying a JSON value takes memory too, and must not throw.
-    std::set_terminate([] { std::_Exit(kUnknownStatus); });
-  }
-  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, statuses);
+  tools::Failures failures{.usageStatus = kUnknownStatus};
+  // Monitoring would take any other status for a verdict, and reads standard output.
+  if (IsCheck(argc, argv)) failures = {kUnknownStatus, kUnknownStatus, true};
+  return tools::RunProgram(kCommandLine, argc, argv, ReadReport, failures);
 }

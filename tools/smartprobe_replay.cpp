@@ -2,7 +2,7 @@
 #include "base/standard_streams.h"
 #include "machines/recorded/recording_files.h"
 #include "tools/program.h"
-#include "tools/replayed_report.h"
+#include "tools/replay.h"
 
 namespace {
 

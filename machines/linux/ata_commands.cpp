@@ -123,7 +123,7 @@ bool IsInStandby(const CommandResult& result) {
 
 namespace {
 
-using platform::Block;
+using base::Block;
 using Cdb = std::array<std::uint8_t, 16>;  // of ATA PASS-THROUGH(16)
 
 constexpr std::uint8_t kNonData = 3 << 1;

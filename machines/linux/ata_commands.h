@@ -72,7 +72,7 @@ CommandResult SendCommand(int node, const AtaRegisters& registers,
 
 struct BlockResult {
   CommandEnd end = CommandEnd::kFailed;
-  std::optional<platform::Block> block = std::nullopt;  // of a success, and only of one
+  std::optional<base::Block> block = std::nullopt;  // of a success, and only of one
 };
 
 // A command that reads one block. One that comes short has failed. The bytes are the drive's own:

@@ -8,15 +8,17 @@
 #include <string>
 #include <utility>
 
+#include "base/dates.h"
 #include "base/descriptor.h"
-#include "machines/disks/drive_blocks.h"
+#include "drives/attribute_blocks.h"
+#include "drives/identify_data.h"
 #include "machines/linux/ata_commands.h"
 #include "machines/linux/block_device.h"
 
 namespace machines {
 namespace {
 
-using platform::Block;
+using base::Block;
 using platform::DriveAnswers;
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
@@ -65,10 +67,10 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   };
   if (!identify) identify = ReadAnswer(node, kIdentifyDevice);
   if (!identify) return failed("IDENTIFY DEVICE failed");
-  MakePrintable(*identify);
+  drives::MakePrintable(*identify);
   told.identify = Given(*identify);
-  told.enables = !LacksSMART(*identify);
-  told.date = platform::Now();
+  told.enables = !drives::LacksSMART(*identify);
+  told.date = base::Now();
   if (!told.enables) return told;
 
   const CommandEnd enabling = SendCommand(node, kEnableOperations).end;
@@ -88,7 +90,7 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   if (thresholds.end == CommandEnd::kFailed) return failed("SMART READ THRESHOLDS failed");
   if (thresholds.block) told.thresholds = Given(*thresholds.block);
   if (status == StatusAnswer::kUnsaid && thresholds.block) {
-    told.exceeded = ExceededCondition(*data, *thresholds.block);
+    told.exceeded = drives::ExceededCondition(*data, *thresholds.block);
   }
   if (told.exceeded) return told;
   return failed("SMART RETURN STATUS gave no registers, and no thresholds tell");
@@ -101,7 +103,9 @@ DriveAnswers OpenAndAsk(const AtaNode& node, const KeptAnswers& kept) {
   const base::Descriptor opened(
       open(node.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!opened.IsOpen()) {
-    none.whyNotOpened = std::string("its device node cannot be opened: ") + strerror(errno);
+    const bool isForbidden = errno == EACCES || errno == EPERM;
+    none.whyNotOpened = std::string("cannot open its device node: ") + strerror(errno) +
+                        (isForbidden ? " (run as root)" : "");
   } else if (!node.number || BlockDeviceNumber(opened.Number()) != node.number) {
     none.whyNotOpened = "its device node is not known to be the disk's";
   } else {

@@ -13,13 +13,13 @@ namespace machines {
 
 // What is still good of the answers of a drive with these IDENTIFY DEVICE data; nullopt if there is
 // nothing. Empty: nothing is kept of any drive.
-using KeptAnswers = std::function<std::optional<platform::DriveAnswers>(const platform::Block&)>;
+using KeptAnswers = std::function<std::optional<platform::DriveAnswers>(const base::Block&)>;
 
 struct AtaNode {
   std::filesystem::path path;
   std::optional<dev_t> number;  // of the block device that `path` must be; without it, it is not
                                 // opened
-  std::optional<platform::Block> identify = {};  // as far as the kernel keeps it
+  std::optional<base::Block> identify = {};  // as far as the kernel keeps it
 };
 
 // The drive opens its node, asks for everything, each command once, in the order IDENTIFY DEVICE,

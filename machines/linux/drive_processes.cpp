@@ -31,7 +31,7 @@ using Clock = std::chrono::steady_clock;
 struct SentBlock {
   std::size_t size;
   bool succeeds;
-  platform::Block bytes;
+  base::Block bytes;
 };
 struct SentAnswers {
   std::array<char, 256> whyNotOpened;
@@ -62,7 +62,7 @@ SentAnswers Packed(const DriveAnswers& answers) {
   sent.hasExceeded = answers.exceeded.has_value();
   sent.exceeded = answers.exceeded.value_or(false);
   sent.hasDate = answers.date.has_value();
-  sent.date = answers.date.value_or(platform::Date()).seconds;
+  sent.date = answers.date.value_or(std::chrono::sys_seconds()).time_since_epoch().count();
   sent.blocks = {Packed(answers.data), Packed(answers.thresholds), Packed(answers.identify)};
   return sent;
 }
@@ -72,7 +72,7 @@ DriveAnswers Unpacked(const SentAnswers& sent) {
   answers.whyNotOpened = sent.whyNotOpened.data();
   answers.enables = sent.enables;
   if (sent.hasExceeded) answers.exceeded = sent.exceeded;
-  if (sent.hasDate) answers.date = platform::Date{sent.date};
+  if (sent.hasDate) answers.date = std::chrono::sys_seconds(std::chrono::seconds(sent.date));
   answers.data = Unpacked(sent.blocks[0]);
   answers.thresholds = Unpacked(sent.blocks[1]);
   answers.identify = Unpacked(sent.blocks[2]);
@@ -161,6 +161,7 @@ bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
     pipes.push_back({child.pipe.Number(), POLLIN, 0});
     awaited.push_back(&child);
   }
+  if (awaited.empty()) return false;
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
   poll(pipes.data(), pipes.size(), static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX)));
   for (std::size_t i = 0; i < pipes.size(); i++) {

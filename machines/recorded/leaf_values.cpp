@@ -99,9 +99,7 @@ std::optional<Property> ParseDate(std::string_view text) {
   const seconds second(digits(17));
   const bool isTime = hour < days(1) && minute < hours(1) && second < minutes(1);
   if (!day.ok() || !isTime) return std::nullopt;
-  constexpr sys_days kEpoch = year(2001) / January / 1;
-  const seconds since = sys_days(day) - kEpoch + hour + minute + second;
-  return Property{platform::Date{since.count()}};
+  return Property{sys_days(day) + hour + minute + second};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // machine mean is told in recording_format.h and read_recording.h.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -22,5 +23,8 @@ platform::Property ReadPropertyList(std::string_view file);
 // not UTF-8 or has a character that XML does not give back (control characters but tab and line
 // feed, U+FFFE, U+FFFF), a number that no machine source makes, a date outside 1933 to 2068.
 std::string WritePropertyList(const platform::Property& property);
+
+// Whether WritePropertyList can write the date.
+bool IsWritableDate(std::chrono::sys_seconds date);
 
 }  // namespace machines

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -36,9 +37,9 @@ Type& TypedValue(std::string_view key, Property& property) {
 
 Data MoveBlock(std::string_view key, Property& recorded) {
   Data& bytes = TypedValue<Data>(key, recorded);
-  if (bytes.size() > platform::kBlockSize) {
-    throw RecordingError(std::string(key) + " is longer than " +
-                         std::to_string(platform::kBlockSize) + " bytes");
+  if (bytes.size() > base::kBlockSize) {
+    throw RecordingError(std::string(key) + " is longer than " + std::to_string(base::kBlockSize) +
+                         " bytes");
   }
   return std::move(bytes);
 }
@@ -74,7 +75,7 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   if (recorded.contains(kExceededKey)) answers.exceeded = Flag(recorded, kExceededKey);
   answers.enables = !Flag(recorded, kEnableFailsKey);
   if (const auto date = recorded.find(kDateKey); date != recorded.end()) {
-    answers.date = TypedValue<platform::Date>(kDateKey, date->second);
+    answers.date = TypedValue<std::chrono::sys_seconds>(kDateKey, date->second);
   }
   if (Flag(recorded, kQueryFailsKey)) answers.whyNotOpened = "it was not opened when recorded";
   return answers;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -34,6 +35,12 @@ const std::string& Checked(const std::string& text) {
   throw RecordingError("a text that XML cannot hold cannot be recorded: " + Excerpt(text));
 }
 
+// libplist counts the seconds of a date from 2001 on, in 32 bits.
+std::int64_t SinceOrigin(std::chrono::sys_seconds date) {
+  constexpr std::chrono::sys_days kOrigin = std::chrono::year(2001) / 1 / 1;
+  return std::chrono::seconds(date - kOrigin).count();
+}
+
 OwnedNode MakeNode(const Property& property);
 
 // A new node of the value.
@@ -42,11 +49,11 @@ struct NodeMaker {
     return OwnedNode(plist_new_string(Checked(text).c_str()));
   }
   OwnedNode operator()(bool value) const { return OwnedNode(plist_new_bool(value)); }
-  OwnedNode operator()(const platform::Date& date) const {
-    if (!std::in_range<std::int32_t>(date.seconds)) {
+  OwnedNode operator()(std::chrono::sys_seconds date) const {
+    if (!IsWritableDate(date)) {
       throw RecordingError("a date outside 1933 to 2068 cannot be recorded");
     }
-    return OwnedNode(plist_new_date(static_cast<std::int32_t>(date.seconds), 0));
+    return OwnedNode(plist_new_date(static_cast<std::int32_t>(SinceOrigin(date)), 0));
   }
   OwnedNode operator()(const platform::Data& bytes) const {
     return OwnedNode(plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
@@ -79,6 +86,10 @@ struct NodeMaker {
 OwnedNode MakeNode(const Property& property) { return std::visit(NodeMaker(), property.value); }
 
 }  // namespace
+
+bool IsWritableDate(std::chrono::sys_seconds date) {
+  return std::in_range<std::int32_t>(SinceOrigin(date));
+}
 
 std::string WritePropertyList(const Property& property) {
   const OwnedNode root = MakeNode(property);

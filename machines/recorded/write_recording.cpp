@@ -1,9 +1,9 @@
 #include "machines/recorded/write_recording.h"
 
-#include <cstdint>
 #include <string_view>
 #include <utility>
 
+#include "machines/recorded/property_list.h"
 #include "machines/recorded/recording_format.h"
 
 namespace machines {
@@ -26,13 +26,13 @@ void PutBlock(Dictionary& recorded, std::string_view key, std::string_view fails
   if (!block.succeeds && !block.bytes.empty()) Put(recorded, failsKey, true);
 }
 
+// Thresholds are none of them: a drive may lawfully refuse to send any.
 std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers) {
   if (!answers.whyNotOpened.empty()) return {answers.whyNotOpened};
   if (!answers.enables) return {"S.M.A.R.T. cannot be enabled"};
   std::vector<std::string> failures;
   if (!answers.exceeded) failures.emplace_back("SMART RETURN STATUS failed");
   if (!answers.data.succeeds) failures.emplace_back("SMART READ DATA failed");
-  if (!answers.thresholds.succeeds) failures.emplace_back("SMART READ THRESHOLDS failed");
   if (!answers.identify.succeeds) failures.emplace_back("IDENTIFY DEVICE failed");
   return failures;
 }
@@ -68,8 +68,8 @@ DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);
   PutBlock(recorded, kThresholdsKey, kThresholdsFailsKey, answers.thresholds);
   if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
-  const bool isDateWritable = answers.date && std::in_range<std::int32_t>(answers.date->seconds);
-  if (isDateWritable) Put(recorded, kDateKey, *answers.date);  // a clock may be wrong
+  // A clock may be wrong.
+  if (answers.date && IsWritableDate(*answers.date)) Put(recorded, kDateKey, *answers.date);
   return {std::move(recorded), FailuresOf(answers)};
 }
 

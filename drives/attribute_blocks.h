@@ -1,0 +1,33 @@
+// The layout of the S.M.A.R.T. data and threshold blocks, and the rules for raw values.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "base/block.h"
+#include "drives/facts.h"
+
+namespace drives {
+
+// Of the attribute of the data that a report pairs with a threshold of that identifier, the first
+// that has a normalized value; where none has one, of the first of that identifier. nullopt if the
+// drive has none.
+std::optional<Counts> FindCounts(const base::Block& data, std::uint8_t id);
+
+// The number of events or sectors that a raw value counts. Makers that put other counts above it
+// leave 16 bits of zeros between. nullopt where the raw value is no clear count.
+std::optional<std::uint32_t> ClearCount(std::uint64_t raw);
+
+// Adds to each attribute of the drive its worst and raw value, and to the recorded facts
+// temperature and lost sectors.
+void AddData(Drive& drive, const base::Block& data);
+
+// The threshold-exceeded condition as the standard defines it, for drives whose own answer does
+// not come through. True: the normalized value of a pre-failure attribute is at or below its
+// threshold. Each threshold is paired with the first attribute of its identifier that has a value,
+// as in the report, so that the condition holds exactly where a pre-failure line warns. nullopt if
+// the blocks have no such pair, so that nothing is known. A value of 0 is no value. The blocks are
+// as the drive sends them: the probe's byte-order pass moves the bit that marks pre-failure.
+std::optional<bool> ExceededCondition(const base::Block& data, const base::Block& thresholds);
+
+}  // namespace drives

@@ -1,0 +1,108 @@
+#include "drives/identify_data.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <numeric>
+#include <span>
+
+#include "base/printable_text.h"
+
+namespace drives {
+namespace {
+
+using base::Block;
+
+// Words, counted from 0.
+struct Words {
+  std::size_t first, count;
+};
+constexpr Words kSerialNumber = {10, 10};
+constexpr Words kRevision = {23, 4};
+constexpr Words kModel = {27, 20};
+constexpr std::array kTellTale{Words{108, 8},    // world wide name, and room for more of it
+                               Words{129, 31},   // vendor specific
+                               Words{176, 30}};  // serial number of the medium
+
+std::span<std::uint8_t> BytesOf(Block& identify, const Words& words) {
+  return std::span(identify).subspan(2 * words.first, 2 * words.count);
+}
+
+std::span<const std::uint8_t> BytesOf(const Block& identify, const Words& words) {
+  return std::span(identify).subspan(2 * words.first, 2 * words.count);
+}
+
+std::uint16_t Word(const Block& identify, std::size_t index) {
+  return static_cast<std::uint16_t>(identify[2 * index] | identify[2 * index + 1] << 8);
+}
+
+// Of the two characters in a word the first is the high byte.
+std::string Text(const Block& identify, const Words& words) {
+  const auto bytes = BytesOf(identify, words);
+  std::string text;
+  for (std::size_t i = 0; i < bytes.size(); i++) text += static_cast<char>(bytes[i ^ 1]);
+  return base::PrintableASCII(text);
+}
+
+std::uint8_t Sum(const Block& block) {
+  return static_cast<std::uint8_t>(std::accumulate(block.begin(), block.end(), 0U));
+}
+
+}  // namespace
+
+std::optional<Block> FindIdentifyData(std::string_view page) {
+  constexpr std::size_t kPageCodeOffset = 1;
+  constexpr char kAtaInformation = '\x89';
+  constexpr std::size_t kCommandOffset = 56;  // the command that the data answer
+  constexpr char kIdentifyDevice = '\xEC';
+  constexpr std::size_t kDataOffset = 60;
+  Block identify;
+  if (page.size() < kDataOffset + identify.size()) return std::nullopt;
+  if (page[kPageCodeOffset] != kAtaInformation) return std::nullopt;
+  if (page[kCommandOffset] != kIdentifyDevice) return std::nullopt;
+  std::ranges::copy(page.substr(kDataOffset, identify.size()), identify.begin());
+  if (identify == Block{}) return std::nullopt;
+  return identify;
+}
+
+std::string ModelNumber(const Block& identify) { return Text(identify, kModel); }
+
+std::string SerialNumber(const Block& identify) { return Text(identify, kSerialNumber); }
+
+// Word 82 means something only where word 83 says that it does.
+bool LacksSMART(const Block& identify) {
+  const bool isValid = Word(identify, 83) >> 14 == 0b01;
+  return isValid && (Word(identify, 82) & 0x0001) == 0;
+}
+
+void MakePrintable(Block& identify) {
+  const auto isOdd = [](std::uint8_t byte) { return byte != 0 && (byte < 0x20 || byte > 0x7E); };
+  for (const Words& words : {kSerialNumber, kRevision}) {
+    std::ranges::replace_if(BytesOf(identify, words), isOdd, '?');
+  }
+}
+
+std::string Identity(Block identify) {
+  MakePrintable(identify);
+  if (SerialNumber(identify).empty()) return "";
+  std::string identity;
+  for (const Words& words : {kModel, kSerialNumber}) {
+    const auto bytes = BytesOf(identify, words);
+    identity.append(bytes.begin(), bytes.end());
+  }
+  return identity;
+}
+
+void MaskIdentity(Block& identify) {
+  constexpr std::uint8_t kSignature = 0xA5;  // before a checksum
+  const bool hasChecksum = identify[510] == kSignature && Sum(identify) == 0;
+  const auto isCharacter = [](std::uint8_t byte) { return byte != ' ' && byte != 0; };
+  std::ranges::replace_if(BytesOf(identify, kSerialNumber), isCharacter, 'X');
+  for (const Words& words : kTellTale) std::ranges::fill(BytesOf(identify, words), 0);
+  if (!hasChecksum) return;
+  identify[511] = 0;
+  identify[511] = static_cast<std::uint8_t>(-Sum(identify));
+}
+
+}  // namespace drives

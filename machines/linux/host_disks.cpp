@@ -1,0 +1,97 @@
+#include "machines/linux/host_disks.h"
+
+#include <algorithm>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "drives/identify_data.h"
+#include "machines/linux/sysfs_files.h"
+#include "machines/linux/udev_database.h"
+
+namespace machines {
+namespace {
+
+namespace fs = std::filesystem;
+
+// "ata12" is `prefix` "ata" with a number.
+bool IsNumbered(std::string_view name, std::string_view prefix) {
+  return name.size() > prefix.size() && name.starts_with(prefix) &&
+         name.find_first_not_of("0123456789", prefix.size()) == std::string_view::npos;
+}
+
+// The folder of the SCSI host that a disk is attached to, in which its own lies:
+// .../ata1/host0/target0:0:0/... or .../usb2/2-1/2-1:1.0/host6/target6:0:0/... Empty: there is
+// none.
+fs::path HostOf(const fs::path& sysfs, fs::path folder) {
+  while (folder != sysfs && folder.has_relative_path()) {
+    if (IsNumbered(folder.filename().native(), "host")) return folder;
+    folder = folder.parent_path();
+  }
+  return {};
+}
+
+// The driver of an AHCI port has it in its name. Elsewhere than on a libata port it is no matter.
+bool IsAHCI(const fs::path& host) {
+  if (!IsNumbered(host.parent_path().filename().native(), "ata")) return false;
+  const std::string driver = ReadText(host / "scsi_host" / host.filename() / "proc_name");
+  return driver.find("ahci") != std::string::npos;
+}
+
+// The SCSI disks that speak ATA, directly or behind a translation layer: those that the
+// kernel says are of the vendor "ATA", as libata and most layers do, those whose layer
+// hands out IDENTIFY DEVICE data, and those that udev has asked.
+void ReadKind(const fs::path& sysfs, Disk& disk) {
+  const fs::path host = HostOf(sysfs, disk.folder);
+  const fs::path device = disk.folder / "device";
+  const std::string type = ReadText(device / "type");
+  // Direct access, or the same with zones that the host manages.
+  if (host.empty() || (type != "0" && type != "20")) return;
+  if (const auto page = ReadFile(device / "vpd_pg89"))
+    disk.identify = drives::FindIdentifyData(*page);
+  if (!disk.identify && ReadText(device / "vendor") != "ATA") {
+    const auto number = ReadDeviceNumber(disk.folder / "dev");
+    if (!number || !IsATAByUdev(*number)) return;
+    disk.isModelKnown = false;
+  }
+  disk.kind = IsAHCI(host) ? DiskKind::kAHCI : DiskKind::kATA;
+}
+
+// What has hardware of its own, which sysfs has a link to, and is neither an optical nor a floppy
+// drive, nor the boot code of a card, bare flash, or one of the paths to a disk of another name.
+bool IsDisk(const std::string& name, const fs::path& folder) {
+  constexpr const char* kOptical = "5";
+  std::error_code error;
+  return fs::exists(folder / "device", error) && ReadText(folder / "device" / "type") != kOptical &&
+         !IsNumbered(name, "fd") && !IsNumbered(name, "sr") && !IsNumbered(name, "mtdblock") &&
+         name.find("boot") == std::string::npos && ReadText(folder / "hidden") != "1";
+}
+
+std::optional<Disk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
+  std::error_code error;
+  Disk disk{link.filename(), fs::canonical(link, error)};
+  if (error || !IsDisk(disk.name, disk.folder)) return std::nullopt;
+  ReadKind(sysfs, disk);
+  return disk;
+}
+
+bool IsNamedBefore(const Disk& one, const Disk& other) {
+  return std::pair(one.name.size(), one.name) < std::pair(other.name.size(), other.name);
+}
+
+}  // namespace
+
+std::vector<Disk> ListDisks(const fs::path& sysfs) {
+  std::vector<Disk> disks;
+  std::error_code error;
+  const fs::path root = fs::canonical(sysfs, error);
+  fs::directory_iterator link(root / "block", error);
+  for (; !error && link != fs::directory_iterator(); link.increment(error)) {
+    if (std::optional<Disk> disk = ReadDisk(root, *link)) disks.push_back(std::move(*disk));
+  }
+  if (error) throw std::system_error(error, sysfs / "block");
+  std::ranges::sort(disks, IsNamedBefore);
+  return disks;
+}
+
+}  // namespace machines

@@ -1,0 +1,29 @@
+// The host's disks as the kernel describes them in sysfs. No device is opened, so no disk wakes.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/block.h"
+
+namespace machines {
+
+enum class DiskKind { kAHCI, kATA, kOther };
+
+struct Disk {
+  std::string name;              // the kernel's: sda
+  std::filesystem::path folder;  // its folder in sysfs
+  DiskKind kind = DiskKind::kOther;
+  std::optional<base::Block> identify = {};  // of an ATA disk, as far as the kernel keeps it
+  bool isModelKnown = true;                  // false: the kernel knows the model of a bridge
+};
+
+// The disks in the kernel's order of naming: sda to sdz, then sdaa. What has no hardware of its
+// own, such as a loop device, and optical and floppy drives are left out, as is a disk that goes
+// away meanwhile. Throws std::system_error where the disks in `sysfs` cannot be listed, and
+// std::bad_alloc.
+std::vector<Disk> ListDisks(const std::filesystem::path& sysfs);
+
+}  // namespace machines

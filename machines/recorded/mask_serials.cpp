@@ -1,0 +1,75 @@
+#include "machines/recorded/mask_serials.h"
+
+#include <algorithm>
+#include <cctype>
+#include <functional>
+#include <string>
+
+#include "base/block.h"
+#include "drives/identify_data.h"
+#include "machines/recorded/recording_format.h"
+
+namespace machines {
+namespace {
+
+using platform::Array;
+using platform::Data;
+using platform::Dictionary;
+using platform::Property;
+
+// "Serial Number", "serial-number", "IOPlatformSerialNumber".
+bool NamesSerialNumber(std::string key) {
+  std::erase_if(key, [](unsigned char c) { return std::isalpha(c) == 0; });
+  std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
+  return key.find("serialnumber") != std::string::npos;
+}
+
+bool IsPadding(std::uint8_t byte) { return byte == ' ' || byte == 0; }
+
+// One X for each character of UTF-8, which may take several bytes.
+std::string Masked(const std::string& text) {
+  std::string masked;
+  for (const char c : text) {
+    const auto byte = static_cast<std::uint8_t>(c);
+    if ((byte & 0xC0) == 0x80) continue;
+    masked += IsPadding(byte) ? c : 'X';
+  }
+  return masked;
+}
+
+void MaskIdentify(Data& bytes) {
+  base::Block identify{};
+  std::copy_n(bytes.begin(), std::min(bytes.size(), identify.size()), identify.begin());
+  drives::MaskIdentity(identify);
+  bytes.assign(identify.begin(), identify.end());
+}
+
+void MaskSerialNumber(Property& property) {
+  if (auto* text = std::get_if<std::string>(&property.value)) *text = Masked(*text);
+  if (auto* bytes = std::get_if<Data>(&property.value)) {
+    std::ranges::replace_if(*bytes, std::not_fn(IsPadding), 'X');
+  }
+}
+
+}  // namespace
+
+void MaskSerials(Property& listing) {
+  if (auto* array = std::get_if<Array>(&listing.value)) {
+    for (Property& item : *array) MaskSerials(item);
+  }
+  auto* dictionary = std::get_if<Dictionary>(&listing.value);
+  if (dictionary == nullptr) return;
+  for (auto& [key, property] : *dictionary) {
+    if (key == kDriveKey) {
+      auto& recorded = std::get<Dictionary>(property.value);
+      const auto identify = recorded.find(kIdentifyKey);
+      if (identify != recorded.end()) MaskIdentify(std::get<Data>(identify->second.value));
+    } else if (NamesSerialNumber(key)) {
+      MaskSerialNumber(property);
+    } else {
+      MaskSerials(property);
+    }
+  }
+}
+
+}  // namespace machines

@@ -1,0 +1,42 @@
+// An ATA drive made up of answers to commands. It stands behind the SCSI library, behind any
+// character device such as /dev/null, and is an ATA disk by udev. For tests that wrap sg_ll_ata_pt.
+#pragma once
+
+#include <sys/types.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support.h"
+
+namespace test {
+
+// An answer to a command: SCSI's status, sense data, a block, how much of it is missing.
+struct Answer {
+  int status = 0;
+  std::vector<std::uint8_t> sense = {};
+  Data block = Data(base::kBlockSize);
+  int missing = 0;
+};
+
+constexpr int kGone = -1;
+constexpr int kCheckCondition = 2;
+const Answer kAborted = {kCheckCondition, {0x72, 0x0B, 0, 0, 0, 0, 0, 0}};
+
+// To CHECK POWER MODE, with that count in the registers: 0x01 is standby, 0xFF is active.
+Answer PowerMode(std::uint8_t count);
+
+// By a letter for each command: I E S D T, and P for CHECK POWER MODE.
+extern std::map<char, Answer> answers;
+extern std::string sent;  // the letters, but for what a child process sends
+extern const dev_t kNodeNumber;
+
+// Makes `answers` those of a healthy drive that is awake, as HealthyAnswers() has them.
+void AnswerWell();
+
+// A folder in which `root`/sys has such a disk, sda, and `root`/dev its node. The kernel knows the
+// model "Bridge" of it, and `vendor`.
+void AddDisk(const fs::path& root, const std::string& vendor);
+
+}  // namespace test

@@ -1,0 +1,144 @@
+// The largest files of one kind: recorded machines are replayed and shown in every form, or
+// refused, in little time and memory. Slow, and in vain under sanitizers, which take memory and
+// time of their own.
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "machines/recorded/read_recording.h"
+#include "machines/recorded/recording_format.h"
+#include "tests/support.h"
+#include "tools/recorded_host.h"
+#include "tools/replay.h"
+#include "views/views.h"
+
+namespace {
+
+using test::Repeated;
+
+std::string List(const std::string& value) { return "<plist version='1.0'>" + value + "</plist>"; }
+
+std::string Keys(int count) {
+  std::string keys;
+  for (int i = 0; i < count; i++) keys += "<key>" + std::to_string(i) + "</key><true/>";
+  return keys;
+}
+
+std::string Children(const std::string& entries) {
+  return "<key>IORegistryEntryChildren</key><array>" + entries + "</array>";
+}
+
+// `before`, then as much of `filling` as makes a file of about the largest size, then `after`.
+std::string Largest(const std::string& before, const std::string& filling,
+                    const std::string& after) {
+  const std::string piece = Repeated(1000, filling);
+  const std::size_t room = machines::kMaxRecordingSize - before.size() - after.size();
+  return before + Repeated(room / piece.size(), piece) + after;
+}
+
+// `count` devices with these pairs, in so many others, one in the other, with `outer`.
+std::string Devices(std::size_t count, const std::string& pairs, std::size_t levels = 0,
+                    const std::string& outer = "") {
+  const std::string start =
+      "<dict><key>IOObjectClass</key><string>IOAHCIBlockStorageDevice</string>";
+  return Repeated(levels, start + outer + "<key>IORegistryEntryChildren</key><array>") +
+         Repeated(count, start + pairs + "</dict>") + Repeated(levels, "</array></dict>");
+}
+
+// A drive whose blocks hold as many attributes as they can.
+std::string FullDrive() {
+  std::string block;  // base64 of 30 entries whose identifiers are 1
+  block = "EAAB" + Repeated(29, "MwBkZAAAAAAAAAAB") + "MwBkZAAAAAAAAAAA";
+  return "<key>RecordedDrive</key><dict><key>Data</key><data>" + block +
+         "</data><key>Thresholds</key><data>" + block +
+         "</data><key>ThresholdExceeded</key><true/></dict>";
+}
+
+constexpr int kRefused = 1, kReplayed = 2, kShown = 3;
+
+void ShowInEveryForm(platform::Machine machine) {
+  const drives::Host host = tools::ReadRecordedHost(std::move(machine));
+  views::TableText(host, {});
+  views::BriefText(host, {});
+  views::PageText(host, {});
+  views::JsonText(host);
+  views::MetricsText(host);
+  views::Check(host, {});
+}
+
+// Ends a process of its own with what was done with the file, within that memory and time.
+void UseWithinLimits(const std::string& file, bool isShown) {
+  const rlimit memory{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
+  const rlimit seconds{.rlim_cur = 10, .rlim_max = RLIM_INFINITY};
+  setrlimit(RLIMIT_AS, &memory);
+  setrlimit(RLIMIT_CPU, &seconds);
+  std::freopen("/dev/null", "w", stdout);
+  int done = kRefused;
+  try {
+    platform::Machine machine = machines::ReadRecording(file);
+    done = kReplayed;
+    if (!isShown) tools::Replay(std::move(machine));
+    if (isShown) ShowInEveryForm(std::move(machine));
+    if (isShown) done = kShown;
+  } catch (const std::runtime_error&) {
+  }
+  std::_Exit(done);
+}
+
+TEST(LimitsDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) {
+  // What becomes of the file at most, and the file.
+  const std::pair<int, std::string (*)()> kFiles[] = {
+      {kShown,
+       [] { return Largest("<plist><dict><key>", "text\n", "</key><true/></dict></plist>"); }},
+      {kRefused, [] { return Largest("<plist><string>", "&amp;", "</string></plist>"); }},
+      {kRefused, [] { return Largest("<plist ", "a='' ", "/>"); }},
+      {kRefused, [] { return Largest("<plist><array>", "<dict/>", "</array></plist>"); }},
+      {kReplayed,
+       [] { return List("<dict>" + Keys(250000) + Children(Devices(160000, "")) + "</dict>"); }},
+      {kReplayed,
+       [] { return List("<array>" + Repeated(1500, Devices(1, "", 123)) + "</array>"); }},
+      {kReplayed, [] { return List(Devices(100000, "", 122, Keys(2000))); }},
+      // One long location for all devices, none of which can be enabled.
+      {kReplayed,
+       [] {
+         return Largest(
+             "<plist><dict><key>Protocol Characteristics</key><dict><key>Physical Interconnect"
+             "</key><string>ATA</string></dict><key>unit number</key><integer>0</integer>"
+             "<key>io-device-location</key><data>",
+             "QUJD",
+             "</data>" +
+                 Children(Devices(
+                     140000,
+                     "<key>RecordedDrive</key><dict><key>EnableFails</key><true/></dict>")) +
+                 "</dict></plist>");
+       }},
+      // As many disks as are shown: with all that a drive can say, and deep below one another
+      // beside one long name for all.
+      {kShown, [] { return List("<array>" + Devices(4096, FullDrive()) + "</array>"); }},
+      {kShown,
+       [] {
+         const std::string start = "<dict><key>IORegistryEntryChildren</key><array>";
+         return List("<array>" +
+                     Repeated(1500, Repeated(125, start) + Devices(1, "") +
+                                        Repeated(125, "</array></dict>")) +
+                     "</array>");
+       }},
+      {kShown,
+       [] {
+         return List(Devices(
+             1, "<key>BSD Name</key><string>" + std::string(2 << 20, 'n') + "</string>", 120));
+       }},
+  };
+  for (const auto& [most, file] : kFiles) {
+    const std::string bytes = file();
+    const std::string size = std::to_string(bytes.size());
+    EXPECT_EXIT(UseWithinLimits(bytes, false), testing::ExitedWithCode(std::min(most, kReplayed)),
+                "")
+        << size;
+    const int shown = most == kReplayed ? kReplayed : most;
+    EXPECT_EXIT(UseWithinLimits(bytes, true), testing::ExitedWithCode(shown), "") << size;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,304 @@
+// Reports are read whole or refused at the right line, judged, and written in each form.
+#include "views/views.h"
+
+#include <regex>
+#include <tuple>
+#include <utility>
+
+#include "drives/report_lines.h"
+#include "tests/support.h"
+#include "views/field_texts.h"
+
+using namespace std::string_literals;
+using test::Repeated;
+
+namespace {
+
+const std::string kStart = "SmartDeviceStart:::d:::p:::r:::c:::s\n";
+const std::string kAttribute = "SMARTStatus:::1:::n:::0:::1:::0:::Pre-Fail:OK\n";
+const std::string kEnd = "SmartDeviceEnd:::d:::False\n";
+const std::string kWornStatus =
+    "Life-Span:Advisory Condition: Attribute has exeeded intended life expectancy";
+const std::string kFailingStatus = "Pre-Fail:Pre-Failure Warning: Imminent loss of data predicted";
+
+TEST(Report, DamageIsToldWithItsLine) {
+  const auto attribute = [](const std::string& fields) {
+    return kStart + "SMARTStatus:::" + fields + "\n" + kEnd;
+  };
+  const std::string ok = ":::Pre-Fail:OK";
+  const std::string of64Bytes = "GetSMARTFailed:" + std::string(46, 'f') + ":0\n";
+  const std::pair<std::string, std::string> kRows[] = {
+      {Repeated(2, kStart + Repeated(30, kAttribute) + kEnd + "GetSMARTFailed::0\n"), ""},
+      {kStart + kEnd + "\r\n", "line 3: not a line of a report"},
+      {std::regex_replace(kStart + kAttribute + kEnd, std::regex("\n"), "\r\n"), ""},
+      {"SmartDeviceStart:::d:::r:::c:::s\n", "line 1: too few fields"},
+      {kStart + kAttribute, "line 3: the file ends inside a drive"},
+      {kStart + "SmartDeviceEnd:::d:::False", "line 2: the file ends inside the line"},
+      {kStart + kStart, "line 2: inside a drive that has not ended"},
+      {kStart + kEnd + kAttribute, "line 3: an attribute outside a drive"},
+      {kEnd, "line 1: the end of a drive that has not started"},
+      {kStart + "SmartDeviceEnd:::e:::False\n", "line 2: the end of another drive"},
+      {kStart + "SmartDeviceEnd:::d:::Maybe\n", "line 2: neither True nor False"},
+      {kStart + Repeated(31, kAttribute), "line 32: more than 30 attributes"},
+      {Repeated(65536, of64Bytes), ""},
+      {Repeated(65537, of64Bytes), "line 65537: the report is larger than 4 MiB"},
+      {std::string((4 << 20) + 1, 'G'), "line 1: the report is larger than 4 MiB"},
+      {"GetSMARTFailed:0\n", "line 1: a failure that does not end with :0"},
+      {attribute("0:::n:::0:::1:::0" + ok), "line 2: the identifier is 0"},
+      {attribute("01:::n:::0:::1:::0" + ok), "line 2: the identifier is no number to 255"},
+      {attribute("1:::n:::65536:::1:::0" + ok), "line 2: the flags are no number to 65535"},
+      {attribute("1:::n:::0:::256:::0" + ok), "line 2: the value is no number to 255"},
+      {attribute("1:::n:::0:::1:::99999999999" + ok), "line 2: the threshold is no number to 255"},
+      {attribute("1:::n:::0:::1:::0:::Pre-Fail:ok"), "line 2: the status is none of the four"},
+  };
+  for (const auto& [bytes, expected] : kRows) {
+    const drives::Host host = drives::ParseReport(bytes);
+    const std::string damage = host.damage ? views::DamageText(*host.damage) : "";
+    EXPECT_EQ(damage, expected) << bytes.substr(0, 200);
+  }
+}
+
+// The line of an attribute whose status says that its threshold is reached.
+std::string Reached(int id, const std::string& threshold, const std::string& status) {
+  return "SMARTStatus:::" + std::to_string(id) + ":::n:::0:::1:::" + threshold + ":::" + status +
+         "\n";
+}
+
+TEST(Report, Check) {
+  const std::string worn = Reached(4, "5", kWornStatus);
+  const std::string hot = Reached(190, "5", kWornStatus) + Reached(194, "5", kWornStatus);
+  const std::string failing = Reached(4, "5", kFailingStatus);
+  const std::string invalid = Reached(4, "254 (Invalid)", kFailingStatus);
+  const std::string failed = "GetSMARTFailed:f:0\n";
+  using Sectors = std::vector<drives::SectorCount>;
+  const Sectors none = {{"reallocated", 0}, {"uncorrectable", 0}};
+  // What the report says, what its drives have lost, and the judgement.
+  const std::tuple<std::string, Sectors, int, std::string> kRows[] = {
+      {Repeated(3, kStart + kAttribute + kEnd), none, 0, "OK: 3 drives, no threshold reached"},
+      {kStart + kEnd + kStart + worn + kEnd, none, 1, "WARNING: worn: d; attributes not known: d"},
+      {kStart + hot + invalid + kEnd, none, 1, "WARNING: hot, now or once: d"},
+      {kStart + hot + worn + kEnd, none, 1, "WARNING: worn: d"},
+      {kStart + worn + kEnd,
+       {{"reallocated", 69}, {"pending", 0}, {"uncorrectable", 2}},
+       1,
+       "WARNING: caution: d (69 sectors reallocated, 2 uncorrectable)"},
+      {kStart + kEnd,
+       {{"reallocated", 0}, {"pending", 1}},
+       1,
+       "WARNING: caution: d (1 sector pending)"},
+      {kStart + worn + failing + worn + kEnd, {{"pending", 1}}, 2, "CRITICAL: failing: d"},
+      {kStart + invalid + kEnd, none, 0, "OK: 1 drive, no threshold reached"},
+      {failed + kStart + worn + kEnd, none, 3, "UNKNOWN: not read: f; worn: d"},
+      {kStart + "SmartDeviceEnd:::d:::True\n", none, 2, "CRITICAL: failing: d"},
+      {"GetSMARTFailed::0\n" + failed + kStart + failing + kEnd, none, 2,
+       "CRITICAL: failing: d; not read: (no path), f"},
+      {kStart + failing + kEnd + kStart, none, 2, "CRITICAL: failing: d"},
+      {kStart + kAttribute + kEnd + "?\n", none, 3, "UNKNOWN: 1 drive"},
+      {"GetSMARTFailed:\x1B\u202E:0\n", none, 3, "UNKNOWN: not read: \uFFFD\uFFFD"},
+  };
+  for (const auto& [bytes, sectors, status, expected] : kRows) {
+    drives::Host host = drives::ParseReport(bytes);
+    for (drives::Drive& drive : host.drives) drive.recorded = {.sectors = sectors};
+    const auto [verdict, summary] = views::Check(host, {});
+    EXPECT_EQ(static_cast<int>(verdict), status) << expected;
+    EXPECT_EQ(summary, "smartprobe " + expected);
+  }
+  EXPECT_EQ(views::Check({}, {"a\nb", "c"}).summary, "smartprobe UNKNOWN: a\uFFFDb, c");
+}
+
+// What would break or reorder a line, and the neighbours of it that would not.
+const std::string kUnfit =
+    "\x01\x7F\xC2\x9B\u061C\u200D\u200E\u200F\u2028\u202E\u202C\u202F\u2065\u2066\u2069\u206A";
+const std::string kReplaced =
+    "\uFFFD\uFFFD\uFFFD\uFFFD\u200D\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\u202F\u2065\uFFFD\uFFFD\u206A";
+
+// A report with what makes series or columns collide, with a text longer than a label may be, and
+// with bytes that are no text.
+const std::string kOdd =
+    "GetSMARTFailed:d:0\nGetSMARTFailed:/dev/a\"\\" + kUnfit + ":0\nSmartDeviceStart:::d:::" +
+    "\xCA\"q\\:::x :::  r\x1B[\u028E :::1.00 TB:::  s\0\xFF\xE2\x82\xED\xA0\x80 \n"s +
+    "SMARTStatus:::5:::First:::0:::No Data:::Always Failing:::" + kWornStatus + "\n" +
+    "SMARTStatus:::5:::Off\xCATra\x1Bk:::13056:::21:::Always Failing:::" + kFailingStatus + R"(
+SMARTStatus:::255:::a:::b:::65535:::0 (Invalid):::253:::)" +
+    kWornStatus + R"(
+SMARTStatus:::5:::n:::0:::254 (Invalid):::254 (Invalid):::Pre-Fail:OK
+SmartDeviceEnd:::d:::True
+GetSMARTFailed::0
+SmartDeviceStart:::d::::::01234567890123456789012345678901234567890123456789012345678901234::::::
+SmartDeviceEnd:::d:::False
+)";
+
+const std::string kNotReadOdd =
+    "\nCould not be read:\n  <31>d<0>\n  <31>/dev/a\"\\" + kReplaced + "<0>\n  <31>(no path)<0>\n";
+
+std::string Marked(const std::string& colored) {
+  return std::regex_replace(colored, std::regex("\x1B\\[([0-9]+)m"), "<$1>");
+}
+
+TEST(Report, AsJson) {
+  EXPECT_EQ(views::JsonText(drives::ParseReport(kOdd)),
+            R"({"drives":[
+{"device":"d","product":"\u00A0\"q\\:::x ","revision":"  r\u001B[\u028E ","capacity":"1.00 TB","serial":"  s\u0000\uFFFD\uFFFD\uFFFD ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00A0Tra\u001Bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
+{"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","threshold_exceeded":false,"attributes":[]}
+],"not_read":["d","/dev/a\"\\\u0001\u009B\u061C\u200D\u200E\u200F\u2028\u202E\u202C\u202F\u2065\u2066\u2069\u206A",""]}
+)");
+}
+
+// What describes the series is for the real reader of them to judge.
+TEST(Report, AsPrometheus) {
+  const std::string samples =
+      std::regex_replace(views::MetricsText(drives::ParseReport(kOdd)), std::regex("#.*\n"), "");
+  const std::string drive = R"(device="d",product=" \"q\\:::x",serial="s����")";
+  const std::string expected = R"(smartprobe_drives_read 2
+smartprobe_drives_not_read 3
+smartprobe_drive_info{@,revision="r�[ʎ",capacity="1.00 TB"} 1
+smartprobe_drive_info{device="d",drive="1",revision="012345678901234567890123456789012345678901234567890123456789012…"} 1
+smartprobe_drive_threshold_exceeded{@} 1
+smartprobe_drive_threshold_exceeded{device="d",drive="1"} 0
+smartprobe_drive_attributes{@} 4
+smartprobe_drive_attributes{device="d",drive="1"} 0
+smartprobe_drive_read_failed{@} 0
+smartprobe_drive_read_failed{device="d",drive="1"} 0
+smartprobe_drive_read_failed{device="d",drive="2"} 1
+smartprobe_drive_read_failed{device="/dev/a\"\\%"} 1
+smartprobe_drive_read_failed{} 1
+smartprobe_attribute_value{@,id="5",name="Off Tra�k",kind="pre-failure"} 21
+smartprobe_attribute_value{@,id="255",name="a:::b",kind="life-span"} 0
+smartprobe_attribute_threshold{@,id="5",name="Off Tra�k",kind="pre-failure"} 255
+smartprobe_attribute_threshold{@,id="255",name="a:::b",kind="life-span"} 253
+smartprobe_attribute_reached{@,id="5",name="Off Tra�k",kind="pre-failure"} 1
+smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
+)";
+  const auto withDrive = std::regex_replace(expected, std::regex("@"), drive);
+  EXPECT_EQ(samples, std::regex_replace(withDrive, std::regex("%"), kReplaced));
+}
+
+TEST(Report, AsTable) {
+  EXPECT_EQ(
+      Marked(views::TableText(drives::ParseReport(kOdd), {.hasColors = true})),
+      R"(<31>d: failing: the drive says so itself; First is 100, threshold 255: worn, plan to<0>
+  <31>replace; Off Tra�k is 21, threshold 255: failure predicted; a:::b is 0,<0>
+  <31>threshold 253: worn, plan to replace<0>
+   "q\:::x, revision r�[ʎ, 1.00 TB, serial s����
+  ID  Name       Value  Thresh.  Kind       Status
+<33>   5  First        100      255  life-span  worn<0>
+<31>   5  Off Tra�k     21      255  pre-fail   failing<0>
+<33> 255  a:::b          0      253  life-span  worn<0>
+   5  n            254      254  pre-fail   OK
+
+<33>d: no attributes<0>
+  revision 01234567890123456789012345678901234567890123456789012345678901234
+)" + kNotReadOdd);
+}
+
+// A report of the widest texts that a drive can give, with counts and all that a recording adds.
+drives::Host Wide() {
+  const std::string wide =
+      "SmartDeviceStart:::/dev/rsdaa:::" + std::string(255, 'p') +
+      ":::87654321:::1023.99 GB:::" + std::string(20, 's') + "\n" +
+      "SMARTStatus:::255:::" + std::string(34, 'n') +
+      ":::0:::No Data:::254 (Invalid):::" + kWornStatus +
+      "\nSMARTStatus:::187:::Unknown Attribute:::0:::1:::2:::" + kFailingStatus +
+      "\nSmartDeviceEnd:::/dev/rsdaa:::True\n";
+  drives::Host host = drives::ParseReport(wide);
+  drives::Drive& drive = host.drives.at(0);
+  drive.attributes.at(0).counts = {100, (std::uint64_t{1} << 48) - 1};
+  drive.recorded = {.temperature = 100};
+  drive.recorded->sectors = {
+      {"reallocated", 65535}, {"pending", 4294967295}, {"uncorrectable", 4294967295}};
+  drive.recorded->date = std::chrono::sys_seconds(std::chrono::seconds(1795622523));
+  host.notRead = {{"/dev/rsdb", std::string(40, 'p'), std::string(20, 's')}};
+  host.others = {{"sdc"},
+                 {"nvme0n1", "nvme1n1", "nvme2n1", "nvme3n1", "nvme4n1", "nvme5n1", "nvme6n1"}};
+  return host;
+}
+
+TEST(Report, FitsTheScreen) {
+  const auto rows = [](std::size_t columns) {
+    const std::string brief = views::BriefText(Wide(), {.columns = columns});
+    return brief.substr(0, brief.find("\nCould not be read"));
+  };
+  EXPECT_EQ(rows(80) + rows(45) + views::TableText(Wide(), {.columns = 79}),
+            R"(Device      Product              Capacity  Serial number          Temp.  Health
+/dev/rsdaa  pppppppppppppppp…  1023.99 GB  ssssssssssssssssssss  100 °C  failing
+  the drive says so itself; attribute 187 is 1, threshold 2: failure predicted;
+  65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable
+Device      Product   Serial number   Health
+/dev/rsdaa  ppppppp…  sssssssssssss…  failing
+  the drive says so itself; attribute 187 is
+  1, threshold 2: failure predicted; 65535
+  sectors reallocated, 4294967295 pending,
+  4294967295 uncorrectable
+/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2:
+  failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295
+  uncorrectable
+  ppppppppppppppppppppppppppppppppppppppp…, revision 87654321, 1023.99 GB,
+  serial ssssssssssssssssssss, 100 °C, read 2026-11-25 16:02 UTC
+  ID  Name           Value  Worst  Thresh.              Raw  Kind       Status
+ 255  nnnnnnnnnnnn…    100    100      254  281474976710655  life-span  OK
+ 187  attribute 187      1      -        2                -  pre-fail   failing
+
+Could not be read:
+  /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial
+  ssssssssssssssssssss
+
+S.M.A.R.T. is missing or off, not read: sdc
+Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
+  nvme6n1
+)");
+}
+
+TEST(Report, AsPage) {
+  drives::Host host = Wide();
+  host.drives.at(0).product = "<b title='\"'>&amp;";
+  host.drives.at(0).attributes.at(0).name = "<n>";
+  host.others->withoutSMART = {"<s>"};
+  host.damage = {7, "<i>"};
+  host.drives.insert(host.drives.begin(), drives::Drive())->device = "/dev/rsdz";
+  const std::string page = views::PageText(host, std::chrono::sys_days(std::chrono::days(1)));
+  EXPECT_EQ(page.substr(page.find("<h1>")),
+            R"(<h1>Drives: 1 failing, 1 not read, 1 no attributes</h1>
+<p class="weak">Page of 1970-01-02 00:00 UTC.</p>
+<h2>What is wrong</h2>
+<ul>
+<li class="failing">The report is damaged; this is what came before. line 7: &lt;i&gt;</li>
+<li class="failing">/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</li>
+<li class="failing">Could not be read: /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial ssssssssssssssssssss</li>
+<li class="warning">/dev/rsdz: no attributes</li>
+</ul>
+<h2>Drives</h2>
+<section class="failing">
+<h3>&lt;b title=&#39;&quot;&#39;&gt;&amp;amp;: <span class="failing">failing</span></h3>
+<dl>
+<div><dt>Path</dt><dd>/dev/rsdaa</dd></div>
+<div><dt>Serial number</dt><dd>ssssssssssssssssssss</dd></div>
+<div><dt>Revision</dt><dd>87654321</dd></div>
+<div><dt>Capacity</dt><dd>1023.99 GB</dd></div>
+<div><dt>Temperature</dt><dd>100 °C</dd></div>
+<div><dt>Read</dt><dd>2026-11-25 16:02 UTC</dd></div>
+</dl>
+<p class="failing">the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</p>
+<table>
+<caption>Attributes</caption>
+<thead><tr><th scope="col">Name</th><th scope="col">Value</th><th scope="col">Worst</th><th scope="col">Threshold</th><th scope="col">Raw</th></tr></thead>
+<tbody>
+<tr><th scope="row">255 &lt;n&gt; <small>life-span</small></th><td>100</td><td>100</td><td>254</td><td>281474976710655</td></tr>
+<tr class="failing"><th scope="row">187 attribute 187 <small>pre-failure</small> <strong>failing</strong><svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img" aria-label="1 below the threshold"><rect class="room" width="101" height="10"/><rect class="value" y="2" width="1" height="6"/><rect class="limit" x="2" width="1" height="10"/></svg></th><td>1</td><td></td><td>2</td><td></td></tr>
+</tbody>
+</table>
+</section>
+<section class="warning">
+<h3>/dev/rsdz: <span class="warning">no attributes</span></h3>
+<dl>
+<div><dt>Path</dt><dd>/dev/rsdz</dd></div>
+</dl>
+</section>
+<h2>Not in this report</h2>
+<p>S.M.A.R.T. is missing or off, not read: &lt;s&gt;</p>
+<p>Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>
+</body>
+</html>
+)");
+}
+
+}  // namespace

@@ -1,0 +1,119 @@
+#include "tools/recorded_host.h"
+
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/printable_text.h"
+#include "drives/attribute_blocks.h"
+#include "drives/identify_data.h"
+#include "drives/report_lines.h"
+#include "machines/device_entries.h"
+#include "tools/replay.h"
+
+namespace tools {
+namespace {
+
+using drives::Host;
+using machines::Characteristic;
+using machines::DiskName;
+using platform::Entry;
+
+// The forms of so many drives still fit into memory. No host has as many.
+constexpr std::size_t kMaxDisks = 4096;
+
+// The disks of a machine, by what the probe looks for.
+struct Disks {
+  std::vector<const Entry*> ata = {}, ahci = {}, others = {};
+};
+
+bool IsATA(const Entry& entry) { return entry.name == machines::kATADeviceName; }
+bool IsAHCI(const Entry& entry) { return entry.className == machines::kAHCIDeviceClass; }
+
+void Collect(const std::vector<Entry>& entries, Disks& disks) {
+  for (const Entry& entry : entries) {
+    if (IsATA(entry)) disks.ata.push_back(&entry);
+    if (IsAHCI(entry) && !IsATA(entry)) disks.ahci.push_back(&entry);
+    if (entry.className == machines::kOtherDiskClass) disks.others.push_back(&entry);
+    Collect(entry.children, disks);
+  }
+}
+
+Disks DisksOf(const platform::Machine& machine) {
+  Disks disks;
+  Collect(machine.roots, disks);
+  if (disks.ata.size() + disks.ahci.size() + disks.others.size() > kMaxDisks) {
+    throw std::runtime_error("the recording has more than " + std::to_string(kMaxDisks) + " disks");
+  }
+  return disks;
+}
+
+// Any text may stand in a registry, but no name is longer.
+std::string Name(const std::string& text) {
+  constexpr std::size_t kMaxCharacters = 255;
+  return base::Shortened(text, kMaxCharacters);
+}
+
+void AddAnswers(drives::Drive& drive, const Entry& device) {
+  drive.recorded.emplace();
+  if (!device.drive) return;
+  const platform::DriveAnswers answers = device.drive();
+  if (const auto data = answers.data.Block()) drives::AddData(drive, *data);
+  drive.recorded->date = answers.date;
+}
+
+// As the report of the drive would name it; what its IDENTIFY DEVICE data do not tell, the kernel
+// may.
+drives::UnreadDrive MakeUnread(std::string path, const Entry& device) {
+  std::optional<base::Block> identify;
+  if (device.drive) identify = device.drive().identify.Block();
+  drives::UnreadDrive drive{std::move(path),
+                            Name(Characteristic(device, machines::kProductNameKey)),
+                            Name(Characteristic(device, machines::kSerialNumberKey))};
+  if (!identify) return drive;
+  if (drive.product.empty()) drive.product = drives::ModelNumber(*identify);
+  const std::string serial = drives::SerialNumber(*identify);
+  if (!serial.empty()) drive.serial = serial;
+  return drive;
+}
+
+// Adds the device by its lines in the report. A device whose texts break these lines, since they
+// hold line feeds, counts as one that could not be read.
+void AddDevice(Host& host, const Entry& device) {
+  const std::string lines = ReplayDevice(device);
+  if (lines.empty()) {
+    host.others->withoutSMART.push_back(Name(DiskName(device)));
+    return;
+  }
+  Host own = drives::ParseReport(lines);
+  const std::size_t expected = IsATA(device) && IsAHCI(device) ? 2 : 1;  // of each kind once
+  if (own.damage || own.drives.size() + own.notRead.size() != expected) {
+    host.notRead.push_back(MakeUnread(Name(DiskName(device)), device));
+    return;
+  }
+  for (drives::UnreadDrive& drive : own.notRead) {
+    host.notRead.push_back(MakeUnread(std::move(drive.device), device));
+  }
+  for (drives::Drive& drive : own.drives) {
+    AddAnswers(drive, device);
+    host.drives.push_back(std::move(drive));
+  }
+}
+
+}  // namespace
+
+Host ReadRecordedHost(platform::Machine machine) {
+  platform::SetMachine(std::move(machine));
+  const Disks disks = DisksOf(platform::ThisMachine());
+  Host host;
+  host.others.emplace();
+  for (const Entry* device : disks.ata) AddDevice(host, *device);
+  for (const Entry* device : disks.ahci) AddDevice(host, *device);
+  for (const Entry* disk : disks.others) host.others->notATA.push_back(Name(DiskName(*disk)));
+  return host;
+}
+
+}  // namespace tools

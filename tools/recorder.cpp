@@ -1,0 +1,115 @@
+#include "tools/recorder.h"
+
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/files.h"
+#include "base/numbers.h"
+#include "base/printable_text.h"
+#include "base/standard_streams.h"
+#include "machines/device_entries.h"
+#include "machines/linux/host_machine.h"
+#include "machines/recorded/mask_serials.h"
+#include "machines/recorded/property_list.h"
+#include "machines/recorded/write_recording.h"
+#include "tools/kept_answers.h"
+#include "tools/output_file.h"
+#include "tools/program.h"
+
+namespace tools {
+namespace {
+
+const CommandLine kCommandLine = {
+    "smartprobe-record",
+    "Writes the drives of this host as a recorded machine.",
+    {{"let-sleep", "DAYS",
+      "Do not wake a drive that FILE already holds answers for from the last DAYS days, 1 to 365"},
+     {"no-serials", nullptr, "Replace serial numbers by X, for a file that others may see"}},
+    "The property list to write; - is standard output",
+    true};
+
+// A drive that does not answer is no failure of the recording: it is recorded so.
+platform::Dictionary Record(const platform::Entry& device) {
+  machines::DriveRecording recording = machines::RecordDrive(device.drive());
+  for (const std::string& failure : recording.failures) {
+    base::PrintError(kCommandLine.program, machines::DiskName(device).append(": ").append(failure));
+  }
+  return std::move(recording.answers);
+}
+
+// "a, b"
+std::string Joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) {
+    text.append(text.empty() ? "" : ", ").append(base::PrintableASCII(name));
+  }
+  return text;
+}
+
+// One line of a terminal that each call writes over, and the last one clears.
+void ShowProgress(std::size_t drives, const std::vector<std::string>& awaited) {
+  std::string line = std::to_string(drives - awaited.size()) + " of " + std::to_string(drives) +
+                     " drives have answered; waiting for " + Joined(awaited);
+  if (awaited.empty()) line.clear();
+  std::fprintf(stderr, "\r%-78.78s\r", line.c_str());
+}
+
+// The recorder is the only one to mention them.
+void PrintDisksNotRead(const platform::Machine& machine) {
+  std::vector<std::string> others;
+  std::vector<std::string> without;
+  for (const platform::Entry& device : machine.roots.front().children) {
+    if (device.drive) continue;
+    (device.className == machines::kOtherDiskClass ? others : without)
+        .push_back(machines::DiskName(device));
+  }
+  if (!others.empty())
+    base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(others));
+  if (!without.empty()) {
+    base::PrintError(kCommandLine.program, "without S.M.A.R.T., not read: " + Joined(without));
+  }
+}
+
+// 0: no drive may sleep on.
+int DaysOfSleep(const Arguments& arguments) {
+  if (!arguments.Has("let-sleep")) return 0;
+  const auto days = base::ParseNumber<int>(arguments.options.at("let-sleep"), 10);
+  if (!days || *days < 1 || *days > 365) {
+    throw UsageError("--let-sleep needs a number of days from 1 to 365");
+  }
+  if (base::IsStandardStream(*arguments.file)) {
+    throw UsageError("--let-sleep needs a FILE that can be read");
+  }
+  return *days;
+}
+
+int RecordHost(const Arguments& arguments, const HostFolders& folders) {
+  const std::string& file = *arguments.file;
+  machines::Asking asking;
+  const int days = DaysOfSleep(arguments);
+  CheckOutputFile(file);  // before any drive is woken for nothing
+  if (days > 0) asking.kept = ReadKeptAnswers(kCommandLine.program, file, days);
+  if (isatty(STDERR_FILENO) != 0) asking.progress = ShowProgress;
+  const platform::Machine machine =
+      machines::AskDisks(machines::ListDisks(folders.sysfs), folders.dev, asking);
+  platform::Property listing = machines::ListingOf(machine, Record);
+  PrintDisksNotRead(machine);
+  if (arguments.Has("no-serials")) machines::MaskSerials(listing);
+  WriteOutputFile(file, machines::WritePropertyList(listing));
+  return 0;
+}
+
+}  // namespace
+
+int RunRecorder(int argc, char** argv, const HostFolders& folders) {
+  return RunProgram(kCommandLine, argc, argv, [&folders](const Arguments& arguments) {
+    return RecordHost(arguments, folders);
+  });
+}
+
+}  // namespace tools

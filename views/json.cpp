@@ -1,0 +1,150 @@
+// The host as one JSON document.
+#include <rapidjson/writer.h>
+
+#include <cstdint>
+#include <string_view>
+
+#include "health/health.h"
+#include "views/views.h"
+
+namespace views {
+namespace {
+
+using drives::Attribute;
+using drives::Drive;
+using drives::Host;
+
+// What RapidJSON writes to. Its own buffer does not notice that memory runs out.
+struct Output {
+  using Ch = char;
+  void Put(char c) { text += c; }
+  void Flush() {}
+  std::string text = {};
+};
+void PutUnsafe(Output& output, char c) { output.Put(c); }
+
+// In ASCII, whatever the texts are: every other character is escaped, and so comes through any
+// channel as it was.
+using Writer = rapidjson::Writer<Output, rapidjson::UTF8<>, rapidjson::ASCII<>>;
+
+void Key(Writer& json, std::string_view key) {
+  json.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+}
+
+void Put(Writer& json, std::string_view text) {
+  json.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+void Put(Writer& json, bool value) { json.Bool(value); }
+void Put(Writer& json, int value) { json.Int(value); }
+void Put(Writer& json, unsigned value) { json.Uint(value); }
+void Put(Writer& json, std::uint64_t value) { json.Uint64(value); }
+void Put(Writer& json, std::int64_t value) { json.Int64(value); }
+
+template <typename Value>
+void Put(Writer& json, std::string_view key, const Value& value) {
+  Key(json, key);
+  Put(json, value);
+}
+
+// The flags word with its bytes in the order of the drive's standard.
+unsigned AtaFlags(std::uint16_t flags) { return (flags & 0xFFU) << 8U | flags >> 8U; }
+
+void PutAttribute(Writer& json, const Attribute& attribute) {
+  json.StartObject();
+  Put(json, "id", unsigned{attribute.id});
+  Put(json, "name", attribute.name);
+  Put(json, "flags", unsigned{attribute.flags});
+  Put(json, "flags_ata", AtaFlags(attribute.flags));
+  Put(json, "value", unsigned{attribute.value});
+  Put(json, "threshold", unsigned{attribute.threshold});
+  Put(json, "valid", attribute.valid);
+  Put(json, "pre_failure", attribute.preFailure);
+  Put(json, "reached", health::IsReached(attribute));
+  if (attribute.counts) {
+    Put(json, "worst", unsigned{attribute.counts->worst});
+    Put(json, "raw", attribute.counts->raw);
+  }
+  json.EndObject();
+}
+
+void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
+  if (recorded.temperature) Put(json, "temperature_celsius", *recorded.temperature);
+  for (const auto& [state, count] : recorded.sectors) {
+    Key(json, std::string(state) + "_sectors");
+    count ? Put(json, *count) : void(json.Null());
+  }
+  if (recorded.date) {
+    Put(json, "unix_time", std::int64_t{recorded.date->time_since_epoch().count()});
+  }
+}
+
+void PutDrive(Writer& json, const Drive& drive) {
+  json.StartObject();
+  Put(json, "device", drive.device);
+  Put(json, "product", drive.product);
+  Put(json, "revision", drive.revision);
+  Put(json, "capacity", drive.capacity);
+  Put(json, "serial", drive.serial);
+  Put(json, "threshold_exceeded", drive.thresholdExceeded);
+  if (drive.recorded) PutRecorded(json, *drive.recorded);
+  Key(json, "attributes");
+  json.StartArray();
+  for (const Attribute& attribute : drive.attributes) PutAttribute(json, attribute);
+  json.EndArray();
+  json.EndObject();
+}
+
+void PutUnreadDrives(Writer& json, const Host& host) {
+  Key(json, "not_read_drives");
+  json.StartArray();
+  for (const drives::UnreadDrive& drive : host.notRead) {
+    json.StartObject();
+    Put(json, "device", drive.device);
+    Put(json, "product", drive.product);
+    Put(json, "serial", drive.serial);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void PutNames(Writer& json, std::string_view key, const std::vector<std::string>& names) {
+  Key(json, key);
+  json.StartArray();
+  for (const std::string& name : names) Put(json, name);
+  json.EndArray();
+}
+
+void PutRest(Writer& json, const Host& host) {
+  std::vector<std::string> paths;
+  for (const drives::UnreadDrive& drive : host.notRead) paths.push_back(drive.device);
+  json.StartObject();
+  PutNames(json, "not_read", paths);
+  if (host.others) {
+    PutUnreadDrives(json, host);
+    PutNames(json, "without_smart", host.others->withoutSMART);
+    PutNames(json, "not_ata", host.others->notATA);
+  }
+  json.EndObject();
+}
+
+template <typename Subject>
+std::string Text(void (*put)(Writer&, const Subject&), const Subject& subject) {
+  Output output;
+  Writer json(output);
+  put(json, subject);
+  return std::move(output.text);
+}
+
+}  // namespace
+
+// The library writes no line feeds, so the objects are put together here.
+std::string JsonText(const Host& host) {
+  std::string text = "{\"drives\":[";
+  for (const Drive& drive : host.drives) {
+    text.append(&drive == &host.drives.front() ? "\n" : ",\n").append(Text(PutDrive, drive));
+  }
+  if (!host.drives.empty()) text += '\n';
+  return text.append("],").append(Text(PutRest, host), 1).append("\n");
+}
+
+}  // namespace views

@@ -1,0 +1,261 @@
+// The host in the text format of Prometheus, for a textfile collector: one metric after
+// the other, since the samples of each have to stand together.
+#include <fmt/format.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/printable_text.h"
+#include "health/health.h"
+#include "views/views.h"
+
+namespace views {
+namespace {
+
+using drives::Attribute;
+using drives::Drive;
+using drives::Host;
+
+struct Label {
+  std::string_view name;
+  std::string_view value;
+};
+
+// Those without a value are left out, which is the same to Prometheus. A long value is shortened:
+// it is kept with every series of the drive.
+std::string Labels(std::initializer_list<Label> labels) {
+  constexpr std::size_t kMaxCharacters = 64;
+  std::string text;
+  for (const Label& label : labels) {
+    if (label.value.empty()) continue;
+    text.append(text.empty() ? "" : ",").append(label.name).append("=\"");
+    for (const char c : base::Shortened(base::OneLine(label.value), kMaxCharacters)) {
+      if (c == '\\' || c == '"') text += '\\';
+      text += c;
+    }
+    text += '"';
+  }
+  return text;
+}
+
+// `ones` and then `others`, of which either may be no labels.
+std::string Joined(std::string_view ones, std::string_view others) {
+  return fmt::format("{}{}{}", ones, ones.empty() || others.empty() ? "" : ",", others);
+}
+
+// A drive or an attribute, with the labels of its series.
+template <typename Subject>
+struct Labelled {
+  const Subject* subject;
+  std::string labels;
+};
+
+struct Devices {
+  std::vector<Labelled<Drive>> read;
+  std::vector<Labelled<Attribute>> attributes;  // of all drives that were read
+  std::vector<std::string> notRead;             // their labels
+};
+
+// The name that other collectors know the disk of that path by: "sda" of /dev/rsda.
+std::string_view DiskOf(std::string_view device) {
+  constexpr std::string_view kRawDevice = "/dev/r";
+  return device.starts_with(kRawDevice) ? device.substr(kRawDevice.size()) : "";
+}
+
+// Gives the labels of one device after the other, and numbers all but the first of one path, so
+// that no series occurs twice.
+class DeviceLabels {
+ public:
+  template <typename AnyDrive>  // Drive or UnreadDrive
+  std::string Next(const AnyDrive& drive) {
+    const int number = counts_[Labels({{"device", drive.device}})]++;
+    return Labels({{"device", drive.device},
+                   {"disk", DiskOf(drive.device)},
+                   {"drive", number == 0 ? "" : std::to_string(number)},
+                   {"product", base::Trimmed(drive.product, " ")},
+                   {"serial", base::Trimmed(drive.serial, " ")}});
+  }
+
+ private:
+  std::map<std::string, int> counts_;
+};
+
+// A series may occur only once: of the lines of one identifier the worst counts, of
+// equal ones the first.
+std::map<std::uint8_t, const Attribute*> ByIdentifier(const Drive& drive) {
+  std::map<std::uint8_t, const Attribute*> attributes;
+  for (const Attribute& attribute : drive.attributes) {
+    const Attribute*& kept = attributes.try_emplace(attribute.id, &attribute).first->second;
+    if (health::GradeOf(attribute) > health::GradeOf(*kept)) kept = &attribute;
+  }
+  return attributes;
+}
+
+void AddDrive(Devices& devices, const Drive& drive, const std::string& labels) {
+  devices.read.push_back({&drive, labels});
+  for (const auto& [id, attribute] : ByIdentifier(drive)) {
+    const std::string own = Labels({{"id", std::to_string(id)},
+                                    {"name", health::NameText(*attribute)},
+                                    {"kind", attribute->preFailure ? "pre-failure" : "life-span"}});
+    devices.attributes.push_back({attribute, Joined(labels, own)});
+  }
+}
+
+// First the drives that were read, whose labels then do not depend on what could not be.
+Devices DevicesOf(const Host& host) {
+  DeviceLabels labels;
+  Devices devices;
+  for (const Drive& drive : host.drives) AddDrive(devices, drive, labels.Next(drive));
+  for (const drives::UnreadDrive& drive : host.notRead) {
+    devices.notRead.push_back(labels.Next(drive));
+  }
+  return devices;
+}
+
+// Appends metric after metric.
+class Metrics {
+ public:
+  void Head(std::string_view name, std::string_view help) {
+    name_ = name;
+    fmt::format_to(std::back_inserter(text_), "# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
+  }
+
+  // Of the metric of the last head.
+  void Sample(std::string_view labels, std::uint64_t value) {
+    fmt::format_to(std::back_inserter(text_), "{}{{{}}} {}\n", name_, labels, value);
+  }
+
+  void Count(std::string_view name, std::string_view help, std::size_t count) {
+    Head(name, help);
+    fmt::format_to(std::back_inserter(text_), "{} {}\n", name, count);
+  }
+
+  // `valueOf` gives nullopt where it is not known.
+  template <typename Subject>
+  void Each(std::string_view name, std::string_view help,
+            const std::vector<Labelled<Subject>>& subjects,
+            std::optional<std::uint64_t> (*valueOf)(const Subject&)) {
+    Head(name, help);
+    for (const auto& [subject, labels] : subjects) {
+      if (const auto value = valueOf(*subject)) Sample(labels, *value);
+    }
+  }
+
+  std::string Text() && { return std::move(text_); }
+
+ private:
+  std::string text_;
+  std::string_view name_;
+};
+
+using Value = std::optional<std::uint64_t>;
+
+Value Temperature(const Drive& drive) {
+  const auto temperature = drive.recorded ? drive.recorded->temperature : std::nullopt;
+  return temperature ? Value(static_cast<std::uint64_t>(*temperature)) : std::nullopt;
+}
+
+// nullopt also for a clock that was set before 1970.
+Value ReadTime(const Drive& drive) {
+  const auto date = drive.recorded ? drive.recorded->date : std::nullopt;
+  const std::int64_t seconds = date ? date->time_since_epoch().count() : -1;
+  return seconds < 0 ? std::nullopt : Value(static_cast<std::uint64_t>(seconds));
+}
+
+Value Worst(const Attribute& attribute) {
+  return attribute.counts ? Value(attribute.counts->worst) : std::nullopt;
+}
+
+Value Raw(const Attribute& attribute) {
+  return attribute.counts ? Value(attribute.counts->raw) : std::nullopt;
+}
+
+void AppendCounts(Metrics& metrics, const Host& host) {
+  metrics.Count("smartprobe_drives_read", "How many drives were read.", host.drives.size());
+  metrics.Count("smartprobe_drives_not_read", "How many drives could not be read.",
+                host.notRead.size());
+  if (!host.others) return;
+  metrics.Count("smartprobe_disks_not_looked_at", "How many disks are not ATA disks.",
+                host.others->notATA.size());
+  metrics.Count("smartprobe_drives_without_smart",
+                "How many drives have no S.M.A.R.T., or none that can be enabled.",
+                host.others->withoutSMART.size());
+}
+
+void AppendInfo(Metrics& metrics, const Devices& devices) {
+  metrics.Head("smartprobe_drive_info", "What the drive is; always 1.");
+  for (const auto& [drive, labels] : devices.read) {
+    metrics.Sample(Joined(labels, Labels({{"revision", base::Trimmed(drive->revision, " ")},
+                                          {"capacity", base::Trimmed(drive->capacity, " ")}})),
+                   1);
+  }
+}
+
+void AppendDrives(Metrics& metrics, const Devices& devices) {
+  metrics.Each<Drive>("smartprobe_drive_threshold_exceeded",
+                      "Whether the drive reports that a threshold is exceeded.", devices.read,
+                      [](const Drive& drive) { return Value(drive.thresholdExceeded); });
+  metrics.Each<Drive>("smartprobe_drive_attributes", "How many attributes the drive has.",
+                      devices.read,
+                      [](const Drive& drive) { return Value(drive.attributes.size()); });
+  metrics.Each<Drive>("smartprobe_drive_temperature_celsius", "The temperature of the drive.",
+                      devices.read, Temperature);
+  metrics.Each<Drive>("smartprobe_drive_read_time_seconds",
+                      "When the drive answered, in seconds since 1970.", devices.read, ReadTime);
+}
+
+void AppendSectors(Metrics& metrics, const Devices& devices) {
+  metrics.Head("smartprobe_drive_sectors", "How many sectors the drive has lost.");
+  for (const auto& [drive, labels] : devices.read) {
+    if (!drive->recorded) continue;
+    for (const auto& [state, count] : drive->recorded->sectors) {
+      if (count) metrics.Sample(Joined(labels, Labels({{"state", state}})), *count);
+    }
+  }
+}
+
+void AppendReadFailed(Metrics& metrics, const Devices& devices) {
+  metrics.Head("smartprobe_drive_read_failed", "Whether the drive could not be read.");
+  for (const auto& [drive, labels] : devices.read) metrics.Sample(labels, 0);
+  for (const std::string& labels : devices.notRead) metrics.Sample(labels, 1);
+}
+
+void AppendAttributes(Metrics& metrics, const Devices& devices) {
+  const auto& attributes = devices.attributes;
+  metrics.Each<Attribute>("smartprobe_attribute_value", "The normalized value of the attribute.",
+                          attributes,
+                          [](const Attribute& attribute) { return Value(attribute.value); });
+  metrics.Each<Attribute>("smartprobe_attribute_threshold",
+                          "The threshold of the attribute's value.", attributes,
+                          [](const Attribute& attribute) { return Value(attribute.threshold); });
+  metrics.Each<Attribute>(
+      "smartprobe_attribute_reached", "Whether the attribute's value has reached its threshold.",
+      attributes, [](const Attribute& attribute) { return Value(health::IsReached(attribute)); });
+  metrics.Each<Attribute>("smartprobe_attribute_worst", "The least normalized value so far.",
+                          attributes, Worst);
+  metrics.Each<Attribute>("smartprobe_attribute_raw",
+                          "The attribute's raw value, which is the maker's own.", attributes, Raw);
+}
+
+}  // namespace
+
+std::string MetricsText(const Host& host) {
+  const Devices devices = DevicesOf(host);
+  Metrics metrics;
+  AppendCounts(metrics, host);
+  AppendInfo(metrics, devices);
+  AppendDrives(metrics, devices);
+  AppendSectors(metrics, devices);
+  AppendReadFailed(metrics, devices);
+  AppendAttributes(metrics, devices);
+  return std::move(metrics).Text();
+}
+
+}  // namespace views

@@ -1,0 +1,238 @@
+// The page: one document of HTML without a script, a font or anything else from elsewhere. Every
+// text of a drive goes through Escaped().
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <iterator>
+#include <ranges>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/dates.h"
+#include "health/health.h"
+#include "page_style.h"
+#include "views/field_texts.h"
+#include "views/views.h"
+
+namespace views {
+namespace {
+
+using drives::Attribute;
+using drives::Drive;
+using drives::Host;
+using health::Color;
+using health::Grade;
+using health::GradeRow;
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&#39;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+template <typename... Arguments>
+void Append(std::string& page, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+  fmt::format_to(std::back_inserter(page), format, std::forward<Arguments>(arguments)...);
+}
+
+// The class of the elements that have that colour.
+std::string_view ClassOf(Color color) {
+  constexpr std::array<std::string_view, 3> kClasses = {"good", "warning", "failing"};
+  return kClasses.at(static_cast<std::size_t>(color));
+}
+
+struct JudgedDrive {
+  const Drive* drive;
+  health::Health health;
+  const GradeRow* grade;
+};
+using Drives = std::vector<JudgedDrive>;
+
+Drives WorstFirst(const Host& host) {
+  Drives drives;
+  for (const Drive& drive : host.drives) {
+    health::Health health = health::HealthOf(drive);
+    const GradeRow& grade = health::RowOf(health.grade);
+    drives.push_back({&drive, std::move(health), &grade});
+  }
+  std::ranges::stable_sort(drives, std::ranges::greater(),
+                           [](const JudgedDrive& drive) { return drive.health.grade; });
+  return drives;
+}
+
+// "1 failing, 1 not read, 2 OK": the grades, the worst first.
+std::string CountsText(const Host& host, const Drives& drives) {
+  std::vector<std::string> texts;
+  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+    auto count = static_cast<std::size_t>(std::ranges::count(drives, &row, &JudgedDrive::grade));
+    if (row.grade == Grade::kNotRead) count += host.notRead.size();
+    if (count > 0) texts.push_back(fmt::format("{} {}", count, row.word));
+  }
+  return texts.empty() ? "none" : fmt::format("{}", fmt::join(texts, ", "));
+}
+
+void AppendItem(std::string& page, std::string_view text, Color color) {
+  Append(page, "<li class=\"{}\">{}</li>\n", ClassOf(color), Escaped(text));
+}
+
+// What a clean bill rests on: counts of sectors are in recordings alone.
+std::string_view AllClearText(const Host& host) {
+  if (!host.others) return "No threshold is reached. Lost sectors are not in the report.";
+  return "No threshold is reached, and no drive counts a lost sector.";
+}
+
+// The drives of a grade, and what there is to say of them.
+void AppendItems(std::string& items, const Host& host, const Drives& drives, const GradeRow& row) {
+  for (const auto& [drive, health, grade] : drives) {
+    const bool isSilent = health.grade == Grade::kGood && health.reasons.empty();
+    if (grade != &row || isSilent) continue;
+    AppendItem(items, PathText(drive->device) + ": " + HealthText(health), row.color);
+  }
+  if (row.grade != Grade::kNotRead) return;
+  for (const drives::UnreadDrive& drive : host.notRead) {
+    AppendItem(items, "Could not be read: " + UnreadText(drive), row.color);
+  }
+}
+
+void AppendFaults(std::string& page, const Host& host, const Drives& drives) {
+  page += "<h2>What is wrong</h2>\n";
+  std::string items;
+  if (host.damage) {
+    AppendItem(items,
+               "The report is damaged; this is what came before. " + DamageText(*host.damage),
+               Color::kBad);
+  }
+  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+    AppendItems(items, host, drives, row);
+  }
+  if (drives.empty() && host.notRead.empty()) {
+    AppendItem(items, "No drives were found.", Color::kWarning);
+  }
+  if (items.empty()) {
+    Append(page, "<p>{}</p>\n", AllClearText(host));
+  } else {
+    Append(page, "<ul>\n{}</ul>\n", items);
+  }
+}
+
+void AppendFact(std::string& page, std::string_view name, std::string_view fact) {
+  if (fact.empty()) return;
+  Append(page, "<div><dt>{}</dt><dd>{}</dd></div>\n", name, Escaped(fact));
+}
+
+// How far the value is from its threshold, for one that can be reached and need not be.
+void AppendBar(std::string& page, const Attribute& attribute) {
+  if (!attribute.valid || attribute.threshold < 1 || attribute.threshold > 253) return;
+  const int largest = std::max(attribute.value, attribute.threshold);
+  const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
+  const int distance = attribute.value - attribute.threshold;
+  const std::string side =
+      distance == 0 ? "at"
+                    : fmt::format("{} {}", std::abs(distance), distance < 0 ? "below" : "above");
+  Append(page,
+         R"(<svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img")"
+         R"( aria-label="{} the threshold"><rect class="room" width="101" height="10"/>)"
+         R"(<rect class="value" y="2" width="{}" height="6"/>)"
+         R"(<rect class="limit" x="{}" width="1" height="10"/></svg>)",
+         side, 100 * attribute.value / scale, 100 * attribute.threshold / scale);
+}
+
+void AppendCell(std::string& page, std::string_view text) { Append(page, "<td>{}</td>", text); }
+
+void AppendRow(std::string& page, const Attribute& attribute, bool hasCounts) {
+  const GradeRow& grade = health::RowOf(health::GradeOf(attribute));
+  const bool isGood = grade.grade == Grade::kGood;
+  page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
+  Append(page, "<th scope=\"row\">{} {} <small>{}</small>", attribute.id,
+         Escaped(health::NameText(attribute)), attribute.preFailure ? "pre-failure" : "life-span");
+  if (!isGood) Append(page, " <strong>{}</strong>", grade.word);
+  AppendBar(page, attribute);
+  page += "</th>";
+  AppendCell(page, std::to_string(attribute.value));
+  if (hasCounts) AppendCell(page, WorstText(attribute));
+  AppendCell(page, std::to_string(attribute.threshold));
+  if (hasCounts) AppendCell(page, RawText(attribute));
+  page += "</tr>\n";
+}
+
+void AppendAttributes(std::string& page, const Drive& drive) {
+  if (drive.attributes.empty()) return;
+  const bool hasCounts = std::ranges::any_of(
+      drive.attributes, [](const Attribute& attribute) { return attribute.counts.has_value(); });
+  const std::vector<std::string_view> headings =
+      hasCounts ? std::vector<std::string_view>{"Name", "Value", "Worst", "Threshold", "Raw"}
+                : std::vector<std::string_view>{"Name", "Value", "Threshold"};
+  page += "<table>\n<caption>Attributes</caption>\n<thead><tr>";
+  for (const std::string_view heading : headings) {
+    Append(page, "<th scope=\"col\">{}</th>", heading);
+  }
+  page += "</tr></thead>\n<tbody>\n";
+  for (const Attribute& attribute : drive.attributes) AppendRow(page, attribute, hasCounts);
+  page += "</tbody>\n</table>\n";
+}
+
+void AppendDrive(std::string& page, const JudgedDrive& judged) {
+  const auto& [drive, health, grade] = judged;
+  const std::string_view color = ClassOf(grade->color);
+  const std::string product = FieldText(drive->product);
+  Append(page, "<section class=\"{0}\">\n<h3>{1}: <span class=\"{0}\">{2}</span></h3>\n<dl>\n",
+         color, Escaped(product.empty() ? PathText(drive->device) : product), grade->word);
+  AppendFact(page, "Path", PathText(drive->device));
+  AppendFact(page, "Serial number", FieldText(drive->serial));
+  AppendFact(page, "Revision", FieldText(drive->revision));
+  AppendFact(page, "Capacity", FieldText(drive->capacity));
+  AppendFact(page, "Temperature", TemperatureText(*drive));
+  AppendFact(page, "Read", ReadDateText(*drive));
+  page += "</dl>\n";
+  const std::string reasons = ReasonsText(health);
+  if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
+  AppendAttributes(page, *drive);
+  page += "</section>\n";
+}
+
+}  // namespace
+
+std::string PageText(const Host& host, std::chrono::sys_seconds date) {
+  const Drives drives = WorstFirst(host);
+  const std::string title = "Drives: " + CountsText(host, drives);
+  std::string page = fmt::format(
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width, "
+      "initial-scale=1\">\n<title>{0}</title>\n"
+      "<style>{1}</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p class=\"weak\">Page of {2}.</p>\n",
+      title, kPageStyle, base::DateText(date));
+  AppendFaults(page, host, drives);
+  if (!drives.empty()) page += "<h2>Drives</h2>\n";
+  for (const JudgedDrive& drive : drives) AppendDrive(page, drive);
+  const std::vector<std::string> others = OtherDisksTexts(host);
+  if (!others.empty()) page += "<h2>Not in this report</h2>\n";
+  for (const std::string& other : others) Append(page, "<p>{}</p>\n", Escaped(other));
+  return page + "</body>\n</html>\n";
+}
+
+}  // namespace views
