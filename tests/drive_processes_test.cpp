@@ -5,8 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <regex>
-
 #include "machines/recorded/write_recording.h"
 #include "tests/support.h"
 
@@ -71,8 +69,7 @@ TEST(AskAll, AChildHoldsNothingOfItsParent) {
   };
   // The pipe to the parent, and the folder that is read.
   for (const DriveAnswers& answers : machines::AskAll({drive, drive}, 900ms, {})) {
-    EXPECT_TRUE(std::regex_match(answers.whyNotOpened, std::regex("(null ){3}pipe:[^ ]* fd ")))
-        << answers.whyNotOpened;
+    EXPECT_EQ(Replaced(answers.whyNotOpened, "pipe:[^ ]*", "pipe"), "null null null pipe fd ");
   }
   close(far);
 }

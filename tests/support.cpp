@@ -1,5 +1,6 @@
 #include "tests/support.h"
 
+#include <regex.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -16,6 +17,22 @@ std::string Repeated(std::size_t times, const std::string& text) {
   repeated.reserve(times * text.size());
   for (std::size_t i = 0; i < times; i++) repeated += text;
   return repeated;
+}
+
+std::string Replaced(const std::string& text, const char* regex, const std::string& replacement) {
+  regex_t compiled;
+  EXPECT_EQ(regcomp(&compiled, regex, REG_EXTENDED | REG_NEWLINE), 0) << regex;
+  std::string replaced;
+  const char* rest = text.c_str();
+  for (regmatch_t match[2]; regexec(&compiled, rest, 2, match, 0) == 0; rest += match[0].rm_eo) {
+    replaced.append(rest, static_cast<std::size_t>(match[0].rm_so));
+    for (const char c : replacement) {
+      if (c != '&') replaced += c;
+      if (c == '&') replaced.append(rest + match[1].rm_so, rest + match[1].rm_eo);
+    }
+  }
+  regfree(&compiled);
+  return replaced + rest;
 }
 
 std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write) {

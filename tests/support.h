@@ -27,6 +27,10 @@ using enum platform::ReferenceKind;
 
 std::string Repeated(std::size_t times, const std::string& text);
 
+// `text` with `replacement` for each match of an extended regular expression; "&" in it is what the
+// first pair of parentheses matches.
+std::string Replaced(const std::string& text, const char* regex, const std::string& replacement);
+
 // What `write` leaves in exactly `size` bytes, which held "untouched".
 std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write);
 

@@ -1,7 +1,6 @@
 // Reports are read whole or refused at the right line, judged, and written in each form.
 #include "views/views.h"
 
-#include <regex>
 #include <tuple>
 #include <utility>
 
@@ -11,6 +10,7 @@
 
 using namespace std::string_literals;
 using test::Repeated;
+using test::Replaced;
 
 namespace {
 
@@ -30,7 +30,7 @@ TEST(Report, DamageIsToldWithItsLine) {
   const std::pair<std::string, std::string> kRows[] = {
       {Repeated(2, kStart + Repeated(30, kAttribute) + kEnd + "GetSMARTFailed::0\n"), ""},
       {kStart + kEnd + "\r\n", "line 3: not a line of a report"},
-      {std::regex_replace(kStart + kAttribute + kEnd, std::regex("\n"), "\r\n"), ""},
+      {Replaced(kStart + kAttribute + kEnd, "\n", "\r\n"), ""},
       {"SmartDeviceStart:::d:::r:::c:::s\n", "line 1: too few fields"},
       {kStart + kAttribute, "line 3: the file ends inside a drive"},
       {kStart + "SmartDeviceEnd:::d:::False", "line 2: the file ends inside the line"},
@@ -132,7 +132,7 @@ const std::string kNotReadOdd =
     "\nCould not be read:\n  <31>d<0>\n  <31>/dev/a\"\\" + kReplaced + "<0>\n  <31>(no path)<0>\n";
 
 std::string Marked(const std::string& colored) {
-  return std::regex_replace(colored, std::regex("\x1B\\[([0-9]+)m"), "<$1>");
+  return Replaced(colored, "\x1B\\[([0-9]+)m", "<&>");
 }
 
 TEST(Report, AsJson) {
@@ -146,8 +146,7 @@ TEST(Report, AsJson) {
 
 // What describes the series is for the real reader of them to judge.
 TEST(Report, AsPrometheus) {
-  const std::string samples =
-      std::regex_replace(views::MetricsText(drives::ParseReport(kOdd)), std::regex("#.*\n"), "");
+  const std::string samples = Replaced(views::MetricsText(drives::ParseReport(kOdd)), "#.*\n", "");
   const std::string drive = R"(device="d",product=" \"q\\:::x",serial="s����")";
   const std::string expected = R"(smartprobe_drives_read 2
 smartprobe_drives_not_read 3
@@ -169,8 +168,8 @@ smartprobe_attribute_threshold{@,id="255",name="a:::b",kind="life-span"} 253
 smartprobe_attribute_reached{@,id="5",name="Off Tra�k",kind="pre-failure"} 1
 smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
 )";
-  const auto withDrive = std::regex_replace(expected, std::regex("@"), drive);
-  EXPECT_EQ(samples, std::regex_replace(withDrive, std::regex("%"), kReplaced));
+  const auto withDrive = Replaced(expected, "@", drive);
+  EXPECT_EQ(samples, Replaced(withDrive, "%", kReplaced));
 }
 
 TEST(Report, AsTable) {

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -124,17 +123,17 @@ class Metrics {
  public:
   void Head(std::string_view name, std::string_view help) {
     name_ = name;
-    fmt::format_to(std::back_inserter(text_), "# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
+    text_ += fmt::format("# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
   }
 
   // Of the metric of the last head.
   void Sample(std::string_view labels, std::uint64_t value) {
-    fmt::format_to(std::back_inserter(text_), "{}{{{}}} {}\n", name_, labels, value);
+    text_ += fmt::format("{}{{{}}} {}\n", name_, labels, value);
   }
 
   void Count(std::string_view name, std::string_view help, std::size_t count) {
     Head(name, help);
-    fmt::format_to(std::back_inserter(text_), "{} {}\n", name, count);
+    text_ += fmt::format("{} {}\n", name, count);
   }
 
   // `valueOf` gives nullopt where it is not known.

@@ -7,7 +7,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
-#include <iterator>
 #include <ranges>
 #include <string>
 #include <string_view>
@@ -57,7 +56,7 @@ std::string Escaped(std::string_view text) {
 
 template <typename... Arguments>
 void Append(std::string& page, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  fmt::format_to(std::back_inserter(page), format, std::forward<Arguments>(arguments)...);
+  page += fmt::format(format, std::forward<Arguments>(arguments)...);
 }
 
 // The class of the elements that have that colour.
