@@ -78,8 +78,8 @@ upgrade_and_removal() {
   apt_in_root install --reinstall ./smartprobe.deb
   [ "$(in_root systemctl is-enabled $enabled | uniq)" = enabled ] || fail 'an upgrade disables units'
   apt_in_root remove smartprobe
-  [ -s "$root$metrics/smartprobe.prom" ] && [ -s "$root/var/lib/smartprobe/index.html" ] ||
-    fail 'the removal drops what was recorded'
+  [ ! -e "$root$metrics/smartprobe.prom" ] && [ -s "$root/var/lib/smartprobe/index.html" ] ||
+    fail 'the removal keeps the metrics, or drops what was recorded'
   apt_in_root purge --auto-remove smartprobe
   list_root | diff "$work/before" - || fail 'the package leaves something behind'
 }
