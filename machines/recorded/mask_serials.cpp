@@ -17,7 +17,8 @@ using platform::Data;
 using platform::Dictionary;
 using platform::Property;
 
-// "Serial Number", "serial-number", "IOPlatformSerialNumber".
+// Whether the key names a serial number, as "Serial Number", "serial-number" and
+// "IOPlatformSerialNumber" do.
 bool NamesSerialNumber(std::string key) {
   std::erase_if(key, [](unsigned char c) { return std::isalpha(c) == 0; });
   std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
