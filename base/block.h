@@ -1,4 +1,4 @@
-// A block: what an ATA drive sends at a time.
+// A block: the unit in which an ATA drive sends data.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 
 namespace base {
 
-inline constexpr std::size_t kBlockSize = 512;
+inline constexpr std::size_t kBlockSize = 512;  // in bytes
 using Block = std::array<std::uint8_t, kBlockSize>;
 
 }  // namespace base

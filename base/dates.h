@@ -1,4 +1,4 @@
-// Dates: the one of now, and how people read one.
+// The current date, and dates as text for people.
 #pragma once
 
 #include <chrono>
@@ -6,10 +6,10 @@
 
 namespace base {
 
-// The system clock's date.
+// The system clock's date, in whole seconds.
 std::chrono::sys_seconds Now();
 
-// "2026-11-25 16:02 UTC"
+// The date as "2026-11-25 16:02 UTC".
 std::string DateText(std::chrono::sys_seconds date);
 
 }  // namespace base

@@ -13,7 +13,7 @@
 namespace base {
 namespace {
 
-// 0 where it is not known before the end, as that of a pipe.
+// The size in bytes. 0 if it is not known in advance, as for a pipe.
 std::size_t SizeOf(const Descriptor& input) {
   struct stat status {};
   if (fstat(input.Number(), &status) != 0) return 0;

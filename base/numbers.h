@@ -1,4 +1,4 @@
-// Numbers from their texts.
+// Numbers from text.
 #pragma once
 
 #include <charconv>
@@ -8,9 +8,10 @@
 
 namespace base {
 
-// The number that the whole of `text` is; nullopt if it is none, or one that a Number cannot
-// hold. `format` is a base, such as 10, or std::chars_format. The text is as std::from_chars has
-// it, whatever the locale: no blanks, no plus sign, no 0x; a minus sign only where Number has one.
+// The number in `text`. nullopt if `text` as a whole is not a number, or a Number cannot hold it.
+// `format` is a base, such as 10, or std::chars_format. The text has the form that std::from_chars
+// takes, whatever the locale: no blanks, no plus sign, no 0x, and a minus sign only if Number is
+// signed.
 template <typename Number, typename Format>
 std::optional<Number> ParseNumber(std::string_view text, Format format) {
   Number number{};

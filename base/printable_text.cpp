@@ -17,8 +17,8 @@ struct Range {
   char32_t last;
 };
 
-// Control characters, line separators, and marks, embeddings, overrides and isolates of
-// the direction of text.
+// Control characters, line separators, and characters that change the direction of text: marks,
+// embeddings, overrides and isolates.
 constexpr std::array kUnfit{Range{0, 0x1F},        Range{0x7F, 0x9F},     Range{0x61C, 0x61C},
                             Range{0x200E, 0x200F}, Range{0x2028, 0x202E}, Range{0x2066, 0x2069}};
 

@@ -16,8 +16,8 @@ namespace {
 
 constexpr const char* kOutput = "standard output";
 
-// A file that is opened gets the lowest free descriptor, so that one opened later could
-// become standard output. O_PATH occupies the descriptor of a closed stream, which still
+// open() takes the lowest free descriptor. If standard output is closed, the next file to be opened
+// could take its place and get the program's output. O_PATH fills the place with a descriptor that
 // can be neither read nor written.
 void FillClosedDescriptors() {
   int descriptor = -1;

@@ -1,4 +1,4 @@
-/* What the smallest program costs that reads and parses a recording with libplist. */
+/* The smallest program that reads and parses a recording with libplist, to compare costs with. */
 #include <plist/plist.h>
 #include <stdio.h>
 #include <stdlib.h>

@@ -1,4 +1,4 @@
-// What a pass costs: for each drive, compared to printing its lines alone, and in a large
+// Measures what a pass costs: for each drive, compared to printing only its lines, and in a large
 // registry. The report goes to a null stream.
 #include <IOKit/IOKitLib.h>
 #include <benchmark/benchmark.h>
@@ -82,7 +82,7 @@ std::vector<std::vector<std::string>> Lines(const std::string& report) {
   return lines;
 }
 
-// Prints the fields of a line, ready-made texts, in the format of its kind.
+// Prints a line of this kind from the texts of its fields.
 void PrintLine(const std::vector<std::string>& f) {
   if (f.size() == 3) {
     std::printf("%s%s%s%s\n", "SmartDeviceEnd:::", f[1].c_str(), ":::", f[2].c_str());

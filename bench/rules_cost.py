@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""How many samples one evaluation of the alert rules reads, by a real Prometheus on loopback.
+"""Counts the samples that one evaluation of the alert rules reads in a real Prometheus on loopback.
 
-Usage: bench/rules_cost.py PROMETHEUS [HOSTS], the folder of Prometheus' programs. Makes the series
-of so many hosts (50) with 12 drives of 20 attributes each, scraped every 15 s, and what the
-recording rules have kept of them; of twenty drives one has a worn attribute, and of a hundred one is
-failing. Prints the samples of each rule, and the sum for 500 hosts.
+Usage: bench/rules_cost.py PROMETHEUS [HOSTS]. PROMETHEUS is the folder of Prometheus' programs.
+Makes the series of HOSTS hosts (50) with 12 drives of 20 attributes each, scraped every 15 s, and
+what the recording rules have kept of them. One drive in twenty has a worn attribute, and one in a
+hundred is failing. Prints the samples of each rule, and the sum for 500 hosts.
 """
 import json
 import os

@@ -1,4 +1,4 @@
-// write_recording DRIVES: prints the recording of a machine with so many drives, to measure.
+// write_recording DRIVES: prints the recording of a machine with that many drives, for measuring.
 #include "machines/recorded/write_recording.h"
 
 #include <cstdio>

@@ -1,5 +1,6 @@
-// Any bytes as a recording: one line of error, or a machine, a whole pass over it that leaves
-// nothing open but what is left open by intent, and every form of it.
+// Reads any bytes as a recording. They must give an error of one line, or a machine. A whole pass
+// over the machine must leave open only what the probe leaves open on purpose. Then every form of
+// the machine is made.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,6 @@
-// Any bytes as a report: a value and, of that, each form. The document says what the value
-// says, and what people and monitoring see has nothing in it that commands a terminal.
+// Reads any bytes as a report, and makes every form of it. The JSON document must say what the
+// report says. The forms for people and monitoring must have nothing in them that controls a
+// terminal.
 #include <rapidjson/document.h>
 #include <utf8.h>
 
@@ -15,7 +16,7 @@ static void Require(bool isSo) {
   if (!isSo) std::abort();
 }
 
-// As a terminal takes the text, not as the forms make it.
+// Checks the text as a terminal takes it, without the code that makes the forms.
 static void RequirePrintable(std::string_view text) {
   static constexpr std::u32string_view kUnfit =
       U"\u061C\u200E\u200F\u2028\u2029\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069";

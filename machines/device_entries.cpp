@@ -5,7 +5,7 @@
 namespace machines {
 namespace {
 
-// Of the entry, or of the first below it that has one; null if none has.
+// The medium's name in the entry, or in the first entry below it that has one. Null if none has.
 const std::string* FindMediumName(const platform::Entry& entry) {
   const std::string* name = platform::FindText(entry.properties, kDiskNameKey);
   for (auto child = entry.children.begin(); !name && child != entry.children.end(); ++child) {

@@ -1,4 +1,4 @@
-// How a host's disks stand in a machine: the names that its sources and its readers share.
+// How a host's disks stand in a machine: the names that sources write and readers look for.
 #pragma once
 
 #include <string>
@@ -14,17 +14,18 @@ inline constexpr const char* kAHCIDeviceClass = "IOAHCIBlockStorageDevice";
 // The class of the entries of disks that the probe does not look for.
 inline constexpr const char* kOtherDiskClass = "IOBlockStorageDevice";
 
-// What a device is, of its own properties.
+// The property of a device that says what it is, a dictionary, and two keys in it.
 inline constexpr const char* kCharacteristicsKey = "Device Characteristics";
 inline constexpr const char* kProductNameKey = "Product Name";
 inline constexpr const char* kSerialNumberKey = "Serial Number";
-// Of the medium below it: the name of its block device.
+// A property of the medium below a device: the name of its block device.
 inline constexpr const char* kDiskNameKey = "BSD Name";
 
-// The name of the medium below the device, such as "sda", or else the product's, or the entry's.
+// The name of the medium below the device, such as "sda". If there is none, the product's name, or
+// without that the entry's name.
 std::string DiskName(const platform::Entry& device);
 
-// The text under `key` in the device's characteristics; empty where there is none.
+// The text under `key` in the device's characteristics. Empty if there is none.
 std::string Characteristic(const platform::Entry& device, std::string_view key);
 
 }  // namespace machines

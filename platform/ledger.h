@@ -1,6 +1,6 @@
-// The account of the references that the layer has handed to the probe and has not been given
-// back, and the end of a program that breaks the rules. The references themselves are kept by
-// their sources: objects.cpp, registry.cpp, smart_user_client.cpp, toolbox.cpp.
+// Counts the references that the layer has given to the probe and not got back, and ends a program
+// that breaks the rules. The references themselves are kept in objects.cpp, registry.cpp,
+// smart_user_client.cpp and toolbox.cpp.
 #pragma once
 
 #include <map>
@@ -19,19 +19,21 @@ enum class ReferenceKind {
   kMemoryBlock
 };
 
-// How many references of each kind, where there are any. An AddRef on a plug-in or an interface
-// counts as one more, so a Release has to answer each of them.
+// How many references there are of each kind that has any. Each AddRef on a plug-in or an interface
+// counts as one more, so it needs a Release of its own.
 using Ledger = std::map<ReferenceKind, int>;
 
-// The references that are out now.
+// The references that the probe has now.
 Ledger OpenReferences();
 
-// Takes back every reference that is out, as the platform does when a process ends,
-// and the ledger is empty. For programs that run one pass after another. Whatever the probe still
-// keeps from before is dangling then; constant strings, UUIDs and the main bundle alone stay.
+// Takes back every reference that the probe has, as the platform does when a process ends. The
+// ledger is then empty. A program that runs one pass after another calls this between them. The
+// probe must not use what it still keeps from before, except constant strings, UUIDs and the main
+// bundle.
 void EndProcess();
 
-// The parts of the two: each counts, or drops, the references that its source keeps.
+// The parts of OpenReferences and EndProcess: each counts, or drops, the references that one source
+// keeps.
 void CountObjects(Ledger& ledger);
 void CountRegistryHandles(Ledger& ledger);
 void CountUserClients(Ledger& ledger);
@@ -41,12 +43,12 @@ void DropRegistryHandles();
 void DropUserClients();
 void DropMemoryBlocks();
 
-// Drop what was found out about the machine's texts and entries, which outlives a process.
+// Drop what the layer has found out about the machine's texts and entries. EndProcess keeps that,
+// and SetMachine drops it.
 void DropTexts();
 void DropTree();
 
-// Where the platform would go on with damaged state, this layer stops: prints "CALL: FAULT"
-// on standard error and aborts.
+// Prints "CALL: FAULT" on standard error and aborts. The platform would go on with damaged state.
 [[noreturn]] void Misuse(const char* call, const char* fault);
 
 }  // namespace platform

@@ -12,7 +12,7 @@ namespace {
 
 struct Current {
   Machine machine;
-  std::function<Machine()> source;  // that has not been called yet
+  std::function<Machine()> source;  // empty once it has been called
   const Entry* onlyDevice = nullptr;
 };
 

@@ -1,6 +1,6 @@
-// A Machine is what the platform layer answers from: plain values for the registry, the
-// system and what its drives answer. A machine source builds one. No file format and no
-// device access lives here.
+// A Machine is what the platform layer answers from: plain values for the registry, the system and
+// the answers of its drives. A machine source builds one. No file format and no device access lives
+// here.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -43,40 +43,41 @@ struct Property {
 Number IntegerNumber(std::int64_t value);
 Number Float64Number(double value);
 
-// The value under `key`, or null; the text under it, or null where it is none. Both are
-// borrowed from `dictionary`.
+// Find gives the value under `key`, or null. FindText gives the text under `key`, or null if there
+// is no value or it is no text. Both are borrowed from `dictionary`.
 const Property* Find(const Dictionary& dictionary, std::string_view key);
 const std::string* FindText(const Dictionary& dictionary, std::string_view key);
 
-// What the reading of a block came to.
+// The result of reading a block.
 struct BlockAnswer {
-  // At most base::kBlockSize. Of a success the block, whose missing end is zeros; of a failure what
-  // it leaves in the caller's buffer: nothing, a part or all of a block.
+  // At most base::kBlockSize bytes. After a success they are the block, and a missing end stands
+  // for zeros. After a failure they are what is left in the caller's buffer: nothing, a part or all
+  // of a block.
   Data bytes;
   bool succeeds = false;
 
-  // The block of a success.
+  // The whole block after a success, else nullopt.
   std::optional<base::Block> Block() const;
 };
 
-// All that a drive answers. A source must have no answer rather than a guess: the probe takes
-// each for what the drive said.
+// All that a drive answers. A source must leave an answer out rather than guess it, because the
+// probe takes each answer for the drive's own.
 struct DriveAnswers {
-  // Why there is no S.M.A.R.T. interface, in words for a person; empty: there is one. What came
-  // before the failure may stand in the rest.
+  // Why there is no S.M.A.R.T. interface, in words for a person. Empty: there is one. The other
+  // members may hold answers that came before the failure.
   std::string whyNotOpened;
   bool enables = true;  // SMART ENABLE OPERATIONS
-  // SMART RETURN STATUS: true when a threshold is exceeded. nullopt: it failed. The probe reports
-  // the drive as not exceeded all the same, so it should not have been opened.
+  // SMART RETURN STATUS: true if a threshold is exceeded. nullopt: it failed. The probe would still
+  // report the drive as not exceeded, so a source should then say why it was not opened.
   std::optional<bool> exceeded;
-  BlockAnswer data;        // SMART READ DATA. Where it fails the probe does not ask for the next
+  BlockAnswer data;        // SMART READ DATA; if it fails, the probe does not ask for thresholds
   BlockAnswer thresholds;  // SMART READ THRESHOLDS
   BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
   std::optional<std::chrono::sys_seconds> date;  // when it answered, if that is known
 };
 
-// Asks the drive. Called for each S.M.A.R.T. user client that is opened, at its first
-// S.M.A.R.T. interface; what the interface is called for is answered from the result.
+// Asks the drive. It is called once for each S.M.A.R.T. user client that is opened, when the first
+// S.M.A.R.T. interface is asked for. The calls of the interface are answered from the result.
 using Drive = std::function<DriveAnswers()>;
 
 // The probe finds ATA devices by `name` and AHCI devices by `className`; each is compared whole.
@@ -92,21 +93,21 @@ struct Machine {
   SInt32 systemVersion = 0x1068;  // 0xMMmb, binary-coded decimal
   // Searched in this order, an entry before its children. The report has the same order.
   std::vector<Entry> roots;
-  // Key to translation. A key that is missing gets the caller's own text.
+  // From key to translation. For a key that is missing, the caller gets its own text.
   std::map<std::string, std::string, std::less<>> mainBundleStrings;
 };
 
-// What the platform's calls answer from: an empty machine before the first SetMachine, which takes
-// back all that the probe holds of the machine before (EndProcess in ledger.h). Of a function that
-// makes the machine, the first call takes the time; what it throws passes through that call. The
-// machine stays as it is until the next SetMachine.
+// The machine that the platform's calls answer from. It is empty before the first SetMachine, and
+// stays as it is until the next. SetMachine takes back all that the probe holds of the machine
+// before (EndProcess in ledger.h). The first call that needs the machine calls `source` and takes
+// as long. Exceptions of `source` pass through that call.
 void SetMachine(Machine machine);
 void SetMachine(std::function<Machine()> source);
 const Machine& ThisMachine();
 
-// From now on the searches for services hand out this one entry of the machine alone, where it
-// matches; null: all that match, as after SetMachine. So a pass can be run for each device by
-// itself.
+// Limits the searches for services to this one entry of the machine, so that a pass can be run for
+// each device by itself. They find the entry only if it matches. Null removes the limit, as does
+// SetMachine.
 void SetOnlyDevice(const Entry* device);
 const Entry* OnlyDevice();
 

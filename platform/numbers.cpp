@@ -1,5 +1,5 @@
-// The framework's numbers. Of the conversions between their types only those are here
-// that a machine can lead to: integers and 64-bit floating-point numbers to integers.
+// The framework's numbers. It has only the conversions between types that a machine can need: from
+// integers and 64-bit floating-point numbers to integers.
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <bit>
@@ -21,7 +21,7 @@ bool IsFloat64(CFNumberType type) {
   return type == kCFNumberFloat64Type || type == kCFNumberDoubleType;
 }
 
-// Stores the number as T, or what is left of it, and tells whether it survives.
+// Stores the number as T and returns whether its value survives.
 template <typename T>
 bool StoreInteger(const Number& number, void* output) {
   auto whole = static_cast<std::int64_t>(number.bits);

@@ -1,5 +1,5 @@
-// Property objects, which the Ref types point to, and the references to them that the
-// probe owns. The framework's calls on strings and numbers have a source of their own.
+// Property objects, which the Ref types point to, and the references to them that the probe owns.
+// The framework's calls on strings and numbers are in strings.cpp and numbers.cpp.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -14,7 +14,7 @@
 
 namespace platform {
 
-// The first are those of values, in the order of ValueObject::Value.
+// The types of values come first, in the order of ValueObject::Value.
 enum class ObjectType : CFTypeID {
   kString,
   kNumber,
@@ -41,9 +41,9 @@ class Object {
   ObjectType type_;
 };
 
-// A value, which is not copied, as large as it may be, and has to outlive the object: it is the
-// machine's, or kept until EndProcess. The objects of a dictionary's values are made when they are
-// asked for and belong to it.
+// The object of a value. The value may be large, so it is not copied and has to outlive the object:
+// it belongs to the machine, is a constant, or is kept until the next SetMachine. The objects of a
+// dictionary's values are made when they are asked for, and belong to the dictionary's object.
 class ValueObject : public Object {
  public:
   using Value = std::variant<const std::string*, const Number*, const Data*, const Dictionary*,
@@ -56,8 +56,8 @@ class ValueObject : public Object {
 
   Value Borrowed() const { return value_; }
 
-  // Of a dictionary: the object of the value under `key`, borrowed, or null. The same one at every
-  // call, alive as long as this one.
+  // For a dictionary only: the object of the value under `key`, or null. It is borrowed, is the
+  // same at every call, and lives as long as this one.
   const Object* Find(std::string_view key) const;
 
  private:
@@ -68,9 +68,9 @@ class ValueObject : public Object {
 // Gives the probe the only reference to `object`, entered in the ledger as `kind`.
 CFTypeRef HandOut(std::unique_ptr<Object> object, ReferenceKind kind);
 
-// Takes the probe's reference back and frees the object. Misuse of `call` when the
-// probe owns none: null, freed already, borrowed, a constant, no object at all. A
-// freed object's address can return as another's; AddressSanitizer tells them apart.
+// Takes the probe's reference back and frees the object. It is misuse of `call` if the probe owns
+// no reference: the object is null, freed already, borrowed, a constant or no object at all. A
+// later object can have the address of a freed one; AddressSanitizer tells them apart.
 void TakeBack(CFTypeRef object, const char* call);
 
 inline CFTypeRef Ref(const Object* object) { return object; }

@@ -1,4 +1,4 @@
-// What is asked of the registry: matching, iteration and properties; and the handles for it.
+// The calls on the registry, for matching, iteration and properties, and the handles that they use.
 #include "platform/registry.h"
 
 #include <cstddef>
@@ -16,27 +16,26 @@
 namespace platform {
 namespace {
 
-// An entry among all of the machine's, which are in document order: the descendants of an entry
-// follow it, up to `end`.
+// An entry's place among all entries of the machine. They are in document order: the descendants of
+// an entry follow it, up to `end`.
 struct Node {
   const Entry* entry;
-  std::size_t parent;  // of a root the root itself
+  std::size_t parent;  // a root is its own parent
   std::size_t end;
 };
 
 const Property kNothing;  // stands for the result of a search that found nothing
 
-// The machine's entries, and what was found from each on, if anything was looked for there: null
-// where none was. Thousands of devices may have thousands of entries above or below them in common,
-// so no search is made twice.
+// The machine's entries, and the results of the searches from each. Thousands of devices may have
+// thousands of entries above or below them in common, so no search is made twice.
 class Tree {
  public:
   Tree() {
     for (const Entry& root : ThisMachine().roots) Add(root, nodes.size());
   }
 
-  // The value of the first that has the key, or null: the node and then what is above it, or the
-  // node and then what is below it.
+  // The value of the first entry that has the key, or null. It searches the node and then the
+  // entries above it if `upwards` is set, else the node and then those below it.
   const Property* Find(std::size_t node, std::string_view key, bool upwards) {
     auto& found = found_.try_emplace({std::string(key), upwards}, nodes.size()).first->second;
     const Property* first = Search(node, key, upwards, found);
@@ -46,7 +45,7 @@ class Tree {
   std::vector<Node> nodes;
 
  private:
-  using Found = std::vector<const Property*>;
+  using Found = std::vector<const Property*>;  // for each node; null: not searched yet
 
   void Add(const Entry& entry, std::size_t parent) {
     const std::size_t node = nodes.size();

@@ -1,5 +1,5 @@
-// The S.M.A.R.T. user client: its plug-in and its interface, whose functions hand out what the
-// machine's drive has answered.
+// The S.M.A.R.T. user client: its plug-in and its interface, whose functions give the answers of
+// the machine's drive.
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <algorithm>
@@ -20,22 +20,22 @@ using platform::BlockAnswer;
 using platform::DriveAnswers;
 using platform::Entry;
 
-// The results of failed calls. The probe tells success from failure only, so they are
-// not in the framework's headers.
+// The results of failed calls. The probe only checks for success, so they are not in the
+// framework's headers.
 constexpr auto kIOReturnError = static_cast<IOReturn>(0xE00002BC);
 constexpr auto kIOReturnNoResources = static_cast<IOReturn>(0xE00002BE);
 constexpr auto kIOReturnBadArgument = static_cast<IOReturn>(0xE00002C2);
 constexpr auto kIOReturnUnsupported = static_cast<IOReturn>(0xE00002C7);
 constexpr auto kNoInterface = static_cast<HRESULT>(0x80000004);
 
-// Either, as the probe sees it, begins with a pointer to its function table.
+// Both begin with a pointer to their function table, and the probe sees only that.
 struct PlugIn {
   IOCFPlugInInterface* table;
   const Entry* entry;
   ULONG references = 1;
   std::optional<DriveAnswers> answers = {};  // once the drive is asked
   bool isDisabled = false;
-  std::vector<void*> interfaces = {};  // that are alive, each a SMARTInterface
+  std::vector<void*> interfaces = {};  // those that are alive, each a SMARTInterface
 };
 struct SMARTInterface {
   IOATASMARTInterface* table;

@@ -30,14 +30,14 @@ std::size_t AsciiPrefix(std::string_view text) {
   return static_cast<std::size_t>(std::ranges::find_if(text, isBeyond) - text.begin());
 }
 
-// How many bytes of `text` have a form in `encoding`.
+// How many bytes of `text`, from its start, can be converted to `encoding`.
 std::size_t ConvertiblePrefix(std::string_view text, CFStringEncoding encoding) {
   if (encoding == kEncodingUTF8) return text.size();
   return encoding == kCFStringEncodingASCII ? AsciiPrefix(text) : 0;
 }
 
-// The texts of data, nullopt if they are none. They may be long, and those of every device, so
-// they are converted once.
+// The texts that data stand for; nullopt for data that are no text. Data may be long and be asked
+// for by every device, so they are converted once.
 std::unordered_map<const platform::Data*, std::optional<std::string>>& TextsOfData() {
   static auto& texts = *new std::unordered_map<const platform::Data*, std::optional<std::string>>;
   return texts;

@@ -30,7 +30,7 @@ OSErr Gestalt(OSType selector, SInt32* response) {
   return 0;
 }
 
-// Does nothing: the probe starts an instance for form's sake and never uses it.
+// Does nothing: the probe starts an instance but never uses it.
 OSStatus ICStart(ICInstance* /*instance*/, OSType /*signature*/) { return 0; }
 
 Ptr NewPtr(Size byteCount) {

@@ -29,14 +29,16 @@ struct Sense {
   std::optional<ReturnedRegisters> registers = std::nullopt;
 };
 
-// The registers in either format, if they are there. False if they are cut short.
+// Stores the registers in `parsed` if the sense data have them. Returns false if they are cut
+// short.
 //
-// Of fixed data those of a success stand in the fields for information if the additional code says
-// so. Those of an error stand there beside its own code, and a status of 0 is none.
+// Fixed data have the registers in their information fields. After a success the additional code
+// says so. After an error the code is the error's own, so the error bit of the status has to say
+// that registers are there.
 bool FindRegisters(Bytes sense, bool isFixed, Sense& parsed) {
   constexpr int kAtaStatusReturn = 0x09;
   constexpr std::uint8_t kInformationAvailable = 0x1D;  // qualifies the code 00h
-  constexpr std::size_t kSize = 14;                     // of the descriptor, and of all fixed data
+  constexpr std::size_t kSize = 14;  // of the descriptor; fixed data need as many bytes
   if (isFixed) {
     if (sense.size() < kSize) return false;
     const bool isAnnounced = parsed.code == 0 && parsed.qualifier == kInformationAvailable;
@@ -54,7 +56,7 @@ bool FindRegisters(Bytes sense, bool isFixed, Sense& parsed) {
   return true;
 }
 
-// False if it is no sense data, or of an earlier command, or cut short.
+// False if `sense` is no sense data, is from an earlier command, or is cut short.
 bool Parse(Bytes sense, Sense& parsed) {
   constexpr std::size_t kHeaderSize = 8;  // its last byte counts what follows
   constexpr std::uint8_t kFixed = 0x70;
@@ -69,8 +71,8 @@ bool Parse(Bytes sense, Sense& parsed) {
   return FindRegisters(sense, isFixed, parsed);
 }
 
-// A drive that aborts a command says so in its registers. Some layers drop them, but keep
-// the words for other errors: of a drive that is gone, or of a cable.
+// A drive that aborts a command says so in its registers. Some layers drop the registers. Without
+// them only a code of 0 means that: other errors, of a cable or a drive that is gone, have a code.
 bool IsAbort(const Sense& sense) {
   constexpr std::uint8_t kAbortedCommand = 0x0B;
   if (sense.key != kAbortedCommand) return false;
@@ -79,7 +81,7 @@ bool IsAbort(const Sense& sense) {
   return (status & (kBusy | kDeviceFault | kError)) == kError && (error & kAborted) != 0;
 }
 
-// A layer that does not know the command, or not in this form.
+// Whether a layer before the drive does not know the command, or not in this form.
 bool IsUnknownCommand(const Sense& sense) {
   constexpr std::uint8_t kIllegalRequest = 0x05;
   constexpr std::uint8_t kInvalidOperation = 0x20;
@@ -130,7 +132,7 @@ constexpr std::uint8_t kNonData = 3 << 1;
 constexpr std::uint8_t kPIODataIn = 4 << 1;
 
 constexpr std::uint8_t kReturnRegisters = 0x20;
-// From the device, in blocks, as many as the count says.
+// Transfers from the device, in blocks, as many as the count register says.
 constexpr std::uint8_t kReadCountedBlocks = 0x08 | 0x04 | 0x02;
 
 Cdb Wrap(const AtaRegisters& registers, std::uint8_t protocol, std::uint8_t flags) {
@@ -144,8 +146,8 @@ Cdb Wrap(const AtaRegisters& registers, std::uint8_t protocol, std::uint8_t flag
   return cdb;
 }
 
-// The library takes settings from two variables; a run is to be the same everywhere.
-// `missing` is how many bytes of the data did not come.
+// Removes the two environment variables that change the library, so that a run is the same
+// everywhere. Stores in `missing` how many bytes of the data did not come.
 CommandResult Send(int node, const Cdb& cdb, std::span<std::uint8_t> data, int& missing) {
   constexpr int kTimeoutSeconds = 20;
   constexpr int kSilent = 0;

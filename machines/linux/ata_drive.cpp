@@ -34,7 +34,8 @@ constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
 constexpr AtaRegisters kEnableOperations = SMARTCommand(0xD8);
 constexpr AtaRegisters kReturnStatus = SMARTCommand(0xDA);
 
-// An adapter that has not asked the drive hands out zeros.
+// The block that the drive sends. nullopt also for a block of zeros, which an adapter gives that
+// did not ask the drive.
 std::optional<Block> ReadAnswer(int node, const AtaRegisters& command) {
   const std::optional<Block> block = ReadBlock(node, command).block;
   return block == Block{} ? std::nullopt : block;
@@ -44,8 +45,8 @@ platform::BlockAnswer Given(const Block& block) {
   return {platform::Data(block.begin(), block.end()), true};
 }
 
-// What is kept of the drive, if it sleeps. Its IDENTIFY DEVICE data are left in `identify` where
-// they had to be asked for.
+// The kept answers of the drive, if it sleeps and there are any. If it had to be asked for its
+// IDENTIFY DEVICE data, they are left in `identify`.
 std::optional<DriveAnswers> AnswersOfSleeper(int node, const std::optional<Block>& known,
                                              const KeptAnswers& kept,
                                              std::optional<Block>& identify) {
@@ -55,7 +56,7 @@ std::optional<DriveAnswers> AnswersOfSleeper(int node, const std::optional<Block
   return identify ? kept(*identify) : std::nullopt;
 }
 
-// Asks an open node, up to the first failure.
+// Asks the drive of an open node, up to the first failure.
 DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers& kept) {
   std::optional<Block> identify;
   if (auto answers = AnswersOfSleeper(node, known, kept, identify)) return *answers;
@@ -85,7 +86,8 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   if (!data) return failed("SMART READ DATA failed");
   told.data = Given(*data);
 
-  // Newer standards let a drive do without them. One that is gone has refused nothing.
+  // Newer drives may have no thresholds and refuse the command. A drive that is gone does not
+  // refuse it but fails.
   const BlockResult thresholds = ReadBlock(node, kReadThresholds);
   if (thresholds.end == CommandEnd::kFailed) return failed("SMART READ THRESHOLDS failed");
   if (thresholds.block) told.thresholds = Given(*thresholds.block);
@@ -96,8 +98,8 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   return failed("SMART RETURN STATUS gave no registers, and no thresholds tell");
 }
 
-// Opens the node for reading, without waiting for a medium. The name of a disk that went away
-// may by now be another's, and what lies in the folder may be anything.
+// Opens the node for reading, without waiting for a medium. It checks the device number, because
+// another disk may have the name by now, and any kind of file may lie in the folder.
 DriveAnswers OpenAndAsk(const AtaNode& node, const KeptAnswers& kept) {
   DriveAnswers none;
   const base::Descriptor opened(

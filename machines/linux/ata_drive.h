@@ -1,4 +1,4 @@
-// A drive of this host: what it answers to the ATA commands that go to its device node.
+// A drive of this host, which is asked by ATA commands to its device node.
 #pragma once
 
 #include <sys/types.h>
@@ -11,27 +11,30 @@
 
 namespace machines {
 
-// What is still good of the answers of a drive with these IDENTIFY DEVICE data; nullopt if there is
-// nothing. Empty: nothing is kept of any drive.
+// Gives the kept answers of the drive with these IDENTIFY DEVICE data, or nullopt if there are none
+// that are still good. An empty function: no answers are kept of any drive.
 using KeptAnswers = std::function<std::optional<platform::DriveAnswers>(const base::Block&)>;
 
 struct AtaNode {
   std::filesystem::path path;
-  std::optional<dev_t> number;  // of the block device that `path` must be; without it, it is not
-                                // opened
-  std::optional<base::Block> identify = {};  // as far as the kernel keeps it
+  std::optional<dev_t> number;  // the block device that `path` must be; without a number, the node
+                                // is not opened
+  std::optional<base::Block> identify = {};  // if the kernel keeps the data
 };
 
-// The drive opens its node, asks for everything, each command once, in the order IDENTIFY DEVICE,
-// ENABLE OPERATIONS, RETURN STATUS, READ DATA, READ THRESHOLDS, and closes the node again; after a
-// failure nothing more is sent. It is opened where it tells its condition and its data; also where
-// it says that it has no S.M.A.R.T., but then it is asked nothing more and cannot be enabled. One
-// that refuses only READ THRESHOLDS has no thresholds. A block of zeros is an adapter's that has
-// not asked the drive: IDENTIFY DEVICE or READ DATA has failed then.
+// Makes a drive that opens its node, sends each command once and closes the node again. The order
+// is IDENTIFY DEVICE, ENABLE OPERATIONS, RETURN STATUS, READ DATA, READ THRESHOLDS. After a failure
+// nothing more is sent, and whyNotOpened says what failed.
 //
-// Where answers are kept, CHECK POWER MODE is sent first. A drive in standby then gives those that
-// are kept of it, and is sent nothing that wakes it: IDENTIFY DEVICE, unless the node has its data.
-// One of which nothing is kept is asked as any other.
+// A drive that says that it has no S.M.A.R.T. is asked nothing more. It counts as opened, but
+// cannot be enabled. A drive that only refuses READ THRESHOLDS has no thresholds. If an adapter
+// drops the registers of RETURN STATUS, the data and the thresholds give the condition. If they do
+// not give it either, the drive does not count as opened. An adapter that did not ask the drive
+// gives a block of zeros: IDENTIFY DEVICE or READ DATA has then failed.
+//
+// If answers are kept, CHECK POWER MODE is sent first. A drive in standby then gives its kept
+// answers and is not woken: it is sent only IDENTIFY DEVICE, and not even that if the node has the
+// data. If no answers of the drive are kept, it is asked like any other.
 platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept = {});
 
 }  // namespace machines

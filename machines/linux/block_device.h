@@ -1,5 +1,4 @@
-// What an open file says of the device behind it. Apart from the rest, so that a test can stand
-// in for it.
+// The device behind an open file. It is a file of its own, so that a test can replace it.
 #pragma once
 
 #include <sys/types.h>
@@ -8,7 +7,8 @@
 
 namespace machines {
 
-// The number of the block device that `descriptor` is open on. nullopt if it is none, or not open.
+// The number of the block device that `descriptor` is open on. nullopt if it is not open, or not on
+// a block device.
 std::optional<dev_t> BlockDeviceNumber(int descriptor);
 
 }  // namespace machines

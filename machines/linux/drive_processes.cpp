@@ -27,7 +27,8 @@ using platform::BlockAnswer;
 using platform::DriveAnswers;
 using Clock = std::chrono::steady_clock;
 
-// Answers as they go through a pipe: written whole or not at all, and read so.
+// Answers as they go through a pipe. They fit into PIPE_BUF, so that they are written and read
+// whole or not at all.
 struct SentBlock {
   std::size_t size;
   bool succeeds;
@@ -87,8 +88,8 @@ DriveAnswers Failed(std::string why) {
 
 constexpr int kKept = STDERR_FILENO + 1;
 
-// Makes `kept` kKept, and gives up all others. Standard streams are among them: whoever reads the
-// output waits until nobody can write to it any more, and a child that hangs cannot be waited for.
+// Moves `kept` to kKept and gives up all other descriptors, the standard streams too. The reader of
+// the output waits until all writers have closed it, and a child that hangs would never do so.
 void GiveUpDescriptorsBut(int kept) {
   dup2(kept, kKept);
   close_range(kKept + 1, ~0U, 0);
@@ -99,9 +100,9 @@ void GiveUpDescriptorsBut(int kept) {
   if (null > kKept) close(null);
 }
 
-// What is thrown here ends the child, and nothing of the parent's is done twice.
+// Any exception ends the child here, so that it does nothing that the parent does too.
 [[noreturn]] void AnswerAndExit(const platform::Drive& drive, int pipe) noexcept {
-  std::signal(SIGPIPE, SIG_DFL);  // where the parent is gone nobody wants the answers
+  std::signal(SIGPIPE, SIG_DFL);  // ends the child if the parent is gone
   GiveUpDescriptorsBut(pipe);
   const SentAnswers answers = Packed(drive());
   const ssize_t written = write(kKept, &answers, sizeof answers);
@@ -110,8 +111,8 @@ void GiveUpDescriptorsBut(int kept) {
 
 struct Child {
   pid_t process = -1;
-  base::Descriptor pipe = {};  // open as long as its answers are awaited
-  DriveAnswers answers = {};   // once they are not
+  base::Descriptor pipe = {};  // open as long as the answers are awaited
+  DriveAnswers answers = {};   // set once the pipe is closed
 };
 
 Child Start(const platform::Drive& drive) {
@@ -129,7 +130,7 @@ Child Start(const platform::Drive& drive) {
   return {process, std::move(reading), {}};
 }
 
-// Takes what has come through the child's pipe: all of its answers, or the end of the pipe.
+// Reads the child's answers from its pipe, or the pipe's end, and closes the pipe.
 void Receive(Child& child) {
   SentAnswers sent;
   const ssize_t count = read(child.pipe.Number(), &sent, sizeof sent);
@@ -151,8 +152,8 @@ std::vector<bool> Awaited(const std::vector<Child>& children) {
   return isAwaited;
 }
 
-// Waits for answers until `end`, and takes those that have come, even if `end` has passed
-// meanwhile. False when there are no more to come, or in time.
+// Waits for answers until `end` and takes those that have come, even if `end` has passed by then.
+// Returns false if no more answers are awaited or the time is over.
 bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
   std::vector<pollfd> pipes;
   std::vector<Child*> awaited;
@@ -171,7 +172,7 @@ bool ReceiveSome(std::vector<Child>& children, Clock::time_point end) {
          std::ranges::any_of(awaited, [](Child* child) { return child->pipe.IsOpen(); });
 }
 
-// Each drive needs a descriptor.
+// Each drive needs a descriptor for its pipe.
 void AllowManyDescriptors() {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;

@@ -14,14 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// "ata12" is `prefix` "ata" with a number.
+// Whether `name` is `prefix` with a number, as "ata12" is for "ata".
 bool IsNumbered(std::string_view name, std::string_view prefix) {
   return name.size() > prefix.size() && name.starts_with(prefix) &&
          name.find_first_not_of("0123456789", prefix.size()) == std::string_view::npos;
 }
 
-// The folder of the SCSI host that a disk is attached to, in which its own lies:
-// .../ata1/host0/target0:0:0/... or .../usb2/2-1/2-1:1.0/host6/target6:0:0/... Empty: there is
+// The folder of the SCSI host that a disk is attached to. The disk's own folder lies in it:
+// .../ata1/host0/target0:0:0/... or .../usb2/2-1/2-1:1.0/host6/target6:0:0/... Empty if there is
 // none.
 fs::path HostOf(const fs::path& sysfs, fs::path folder) {
   while (folder != sysfs && folder.has_relative_path()) {
@@ -31,16 +31,16 @@ fs::path HostOf(const fs::path& sysfs, fs::path folder) {
   return {};
 }
 
-// The driver of an AHCI port has it in its name. Elsewhere than on a libata port it is no matter.
+// Whether the host is an AHCI port: a port of libata whose driver has "ahci" in its name.
 bool IsAHCI(const fs::path& host) {
   if (!IsNumbered(host.parent_path().filename().native(), "ata")) return false;
   const std::string driver = ReadText(host / "scsi_host" / host.filename() / "proc_name");
   return driver.find("ahci") != std::string::npos;
 }
 
-// The SCSI disks that speak ATA, directly or behind a translation layer: those that the
-// kernel says are of the vendor "ATA", as libata and most layers do, those whose layer
-// hands out IDENTIFY DEVICE data, and those that udev has asked.
+// Finds out whether a SCSI disk speaks ATA, directly or behind a translation layer. It does if the
+// kernel gives "ATA" as its vendor, as libata and most layers do, if its layer gives IDENTIFY
+// DEVICE data, or if udev has asked it.
 void ReadKind(const fs::path& sysfs, Disk& disk) {
   const fs::path host = HostOf(sysfs, disk.folder);
   const fs::path device = disk.folder / "device";
@@ -57,8 +57,9 @@ void ReadKind(const fs::path& sysfs, Disk& disk) {
   disk.kind = IsAHCI(host) ? DiskKind::kAHCI : DiskKind::kATA;
 }
 
-// What has hardware of its own, which sysfs has a link to, and is neither an optical nor a floppy
-// drive, nor the boot code of a card, bare flash, or one of the paths to a disk of another name.
+// Whether the device counts as a disk. A disk has hardware of its own, and sysfs has a link to it.
+// Optical drives, floppy drives, the boot code of a card and bare flash do not count, nor does one
+// of several paths to a disk that has another name.
 bool IsDisk(const std::string& name, const fs::path& folder) {
   constexpr const char* kOptical = "5";
   std::error_code error;

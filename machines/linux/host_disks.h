@@ -16,14 +16,14 @@ struct Disk {
   std::string name;              // the kernel's: sda
   std::filesystem::path folder;  // its folder in sysfs
   DiskKind kind = DiskKind::kOther;
-  std::optional<base::Block> identify = {};  // of an ATA disk, as far as the kernel keeps it
-  bool isModelKnown = true;                  // false: the kernel knows the model of a bridge
+  std::optional<base::Block> identify = {};  // of an ATA disk, if the kernel keeps the data
+  bool isModelKnown = true;                  // false: the kernel only knows the model of a bridge
 };
 
-// The disks in the kernel's order of naming: sda to sdz, then sdaa. What has no hardware of its
-// own, such as a loop device, and optical and floppy drives are left out, as is a disk that goes
-// away meanwhile. Throws std::system_error where the disks in `sysfs` cannot be listed, and
-// std::bad_alloc.
+// The disks in the kernel's order of naming: sda to sdz, then sdaa. Devices without hardware of
+// their own, such as loop devices, are left out, and so are optical and floppy drives. A disk that
+// goes away meanwhile is left out too. Throws std::system_error if the disks in `sysfs` cannot be
+// listed, and std::bad_alloc.
 std::vector<Disk> ListDisks(const std::filesystem::path& sysfs);
 
 }  // namespace machines

@@ -26,7 +26,7 @@ SInt32 AtaFeatures(const Disk& disk) {
   return disk.identify && drives::LacksSMART(*disk.identify) ? 0 : kIOATAFeatureSMART;
 }
 
-// A drive that the probe would turn away is not asked.
+// A drive that the probe would turn away is not asked. The probe turns no AHCI drive away.
 bool IsAsked(const Disk& disk) {
   return disk.kind == DiskKind::kAHCI || (disk.kind == DiskKind::kATA && AtaFeatures(disk) != 0);
 }
@@ -61,8 +61,8 @@ Answers AskAllOf(const std::vector<Disk>& disks, const fs::path& dev, const Aski
 
 constexpr SInt32 kSystemVersion = 0x1068;  // 10.6.8
 
-// Where the kernel keeps no IDENTIFY data it has the first 16 characters of the model, or the name
-// of a bridge: then only the drive tells, if it does.
+// Without IDENTIFY data the kernel knows only the first 16 characters of the model. If it knows
+// only the name of a bridge, the model comes from the drive's own answer, and is empty without one.
 std::string Model(const Disk& disk, const DriveAnswers* answers) {
   std::optional<base::Block> identify = disk.identify;
   if (!identify && !disk.isModelKnown) {
@@ -72,8 +72,8 @@ std::string Model(const Disk& disk, const DriveAnswers* answers) {
   return base::PrintableASCII(ReadText(disk.folder / "device" / "model"));
 }
 
-// As far as the kernel keeps it: a drive that does not answer is then known by it. A bridge has its
-// own.
+// The serial number that the kernel keeps, which identifies a drive that does not answer. Empty if
+// there is none, or if it is that of a bridge.
 std::string Serial(const Disk& disk) {
   constexpr std::size_t kHeaderSize = 4;  // of the page of the vital product data
   if (disk.identify) return drives::SerialNumber(*disk.identify);
@@ -84,8 +84,9 @@ std::string Serial(const Disk& disk) {
 
 Property Text(std::string text) { return {std::move(text)}; }
 
-// In bytes, a 64-bit number whatever its value: the probe takes the bytes of a smaller one in the
-// processor's order. The attribute is in sectors of 512 bytes, whatever those of the disk.
+// The size in bytes. It is always a 64-bit number: the probe stores a smaller type in the first
+// bytes of a 64-bit number, which gives the right value only if the low bytes come first. The
+// attribute counts sectors of 512 bytes, whatever the sector size of the disk.
 std::optional<platform::Number> ReadSize(const Disk& disk) {
   constexpr std::uint64_t kSectorSize = 512;
   constexpr std::uint64_t kMaxSectors = std::numeric_limits<std::int64_t>::max() / kSectorSize;
@@ -106,7 +107,7 @@ const char* ClassOf(const Disk& disk) {
   return disk.kind == DiskKind::kAHCI ? kAHCIDeviceClass : kATADeviceName;
 }
 
-// `answers` are null of a disk that was not asked.
+// `answers` is null if the disk was not asked.
 Entry MakeDevice(const Disk& disk, const DriveAnswers* answers) {
   const std::string model = Model(disk, answers);
   Dictionary characteristics = {{kProductNameKey, Text(model)}};

@@ -17,17 +17,21 @@ namespace machines {
 
 // How the drives are asked.
 struct Asking {
-  std::chrono::milliseconds limit = kAnswerLimit;  // what has not answered then is given up
-  // Told on the way: how many drives are asked, and the names of those that are still awaited.
+  std::chrono::milliseconds limit = kAnswerLimit;  // a drive without answers by then is given up
+  // Called on the way: how many drives are asked, and the names of those that are still awaited.
   std::function<void(std::size_t drives, const std::vector<std::string>& awaited)> progress = {};
   KeptAnswers kept = {};
 };
 
-// Asks those of the disks that speak ATA and do not say that they lack S.M.A.R.T., all in parallel,
-// each in a process of its own that opens the disk's node in `dev`. Gives the machine of all disks
-// in their order, each an entry above one of its medium. Disks of other kinds have no drive and are
-// of kOtherDiskClass. Of what sysfs does not tell, a size is left out, a model is empty, and
-// S.M.A.R.T. is taken to be supported. A host without disks is a root alone.
+// Asks the disks that speak ATA in parallel, each in a process of its own that opens the disk's
+// node in `dev`. It does not ask a disk that says that it lacks S.M.A.R.T., unless that is an AHCI
+// disk.
+//
+// Returns the machine of all disks in their order. Each disk is an entry, with an entry for its
+// medium below. A disk that is not asked has no drive. A disk that does not speak ATA is of
+// kOtherDiskClass. If sysfs does not have a size, it is left out; if it does not have a model, that
+// is empty; if it does not say whether there is S.M.A.R.T., it is taken to be supported. The
+// machine of a host without disks is only a root.
 platform::Machine AskDisks(const std::vector<Disk>& disks, const std::filesystem::path& dev,
                            const Asking& asking = {});
 

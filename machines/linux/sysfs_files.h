@@ -1,5 +1,5 @@
-// The reading of sysfs attributes: small files whose content the kernel makes up when
-// they are read, and which may go away with their device at any time.
+// Reads sysfs attributes: small files whose content the kernel makes when they are read. They may
+// go away with their device at any time.
 #pragma once
 
 #include <sys/types.h>
@@ -11,15 +11,16 @@
 
 namespace machines {
 
-// All bytes of the attribute, of one larger than a page (4,096 bytes) the first page: none that
-// is read here is larger, and no endless file can hold the program up. nullopt if it is not
-// there or cannot be read. Does not wait, even for a pipe in its place.
+// The bytes of the attribute, at most a page (4,096 bytes). No attribute that is read here is
+// larger, and with the limit no endless file can hold the program up. nullopt if the attribute is
+// not there or cannot be read. Does not wait, even if a pipe lies in its place.
 std::optional<std::string> ReadFile(const std::filesystem::path& file);
 
-// The attribute's text without the white space around it; empty where it cannot be read.
+// The attribute's text without the white space around it. Empty if it cannot be read.
 std::string ReadText(const std::filesystem::path& file);
 
-// Decimal, below 2^64, without a sign. nullopt if it cannot be read, or is no such number.
+// The attribute as a decimal number without a sign, below 2^64. nullopt if it cannot be read or is
+// no such number.
 std::optional<std::uint64_t> ReadNumber(const std::filesystem::path& file);
 
 // A device number, "8:16". nullopt as above.

@@ -15,10 +15,10 @@ using platform::Array;
 using platform::Dictionary;
 using platform::Property;
 
-// What walks the finished values, such as their destruction, calls itself for each level.
+// Code that walks the finished values, such as their destructor, calls itself for each level.
 constexpr std::size_t kMaxNesting = 256;
 
-// The smallest element, six bytes of a file, takes some hundred bytes of memory.
+// The smallest element has six bytes in a file but takes some hundred bytes of memory.
 constexpr std::size_t kMaxElements = 1'000'000;
 
 constexpr auto kElements =
@@ -45,7 +45,7 @@ void ElementStack::Start(std::string_view name) {
     text_.clear();
     return;
   }
-  if (open_.size() > kMaxNesting) {  // <plist> is no level
+  if (open_.size() > kMaxNesting) {  // <plist> does not count as a level
     throw RecordingError("more than " + std::to_string(kMaxNesting) + " levels of nesting");
   }
   open_.push_back({*element, {Array()}});

@@ -1,5 +1,5 @@
-// A property list as its elements build it, without a word on XML. Errors name no line:
-// the caller knows where it is.
+// Builds a property list from its elements. It knows nothing of XML. Its errors name no line,
+// because only the caller knows the line.
 #pragma once
 
 #include <cstddef>
@@ -11,17 +11,18 @@
 
 namespace machines {
 
-// Elements become values on a stack of the containers that are open: nothing here calls
+// Makes values of elements with a stack of the open containers, so that no function here calls
 // itself, however deep a file is nested.
 class ElementStack {
  public:
-  // The tags and texts of a well-formed file, in its order; a text may come in pieces. Each
-  // throws RecordingError for what may not stand there, and is not to be called again then.
+  // Call these with the tags and texts of a well-formed file, in its order. A text may come in
+  // pieces. Each throws RecordingError for an element or text that may not stand there. Call none
+  // of them after that.
   void Start(std::string_view name);
   void Text(std::string_view piece);
   void End();
 
-  // The innermost element that is open. Empty: there is none.
+  // The innermost open element. Empty if there is none.
   std::string_view Innermost() const {
     return leaf_.empty() && !open_.empty() ? open_.back().name : leaf_;
   }
@@ -30,11 +31,11 @@ class ElementStack {
   platform::Property& Root() { return root_; }
 
  private:
-  // The outermost is <plist>, which has its values as an array has.
+  // An open container. The outermost is <plist>, which holds its values like an array.
   struct Container {
     std::string_view name;
     platform::Property value;
-    platform::Property* due = nullptr;  // of a dictionary: what the last key waits for
+    platform::Property* due = nullptr;  // of a dictionary: the missing value of the last key
   };
 
   void CheckPlace(std::string_view name) const;
@@ -43,8 +44,8 @@ class ElementStack {
   void Put(platform::Property value);
 
   std::vector<Container> open_;
-  std::string_view leaf_;  // that is open; empty: none
-  std::string text_;       // of that leaf so far
+  std::string_view leaf_;  // the name of the open leaf; empty: none
+  std::string text_;       // the text of that leaf so far
   std::size_t count_ = 0;
   platform::Property root_;
 };

@@ -17,7 +17,8 @@ using platform::Data;
 using platform::Dictionary;
 using platform::Property;
 
-// "Serial Number", "serial-number", "IOPlatformSerialNumber".
+// Whether the key names a serial number, as "Serial Number", "serial-number" and
+// "IOPlatformSerialNumber" do.
 bool NamesSerialNumber(std::string key) {
   std::erase_if(key, [](unsigned char c) { return std::isalpha(c) == 0; });
   std::ranges::transform(key, key.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -44,7 +45,15 @@ void MaskIdentify(Data& bytes) {
   bytes.assign(identify.begin(), identify.end());
 }
 
+// A number becomes 0; what holds several values has each of them masked.
 void MaskSerialNumber(Property& property) {
+  if (std::holds_alternative<platform::Number>(property.value)) property = {platform::Number()};
+  if (auto* items = std::get_if<Array>(&property.value)) {
+    std::ranges::for_each(*items, MaskSerialNumber);
+  }
+  if (auto* pairs = std::get_if<Dictionary>(&property.value)) {
+    for (auto& [key, value] : *pairs) MaskSerialNumber(value);
+  }
   if (auto* text = std::get_if<std::string>(&property.value)) *text = Masked(*text);
   if (auto* bytes = std::get_if<Data>(&property.value)) {
     std::ranges::replace_if(*bytes, std::not_fn(IsPadding), 'X');

@@ -1,16 +1,17 @@
-// The masking of what tells one drive from every other of its model, so that a
-// recording can be shown to strangers.
+// Masks what tells a drive from all others of its model, so that a recording can be shown to
+// strangers.
 #pragma once
 
 #include "platform/machine.h"
 
 namespace machines {
 
-// For a listing that the recorder made; another may end in std::bad_variant_access.
-// Puts an X in the place of each character of every serial number in `listing`, at any
-// depth: in properties, and in the IDENTIFY data of recorded drives, whose other tell-tale words
-// become zero (MaskIdentity in drives/identify_data.h). Blanks and NULs stay. A serial number under
-// a key that does not call it one is not recognised.
+// Puts an X in the place of each character of every serial number in `listing`, at any depth: in
+// properties, and in the IDENTIFY data of recorded drives. Blanks and NULs stay, and a number becomes
+// 0. The other words of the IDENTIFY data that tell one drive from others become zero
+// (MaskIdentity in drives/identify_data.h). A serial number is recognised only if its key calls it
+// one. `listing` has to be made by the recorder: for another this may throw
+// std::bad_variant_access.
 void MaskSerials(platform::Property& listing);
 
 }  // namespace machines

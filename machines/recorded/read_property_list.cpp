@@ -1,5 +1,5 @@
-// The one file that includes expat's header. As it comes, expat trusts a file's declared
-// encoding, takes memory without bound, and drops references that it cannot resolve.
+// The one file that includes expat's header. By default expat trusts the encoding that a file
+// declares, takes memory without limit, and drops references that it cannot resolve.
 #include <expat.h>
 #include <malloc.h>
 
@@ -22,15 +22,16 @@ namespace {
 
 using platform::Property;
 
-// A file of 64 MiB that is one text or one attribute needs less. A tag of millions of
+// In bytes. A file of 64 MiB that is one text or one attribute needs less. A tag with millions of
 // attributes would need more, and several seconds.
 constexpr std::size_t kMaxMemory = std::size_t{256} << 20;
 
-// Property lists have one, the version. expat keeps every name that it has met, and takes
-// up to ten seconds for a file that is full of them.
+// A property list has one attribute, the version. expat keeps every attribute name that it has met,
+// and takes up to ten seconds for a file that is full of them.
 constexpr std::size_t kMaxXMLAttributes = 1'000;
 
-// What the parser holds, in bytes. expat passes its allocator no object to keep this in.
+// The memory that the parser holds, in bytes. It is global because expat passes no object to its
+// allocator.
 thread_local std::size_t memoryHeld = 0;
 
 void Free(void* memory) {
@@ -38,7 +39,7 @@ void Free(void* memory) {
   std::free(memory);
 }
 
-// The old block and the new one may be there at the same time.
+// Counts the old block and the new one together, because both may be there at the same time.
 void* Reallocate(void* memory, std::size_t size) {
   if (size > kMaxMemory || memoryHeld > kMaxMemory - size) return nullptr;
   const std::size_t before = malloc_usable_size(memory);
@@ -49,16 +50,16 @@ void* Reallocate(void* memory, std::size_t size) {
 
 void* Allocate(std::size_t size) { return Reallocate(nullptr, size); }
 
-// How much of `file` stands before its first markup. expat takes no white space before
-// an XML declaration.
+// The number of bytes of `file` before its first markup. They are skipped, because expat does not
+// accept white space before an XML declaration.
 std::size_t LengthBeforeMarkup(std::string_view file) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   const std::size_t start = file.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
   return std::min(file.find_first_not_of(" \t\r\n", start), file.size());
 }
 
-// Where the parser is, in bytes of what it was given, -1 being nowhere, and how many bytes
-// the markup there has. expat 2.9 has calls of its own for large files, and warns of these.
+// Where the parser is, in bytes of what it was given (-1: nowhere), and how many bytes the markup
+// there has. expat 2.9 has new calls for large files and warns of the old ones.
 #if XML_MAJOR_VERSION > 2 || XML_MINOR_VERSION >= 9
 constexpr auto kByteIndex = XML_GetCurrentByteIndex64;
 constexpr auto kByteCount = XML_GetCurrentByteCount64;
@@ -67,13 +68,13 @@ constexpr auto kByteIndex = XML_GetCurrentByteIndex;
 constexpr auto kByteCount = XML_GetCurrentByteCount;
 #endif
 
-// The functions that expat calls may not throw: what is thrown there is kept until expat has
-// returned, and gets the line where expat was.
+// The functions that expat calls must not throw. An exception in them is kept until expat has
+// returned, and then gets the line where expat was.
 class Parser {
  public:
   explicit Parser(std::string_view file) : file_(file), start_(LengthBeforeMarkup(file)) {
     constexpr XML_Memory_Handling_Suite kMemory = {Allocate, Reallocate, Free};
-    // Whatever encoding the file declares; expat still knows UTF-16 by its first bytes.
+    // Overrides the encoding that the file declares. expat still knows UTF-16 by its first bytes.
     parser_.reset(XML_ParserCreate_MM("UTF-8", &kMemory, nullptr));
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_.get(), this);
@@ -108,20 +109,22 @@ class Parser {
     const std::string_view piece(text, static_cast<std::size_t>(length));
     Guard(self, [piece](Parser& parser) { parser.elements_.Text(piece); });
   }
-  // Declarations can give every element thousands of attributes, and hide one another.
+  // Declarations can give every element thousands of attributes, and one can hide others.
   static void OnDocumentType(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                              const XML_Char* /*publicId*/, int hasDeclarations) {
     if (hasDeclarations == 0) return;
     Guard(self, [](Parser&) { throw RecordingError("a document type with declarations in it"); });
   }
-  // After an external document type, which is not read, it might declare any entity.
+  // An external document type is not read. It might declare any entity, so expat skips an unknown
+  // reference after one and does not fail.
   static void OnSkippedReference(void* self, const XML_Char* name, int /*isParameter*/) {
     Guard(self, [name](Parser&) {
       throw RecordingError("an unknown reference, &" + Excerpt(name) + ";");
     });
   }
 
-  // Keeps what `call` throws, the first time. expat calls some more when it has been stopped.
+  // Keeps the first exception that `call` throws, and stops expat. expat may still make some calls
+  // after that.
   template <typename Call>
   static void Guard(void* self, Call call) noexcept {
     auto& parser = *static_cast<Parser*>(self);
@@ -143,7 +146,7 @@ class Parser {
   }
 
   std::string_view file_;
-  std::size_t start_;  // of what expat is given
+  std::size_t start_;  // where the part of the file that expat is given begins
   ElementStack elements_;
   std::size_t attributeCount_ = 0;
   std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_{nullptr, XML_ParserFree};
@@ -160,7 +163,7 @@ void Parser::ThrowFault() const {
   }
 }
 
-// In an attribute expat drops an unknown reference without a call.
+// Rejects any reference in an attribute, because there expat drops an unknown one without a call.
 void Parser::CheckAttributes(const XML_Char** attributes) {
   for (; *attributes != nullptr; attributes += 2) attributeCount_++;
   if (attributeCount_ > kMaxXMLAttributes) {
@@ -172,7 +175,7 @@ void Parser::CheckAttributes(const XML_Char** attributes) {
   }
 }
 
-// What made expat stop by itself.
+// Why expat stopped by itself.
 std::string Parser::Explanation() const {
   const XML_Error code = XML_GetErrorCode(parser_.get());
   if (code == XML_ERROR_NO_MEMORY) return "the XML here takes too much memory to read";

@@ -24,8 +24,8 @@ using platform::Dictionary;
 using platform::Entry;
 using platform::Property;
 
-// A value that has one type only, as every key that has a meaning. Throws RecordingError when it
-// is of another.
+// The value of a key that has a meaning. Such a key has one type: RecordingError is thrown for a
+// value of another type.
 template <typename Type>
 Type& TypedValue(std::string_view key, Property& property) {
   constexpr std::array kTypes = {"a <string>",          "a number",   "<data>",  "a <dict>",
@@ -49,7 +49,7 @@ bool Flag(Dictionary& recorded, std::string_view key) {
   return found != recorded.end() && TypedValue<bool>(key, found->second);
 }
 
-// What was not recorded fails. Data stay as short as they are in the file, which may hold many
+// A block that was not recorded fails. A short block is not filled up, because a file may hold many
 // drives.
 platform::BlockAnswer MoveBlockAnswer(Dictionary& recorded, std::string_view key, bool fails) {
   const auto found = recorded.find(key);
@@ -89,14 +89,14 @@ platform::Drive MakeDrive(Dictionary& recorded) {
   }
 }
 
-// Empty when there is none.
+// The name of the entry. Empty if it has none.
 std::string_view NameOf(const Property& entry) {
   const auto* dictionary = std::get_if<Dictionary>(&entry.value);
   const std::string* name = dictionary ? platform::FindText(*dictionary, kNameKey) : nullptr;
   return name ? std::string_view(*name) : std::string_view();
 }
 
-// An entry among its siblings, such as "/PCI0" or "/Port (child 2)".
+// The part of a path that names an entry among its siblings: "/PCI0" or "/Port (child 2)".
 std::string PathStep(const Array& siblings, std::size_t index) {
   const std::string_view name = NameOf(siblings[index]);
   const std::string position = "child " + std::to_string(index + 1);
@@ -105,7 +105,7 @@ std::string PathStep(const Array& siblings, std::size_t index) {
   return "/" + Excerpt(name) + (isOnly ? "" : " (" + position + ")");
 }
 
-// Removes the value under `key` and returns it; empty where there is none.
+// Removes the value under `key` and returns it. Empty if there is none.
 template <typename Type>
 Type Take(Dictionary& dictionary, std::string_view key) {
   const auto found = dictionary.find(key);
@@ -136,7 +136,8 @@ Array MoveContents(Property& source, Entry& entry) {
   return children;
 }
 
-// The error of an entry, or of one below it, whose path then begins it.
+// The error `what` of an entry, with the entry's step of the path before it. If the error is of an
+// entry below, `what` already begins with the rest of the path.
 RecordingError ErrorIn(const Array& siblings, std::size_t index, std::string_view what) {
   const char* separator = what.starts_with('/') ? "" : ": ";
   return RecordingError(PathStep(siblings, index) + separator + std::string(what));
@@ -155,7 +156,7 @@ std::vector<Entry> MakeEntries(Array& sources) {
   return entries;
 }
 
-// A listing of one root is that root; one of several is an array of them.
+// A listing with one root is that root. A listing with several roots is an array of them.
 Array Roots(Property list) {
   if (auto* array = std::get_if<Array>(&list.value)) return std::move(*array);
   if (!std::holds_alternative<Dictionary>(list.value)) {
@@ -166,7 +167,8 @@ Array Roots(Property list) {
   return roots;
 }
 
-// Removes the digits at the start of `text`. Gives their number, at most `max`, if there are any.
+// Removes the digits at the start of `text` and returns their number, at most `max`. nullopt if
+// there are none.
 std::optional<SInt32> PopNumber(std::string_view& text, SInt32 max) {
   const auto length = std::min(text.find_first_not_of("0123456789"), text.size());
   if (length == 0) return std::nullopt;
@@ -178,8 +180,8 @@ std::optional<SInt32> PopNumber(std::string_view& text, SInt32 max) {
   return number;
 }
 
-// "10.5.8" as 0x1058: one to three numbers, the first at most 99; each of the others is
-// one digit, 9 when it is larger. nullopt if it is any other text.
+// "10.5.8" as 0x1058. The text has one to three numbers. The first is at most 99. Each of the
+// others takes one digit, and a larger number becomes 9. nullopt for any other text.
 std::optional<SInt32> ParseVersion(std::string_view text) {
   const auto first = PopNumber(text, 100);
   if (!first || *first > 99) return std::nullopt;
@@ -194,7 +196,7 @@ std::optional<SInt32> ParseVersion(std::string_view text) {
   return text.empty() ? std::optional(version) : std::nullopt;
 }
 
-// The product version that the first root has is the machine's, and none of its properties.
+// Moves the product version from the properties of the first root to the machine.
 void MoveVersion(platform::Machine& machine) {
   Dictionary& properties = machine.roots.front().properties;
   if (!properties.contains(kVersionKey)) return;

@@ -1,5 +1,5 @@
-// A machine from a property list in the shape of a registry listing, with what its
-// drives answer beside their entries. The file's text is read by property_list.h.
+// Makes a machine from a property list in the shape of a registry listing, which has the answers of
+// each drive in its entry. property_list.h reads the file's text.
 #pragma once
 
 #include <cstddef>
@@ -9,12 +9,12 @@
 
 namespace machines {
 
-// The values of a file may take several times its size. With this bound a reading stays
-// below 512 MiB of memory, whatever the file.
+// In bytes. The values of a file may take several times its size. With this limit, reading any file
+// takes less than 512 MiB of memory.
 inline constexpr std::size_t kMaxRecordingSize = std::size_t{64} << 20;
 
-// The machine in the text of a recording. Throws RecordingError for a larger one and for
-// anything that is no recorded machine, with the line of the file or the path of the entry.
+// The machine in the recording whose text is `file`. Throws RecordingError if the text is larger or
+// is no recorded machine, with the line of the file or the path of the entry.
 platform::Machine ReadRecording(std::string_view file);
 
 }  // namespace machines

@@ -16,7 +16,7 @@ platform::Machine ParseRecording(std::string_view bytes, const std::string& file
   }
 }
 
-// One byte more than a recording may have shows that it has too many.
+// Reads one byte more than a recording may have, so that ReadRecording sees that it is too large.
 platform::Machine ReadRecordingFile(const std::string& file) {
   return ParseRecording(base::ReadUpTo(kMaxRecordingSize + 1, file), file);
 }

@@ -1,4 +1,4 @@
-// Recordings by the names of their files.
+// Reads recordings by the names of their files.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace machines {
 
-// The machine in the recording `bytes`. Throws std::runtime_error, whose what() begins with the
-// name `file`, for what is no recording.
+// The machine in the recording `bytes`. If they are no recording, throws std::runtime_error, whose
+// what() begins with the name `file`.
 platform::Machine ParseRecording(std::string_view bytes, const std::string& file);
 
 // The machine in the file; "-" is standard input. Throws as above, and as base::ReadUpTo does.

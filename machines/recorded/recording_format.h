@@ -10,14 +10,14 @@
 
 namespace machines {
 
-// Of an entry.
+// Keys of an entry.
 inline constexpr std::string_view kNameKey = "IORegistryEntryName";
 inline constexpr std::string_view kClassKey = "IOObjectClass";
 inline constexpr std::string_view kChildrenKey = "IORegistryEntryChildren";
 inline constexpr std::string_view kDriveKey = "RecordedDrive";
 inline constexpr std::string_view kVersionKey = "ProductVersion";  // of the first root
 
-// Of a recorded drive.
+// Keys of a recorded drive.
 inline constexpr std::string_view kDataKey = "Data";
 inline constexpr std::string_view kThresholdsKey = "Thresholds";
 inline constexpr std::string_view kIdentifyKey = "Identify";
@@ -28,14 +28,14 @@ inline constexpr std::string_view kDataFailsKey = "DataFails";
 inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
 inline constexpr std::string_view kDateKey = "Date";
 
-// What is wrong with a recording, and where. what() is one line of printable UTF-8,
-// whatever the file put into it.
+// Says what is wrong with a recording, and where. what() is one line of printable UTF-8, whatever
+// the file has put into it.
 class RecordingError : public std::runtime_error {
  public:
   explicit RecordingError(std::string_view message) : std::runtime_error(base::OneLine(message)) {}
 };
 
-// `text` of the file as it stands in a message: cut after 80 bytes.
+// `text` of the file for a message: cut after 80 bytes, with "..." in place of the rest.
 inline std::string Excerpt(std::string_view text) {
   constexpr std::size_t kMaxLength = 80;
   return std::string(text.substr(0, kMaxLength)) + (text.size() > kMaxLength ? "..." : "");

@@ -20,10 +20,11 @@ using platform::Property;
 
 using OwnedNode = std::unique_ptr<void, decltype([](plist_t node) { plist_free(node); })>;
 
-// libplist's own call for this has another name from release to release.
+// Uses free(), because libplist's own call for this changes its name from release to release.
 using OwnedText = std::unique_ptr<char, decltype([](char* text) { std::free(text); })>;
 
-// A carriage return is a control character here: XML allows it, and reads it as a line feed.
+// `text`, if XML gives it back unchanged. A carriage return is refused too: XML allows it, but
+// reads it as a line feed.
 const std::string& Checked(const std::string& text) {
   const auto isControl = [](char c) {
     return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n';

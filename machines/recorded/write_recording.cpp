@@ -19,14 +19,14 @@ void Put(Dictionary& dictionary, std::string_view key, Value value) {
   dictionary[std::string(key)].value = std::move(value);
 }
 
-// A block that a failed read has left stands beside the failure.
+// If a failed read has left something of a block, both the bytes and the failure are recorded.
 void PutBlock(Dictionary& recorded, std::string_view key, std::string_view failsKey,
               const BlockAnswer& block) {
   if (block.succeeds || !block.bytes.empty()) Put(recorded, key, block.bytes);
   if (!block.succeeds && !block.bytes.empty()) Put(recorded, failsKey, true);
 }
 
-// Thresholds are none of them: a drive may lawfully refuse to send any.
+// Missing thresholds are no failure: a drive may refuse to send any.
 std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers) {
   if (!answers.whyNotOpened.empty()) return {answers.whyNotOpened};
   if (!answers.enables) return {"S.M.A.R.T. cannot be enabled"};
@@ -68,7 +68,7 @@ DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);
   PutBlock(recorded, kThresholdsKey, kThresholdsFailsKey, answers.thresholds);
   if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
-  // A clock may be wrong.
+  // A clock may be wrong, so that the date cannot be written.
   if (answers.date && IsWritableDate(*answers.date)) Put(recorded, kDateKey, *answers.date);
   return {std::move(recorded), FailuresOf(answers)};
 }

@@ -1,5 +1,5 @@
-// The making of a recording: a machine as the property list from which read_recording.h
-// makes the same machine again. Its text is written by property_list.h.
+// Makes a recording of a machine: the property list from which read_recording.h makes the same
+// machine again. property_list.h writes its text.
 #pragma once
 
 #include <functional>
@@ -15,16 +15,17 @@ struct DriveRecording {
   std::vector<std::string> failures;  // what the drive did not answer, in words
 };
 
-// What fails is recorded so that it fails again. Of a drive that cannot be opened or enabled what
-// came all the same is recorded too: such recordings are what people send.
+// Records the answers of a drive. An answer that failed is recorded so that it fails again. If the
+// drive could not be opened or enabled, the answers that came are recorded too, because people send
+// recordings of just such drives.
 DriveRecording RecordDrive(const platform::DriveAnswers& answers);
 
 // Gives the RecordedDrive of an entry that has a drive.
 using DriveRecorder = std::function<platform::Dictionary(const platform::Entry&)>;
 
-// The listing of `machine`. `record` is called once for each entry with a drive, in the
-// order of the tree, and what it throws passes through. The system version stands on the
-// first root; a machine without entries becomes a root that has it alone.
+// The listing of `machine`. `record` is called once for each entry with a drive, in the order of
+// the tree, and its exceptions pass through. The first root gets the system version. A machine
+// without entries becomes a root that has only the version.
 platform::Property ListingOf(const platform::Machine& machine, const DriveRecorder& record);
 
 }  // namespace machines

@@ -14,8 +14,8 @@
 
 enum { kLastVersionWithoutIdentify = 0x102F };
 
-// The property dictionary is left to the end of the process, as are the iterators:
-// a run is too short for them to matter.
+// The property dictionary is left to the end of the process, as are the iterators. A run is too
+// short for them to matter.
 static Boolean HasSMARTFeature(io_service_t service) {
   CFMutableDictionaryRef properties = nullptr;
   if (IORegistryEntryCreateCFProperties(service, &properties, kCFAllocatorDefault, 0) !=
@@ -75,8 +75,8 @@ static Boolean OpenUserClient(io_service_t service, SavedATADriveInfo *drive) {
   return GetSMARTInterface(drive);
 }
 
-// False when S.M.A.R.T. cannot be enabled. A read that fails later leaves none of its block, a part
-// or all of it, and the drive is reported with that.
+// False if S.M.A.R.T. cannot be enabled. If a read fails after that, it has left none, a part or
+// all of its block, and the drive is reported with what there is.
 static Boolean ReadSMARTState(SavedATADriveInfo *drive) {
   IOATASMARTInterface **smart = drive->smartInterface;
   if ((*smart)->SMARTEnableDisableOperations(smart, true) != kIOReturnSuccess) return false;
@@ -92,8 +92,8 @@ static Boolean ReadSMARTState(SavedATADriveInfo *drive) {
   return true;
 }
 
-// Puts a text field of the IDENTIFY data into reading order: the registry's text
-// where it has one, else the drive's words with their characters exchanged.
+// Puts a text field of the IDENTIFY data into reading order. If the registry has the text, it takes
+// that. Otherwise it exchanges the two characters of each of the drive's words.
 static void FixUpIdentifyField(io_service_t service, CFStringRef key, UInt8 *field, size_t size) {
   char text[256];
   IOKitGetThisKeyCStr(service, key, text);
@@ -121,8 +121,8 @@ static void ReportDrive(SavedATADriveInfo *drive) {
   PrintEndLine(drive);
 }
 
-// The table is full: there is no work slot, and nothing is opened. Without a line the device
-// would look as if it were not there.
+// The table is full, so there is no work slot and nothing is opened. Without a line the device
+// would seem not to be there.
 static void ReportDeviceBeyondTable(io_service_t service) {
   char bsdName[kBSDPathSize];
   IOKitUtilsGetBDSName(service, bsdName);
@@ -157,7 +157,7 @@ void IterateTheseIOObjects(io_service_t service, io_iterator_t iterator, Boolean
   }
 }
 
-// False when the set of devices cannot be had; an empty set is a set.
+// False if the devices cannot be listed. An empty list is no failure.
 static Boolean ExamineMatchingDevices(CFMutableDictionaryRef matching, Boolean isAHCI) {
   io_iterator_t iterator = 0;
   if (matching == nullptr ||

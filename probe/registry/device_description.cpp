@@ -30,7 +30,7 @@ void IOKitUtilsGetDeviceProductNamePStr(io_registry_entry_t entry, StringPtr pro
   CopyCStringToPascal(work, productName);
 }
 
-// The entry's own name, else that of a descendant; an ancestor's is another device's.
+// The entry's own name, else that of a descendant. An ancestor's name would be another device's.
 static CFTypeRef SearchForBSDName(io_registry_entry_t entry) {
   CFTypeRef name = IORegistryEntrySearchCFProperty(entry, kIOServicePlane, CFSTR("BSD Name"),
                                                    kCFAllocatorDefault, kIORegistryIterateParents);
@@ -39,7 +39,7 @@ static CFTypeRef SearchForBSDName(io_registry_entry_t entry) {
                                          kCFAllocatorDefault, kIORegistryIterateRecursively);
 }
 
-// A failed conversion may leave part of the name without a NUL.
+// A failed conversion may leave part of the name without a NUL, so that part is cut off.
 static void ComposeRawDevicePath(CFStringRef name, char *bsdName) {
   strcpy(bsdName, "/dev/");
   strcat(bsdName, "r");

@@ -10,25 +10,25 @@
 
 enum { kTextSize = 256 };
 
-// The most data whose digits and NUL fit a text.
+// The most bytes whose hexadecimal digits, and a NUL, fit into a text.
 enum { kMaxBusIdBytes = (kTextSize - 1) / 2 };
 
 static const char kUnknownBus[] = "???";
 
-// Writes the value's ASCII text. False, and `text` is not to be used, when the
-// value is missing, no string or does not convert.
+// Writes the value's ASCII text. Returns false if the value is missing, is no string or does not
+// convert; `text` must not be used then.
 static Boolean GetText(CFTypeRef value, char *text) {
   return value != nullptr && CFGetTypeID(value) == CFStringGetTypeID() &&
          CFStringGetCString((CFStringRef)value, text, kTextSize, kCFStringEncodingASCII);
 }
 
-// The entry and its ancestors only; the caller releases what is found.
+// Searches only the entry and its ancestors. The caller releases the value that is found.
 static CFTypeRef SearchUpwards(io_registry_entry_t entry, CFStringRef key) {
   return IORegistryEntrySearchCFProperty(entry, kIOServicePlane, key, kCFAllocatorDefault,
                                          kIORegistryIterateRecursively | kIORegistryIterateParents);
 }
 
-// Writes the number's text; one that cannot be written or does not fit is empty.
+// Writes the number's text. It is empty if the number cannot be converted or its text does not fit.
 static void NumberToText(CFNumberRef number, char *text, Boolean bHexadecimal) {
   char work[kNumberTextSize];
   work[0] = '\0';
@@ -36,7 +36,7 @@ static void NumberToText(CFNumberRef number, char *text, Boolean bHexadecimal) {
   strcpy(text, strlen(work) < kTextSize ? work : "");
 }
 
-// Finds the number `key` around the entry and writes its text. False: there is none.
+// Finds the number `key` around the entry and writes its text. False if there is none.
 static Boolean GetNumberText(io_registry_entry_t entry, CFStringRef key, char *text,
                              Boolean bHexadecimal) {
   CFNumberRef number = nullptr;
@@ -47,7 +47,8 @@ static Boolean GetNumberText(io_registry_entry_t entry, CFStringRef key, char *t
   return true;
 }
 
-// The interconnect, the label and the number `key` around the entry; nothing without the number.
+// Writes the interconnect, the label and the number `key` around the entry. Without that number it
+// writes nothing.
 static void DescribeByNumber(io_registry_entry_t entry, const char *interconnect, const char *label,
                              CFStringRef key, Boolean bHexadecimal, char *info) {
   char text[kTextSize];
@@ -55,7 +56,7 @@ static void DescribeByNumber(io_registry_entry_t entry, const char *interconnect
   sprintf(info, "%s%s%s", interconnect, label, text);
 }
 
-// SCSI. An identifier of the wrong type is an answer: no target is looked for then.
+// For SCSI. If there is an identifier, no target is looked for, even if its type is wrong.
 static void DescribeTarget(io_registry_entry_t entry, CFDictionaryRef protocol,
                            const char *interconnect, char *info) {
   static const char kLabel[] = ":  ID = ";
@@ -89,7 +90,7 @@ static void BusIdToText(CFTypeRef busId, char *bus) {
   if (bus[0] == '\0') strcpy(bus, "0");
 }
 
-// False when no text can be made of the data's bytes.
+// False if the data's bytes cannot be converted to text.
 static Boolean LocationDataToText(CFDataRef data, char *bus) {
   CFStringRef location = CFStringCreateFromExternalRepresentation(kCFAllocatorDefault, data,
                                                                   CFStringGetSystemEncoding());
@@ -107,7 +108,7 @@ static void LocationToText(CFTypeRef location, char *bus) {
   if (!LocationDataToText((CFDataRef)location, bus) || bus[0] == '\0') strcpy(bus, "0");
 }
 
-// Writes the bus or location of an ATA device. False: the registry tells neither.
+// Writes the bus or location of an ATA device. False if the registry has neither.
 static Boolean GetBusText(io_registry_entry_t entry, char *bus) {
   CFTypeRef busId = SearchUpwards(entry, CFSTR("AAPL,bus-id"));
   if (busId != nullptr) {
@@ -139,7 +140,7 @@ static void DescribeSocket(io_registry_entry_t entry, char *info) {
   CFRelease(value);
 }
 
-// "Generic" and every piece of it, the empty text too, is a generic device.
+// A device is generic if its type is "Generic" or any part of that word, even the empty text.
 static void DescribeDeviceType(io_registry_entry_t entry, char *info) {
   char deviceType[kTextSize];
   CFTypeRef value = SearchUpwards(entry, CFSTR("device-type"));
@@ -154,7 +155,7 @@ static void DescribeDeviceType(io_registry_entry_t entry, char *info) {
   }
 }
 
-// ATA and ATAPI. What is not found leaves the interconnect's own text.
+// For ATA and ATAPI. If nothing else is found, the description is the interconnect's own text.
 static void DescribeATADevice(io_registry_entry_t entry, CFDictionaryRef protocol,
                               const char *interconnect, char *info) {
   char unit[kTextSize];
@@ -172,7 +173,7 @@ static void DescribeATADevice(io_registry_entry_t entry, CFDictionaryRef protoco
   }
 }
 
-// The first of these words that the interconnect holds decides.
+// The first of these words that is part of the interconnect decides.
 static void DescribeInterconnect(io_registry_entry_t entry, CFDictionaryRef protocol, char *info) {
   char interconnect[kTextSize];
   if (!GetText(CFDictionaryGetValue(protocol, CFSTR("Physical Interconnect")), interconnect)) {

@@ -5,9 +5,8 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOKitLib.h>
 
-// Composes the description of `entry`, which is borrowed, in `info` and turns it
-// into a length-prefixed string there: a length byte and at most 255 characters.
-// The text before that takes up to 777 bytes with its NUL. What the registry does
-// not tell, or not in a usable form, leaves a shorter description or none. It belongs
-// to the drive record, though nothing prints it.
+// Writes the description of `entry`, which is borrowed, into `info` and turns it into a
+// length-prefixed string there: a length byte and at most 255 characters. Before that the text
+// takes up to 777 bytes with its NUL. If a property is missing or unusable, the description is
+// shorter or empty. It belongs to the drive record, but is not printed.
 void IOKitUtilsGetDeviceInterfaceInfo(io_registry_entry_t entry, char *info);

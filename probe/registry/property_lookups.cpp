@@ -11,7 +11,7 @@ static CFTypeRef SearchBothWays(io_registry_entry_t entry, CFStringRef key) {
                                          kIORegistryIterateRecursively);
 }
 
-// What the search found, owned by the caller, if it is of that type; else null.
+// The value that the search found, if it is of that type, else null. The caller owns it.
 static CFTypeRef SearchForType(io_registry_entry_t entry, CFStringRef key, CFTypeID type) {
   CFTypeRef value = SearchBothWays(entry, key);
   if (value == nullptr || CFGetTypeID(value) == type) return value;

@@ -1,5 +1,5 @@
-// The layout of the two 512-byte S.M.A.R.T. blocks, as far as it is read, and the
-// byte-order pass over the data block. What the entries mean is not known here.
+// The layout of the two 512-byte S.M.A.R.T. blocks, as far as they are read, and the byte-order
+// pass over the data block. What the entries mean is not known here.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -13,8 +13,8 @@ enum { kAttributeId = 0, kAttributeFlags = 1, kAttributeCurrentValue = 3 };
 // Offsets in an entry of the threshold block.
 enum { kThresholdId = 0, kThresholdValue = 1 };
 
-// Entry `index`, 0 to 29, of a block: 12 bytes within it, borrowed. An entry with
-// identifier 0 is empty. Another index is not noticed.
+// Entry `index`, 0 to 29, of a block: 12 bytes within it, borrowed. An entry with identifier 0 is
+// empty. The index is not checked.
 UInt8 *AttributeEntry(ATASMARTData *data, int index);
 const UInt8 *ThresholdEntry(const ATASMARTDataThresholds *thresholds, int index);
 

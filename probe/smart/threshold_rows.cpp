@@ -8,8 +8,8 @@
 #include "probe/state/process_state.h"
 #include "probe/state/report_lines.h"
 
-// Percentages are computed in single precision. A higher one, as 32-bit x86 has without
-// SSE, prints other decimals.
+// Percentages are computed in single precision. A higher precision, as 32-bit x86 has without SSE,
+// would give other decimals.
 static_assert(FLT_EVAL_METHOD == 0, "Float32 arithmetic must be in single precision");
 
 // Values and thresholds that are no measurement.
@@ -100,7 +100,7 @@ void ThresholdsGetSetItemData(SInt16 rowIndex, SInt16 item, char *text) {
   }
 }
 
-// The first attribute entry of that identifier with a value, or null.
+// The first attribute entry that has this identifier and a value other than 0, or null.
 static const UInt8 *FindAttributeWithValue(ATASMARTData *data, UInt8 attribId) {
   for (int i = 0; i < kSMARTEntryCount; i++) {
     const UInt8 *entry = AttributeEntry(data, i);

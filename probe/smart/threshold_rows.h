@@ -9,7 +9,7 @@
 #include "probe/smart/data_blocks.h"
 
 struct SavedThresholdRec {
-  UInt16 flags;  // 0 while no attribute entry matches, as is currentValue
+  UInt16 flags;  // 0 if no attribute entry matches, like currentValue
   char attribName[kAttribNameSize];
   UInt8 attribId;
   UInt8 threshold;
@@ -29,11 +29,10 @@ enum {
   kItemStatus = 5
 };
 
-// Fills the rows from the blocks of gActiveATADrive and prints a line for each
-// threshold whose attribute has a value. It exchanges bytes of the data block in
-// place, so it is called once for a drive, after both blocks are read. A threshold whose
-// attribute is missing or has no value has a row and no line. Checksums of the blocks are not
-// looked at.
+// Fills the rows from the blocks of gActiveATADrive and prints a line for each threshold whose
+// attribute has a value. A threshold whose attribute is missing or has no value gets a row and no
+// line. It exchanges bytes of the data block in place, so it must be called only once for a drive,
+// after both blocks are read. The checksums of the blocks are not checked.
 void SyncThresholdData();
 
 // Writes the text of column `item` of row `rowIndex` (0 to 29), at most 77 bytes

@@ -5,4 +5,4 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 extern SInt32 gMySysVersion;      // binary-coded decimal, 0xMMmb; 0 until it is read
-extern Boolean bLittleEndianCPU;  // set by RunProbe, whatever the processor; false before
+extern Boolean bLittleEndianCPU;  // RunProbe sets it on any processor; false before that

@@ -5,7 +5,7 @@
 
 static const char kSeparator[] = ":::";
 
-// The fields of IDENTIFY data end at a NUL or with the field.
+// The text of a field of IDENTIFY data ends at a NUL, or with the field.
 static void CopyFieldToCStr(const UInt8 *field, size_t fieldSize, char *text) {
   memcpy(text, field, fieldSize);
   text[fieldSize] = '\0';

@@ -1,20 +1,21 @@
-// The report's lines: the one place that knows their tags, fields and separators.
-// Nothing here decides which line is printed, or makes a field's text.
+// Prints the report's lines. Only this file knows their tags, fields and separators. It does not
+// decide which line is printed, and does not make the text of a field.
 #pragma once
 
 #include "probe/state/drive_table.h"
 
-// Each prints one line on standard output. A field is printed as it stands, and a
-// failed write is not noticed: the stream keeps the error for whoever owns the output.
+// Each prints one line on standard output. Fields are printed as they are. A failed write is not
+// noticed here: the stream keeps the error for the owner of the output.
 
-// Of the IDENTIFY data, whose texts are in reading order by now, at most 8
-// characters of revision and 20 of serial number are printed, each to its first NUL.
+// The IDENTIFY data must have their texts in reading order. At most 8 characters of the revision
+// and 20 of the serial number are printed, each up to its first NUL.
 void PrintStartLine(const SavedATADriveInfo *drive);
 
 void PrintAttributeLine(const char *attribId, const char *attribName, UInt16 flags,
                         const char *currentValue, const char *threshold, const char *status);
 
-// "True" only where the drive said that a threshold is exceeded; no answer is "False" too.
+// Prints "True" only if the drive said that a threshold is exceeded. Without an answer it prints
+// "False" too.
 void PrintEndLine(const SavedATADriveInfo *drive);
 
 // For a device of that BSD path whose S.M.A.R.T. user client could not be opened, or for

@@ -26,11 +26,11 @@ static const UnitRow *Unit(int index) {
   return &kUnits[index];
 }
 
-// Labels are computed in single precision. A higher one, as 32-bit x86 has without SSE,
-// prints other decimals.
+// Labels are computed in single precision. A higher precision, as 32-bit x86 has without SSE, would
+// give other decimals.
 static_assert(FLT_EVAL_METHOD == 0, "Float32 arithmetic must be in single precision");
 
-// A magnitude in its unit. Of the remainders only that of the last division counts.
+// A magnitude in its unit. Only the remainder of the last division counts.
 struct ScaledCount {
   int unitIndex;
   Boolean bWhole;
@@ -63,7 +63,7 @@ static void AbbreviatedLabel(const ScaledCount *count, const char *sign, char *t
   sprintf(text, "%s%s", sign, label);
 }
 
-// False when there is no such name, or none of at most 255 bytes.
+// False if there is no such name, or it has more than 255 bytes.
 static Boolean GetFullUnitName(int unitIndex, char *name, CFIndex nameSize) {
   CFStringRef key = Unit(unitIndex)->fullNameKey;
   CFStringRef localized = CFBundleCopyLocalizedString(CFBundleGetMainBundle(), key, key, nullptr);

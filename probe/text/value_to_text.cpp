@@ -7,8 +7,8 @@
 
 #include "probe/state/process_state.h"
 
-// Each fetches the number and prints it; one that cannot be fetched leaves the text
-// alone.
+// Each fetches the number and writes its text. If the number cannot be fetched, `text` stays as it
+// is.
 
 static void ConvertSInt8(CFNumberRef number, CFNumberType type, char *text, Boolean bHexadecimal) {
   SInt8 value = 0;
@@ -30,8 +30,8 @@ static void ConvertSInt16(CFNumberRef number, CFNumberType type, char *text, Boo
   }
 }
 
-// Int and Long too are asked for as SInt32: the same value where a long has 32 bits, and
-// where it has 64 the own type would write beyond the variable.
+// Int and Long too are fetched as SInt32. Where a long has 32 bits, the value is the same. Where it
+// has 64, to fetch a Long as such would write beyond the variable.
 static void ConvertSInt32(CFNumberRef number, char *text, Boolean bHexadecimal) {
   SInt32 value = 0;
   if (!CFNumberGetValue(number, kCFNumberSInt32Type, &value)) return;

@@ -1,5 +1,5 @@
-// Toolbox calls: the declarations of this framework that the probe calls,
-// source-compatible with the platform's. Nothing that it does not call is here.
+// Toolbox calls: the declarations of this framework that the probe uses, and no others. They are
+// source-compatible with the platform's.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -17,25 +17,26 @@ typedef struct PlatformICInstance *ICInstance;
 
 extern "C" {
 
-// Stores what the system tells under `selector`. Here 'sysv' is known alone: the system's version,
-// 0xMMmb in binary-coded decimal. Another fails, and leaves `response` as it was.
+// Stores the system's answer for `selector`. This layer only knows 'sysv', the system's version:
+// 0xMMmb in binary-coded decimal. Any other selector fails and leaves `response` as it was.
 OSErr Gestalt(OSType selector, SInt32 *response);
 
-// Does nothing here, and leaves `instance` as it was: the probe starts one for form's sake.
+// Does nothing here and leaves `instance` as it was: the probe starts an instance but never uses
+// it.
 OSStatus ICStart(ICInstance *instance, OSType signature);
 
-// A block of so many bytes, the caller's to dispose of. They are 0xA5, so that nobody counts on
-// zeros. Null where there is no memory, or the size is negative.
+// Allocates a block of `byteCount` bytes, which the caller has to dispose of. The bytes are 0xA5,
+// so that code cannot count on zeros. Null if there is no memory or the size is negative.
 Ptr NewPtr(Size byteCount);
 
-// Frees a block that NewPtr gave. Null, or one that is disposed of already, is misuse.
+// Frees a block from NewPtr. Null, or a block that is disposed of already, is misuse.
 void DisposePtr(Ptr pointer);
 
-// Writes so many zero bytes.
+// Writes `byteCount` zero bytes.
 void BlockZero(void *destination, Size byteCount);
 
-// Writes a length byte and as many characters of `source`, at most 256 bytes together and no NUL:
-// a longer text is cut. The two may be one buffer.
+// Writes a length byte and the characters of `source`, at most 256 bytes together and no NUL. A
+// longer text is cut. `source` and `destination` may be the same buffer.
 void CopyCStringToPascal(const char *source, Str255 destination);
 
 // The encoding of 8-bit text, the same as the system's.

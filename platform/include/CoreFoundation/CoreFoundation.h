@@ -1,5 +1,5 @@
-// Property objects: the declarations of this framework that the probe calls,
-// source-compatible with the platform's. Nothing that it does not call is here.
+// Property objects: the declarations of this framework that the probe uses, and no others. They are
+// source-compatible with the platform's.
 #pragma once
 
 #ifdef __LP64__
@@ -76,16 +76,19 @@ extern "C" {
 
 CFStringRef PlatformConstantString(const char *text);
 
-// Of all calls: objects that come in are borrowed. Those whose call is named Create or Copy are the
-// caller's to release, once; all others are borrowed too. Null and an object of another type are
-// misuse, at which this layer aborts. One that is freed is misuse too; CFRelease alone notices it,
-// AddressSanitizer everywhere. A failed call leaves its outputs as they were, unless more is said.
+// These rules hold for all calls. A call borrows the objects that it is passed. The caller owns an
+// object from a call named Create or Copy, and has to release it once. It borrows all others.
+//
+// To pass null or an object of another type is misuse, and this layer then aborts. To pass a freed
+// object is misuse too, but only CFRelease notices it; AddressSanitizer notices it everywhere. A
+// failed call leaves its outputs as they were, unless its comment says more.
 
-// Gives back the caller's reference, and frees the object with it. To release what is not the
-// caller's, a constant for one, is misuse.
+// Gives back the caller's reference and frees the object. To release an object that the caller does
+// not own, such as a constant, is misuse.
 void CFRelease(CFTypeRef object);
 
-// The type of any object: one of the four that follow, or another. The numbers are this process's.
+// The type of any object: one of the four that follow, or another. The numbers may differ in
+// another process.
 CFTypeID CFGetTypeID(CFTypeRef object);
 
 CFTypeID CFStringGetTypeID(void);
@@ -93,48 +96,50 @@ CFTypeID CFNumberGetTypeID(void);
 CFTypeID CFDataGetTypeID(void);
 CFTypeID CFDictionaryGetTypeID(void);
 
-// Writes the text in that encoding and a NUL, at most `bufferSize` bytes. False where it does not
-// fit or a character has no form in the encoding: then all of the buffer is written, with part of
-// the text, 0xA5 in the rest, and no NUL after it.
+// Writes the text in that encoding and a NUL, at most `bufferSize` bytes. Returns false if the text
+// does not fit or has a character that the encoding lacks. Then all of the buffer is written: part
+// of the text, 0xA5 in the rest, and no NUL.
 Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex bufferSize,
                            CFStringEncoding encoding);
 
 // The encoding of 8-bit text; here it is UTF-8.
 CFStringEncoding CFStringGetSystemEncoding(void);
 
-// A string of these bytes. Null where they are no text in the encoding; here UTF-8 alone is known.
+// A string of these bytes. Null if they are no text in the encoding. This layer only knows UTF-8.
 CFStringRef CFStringCreateFromExternalRepresentation(CFAllocatorRef allocator, CFDataRef data,
                                                      CFStringEncoding encoding);
 
 // The type that the number was created with. It may be one that is not listed above.
 CFNumberType CFNumberGetType(CFNumberRef number);
 
-// Stores the number as that type, in as many bytes as the type has. False where the value does not
-// survive, as 1.5 and 2^32 do not as an SInt32: what is left of it is stored all the same. False
-// too, with nothing stored, for a type that is not listed, and in this layer for one of floating
-// point unless the number has that width. Here no 32-bit number of floating point becomes an
-// integer either: what is stored then means nothing.
+// Stores the number as that type, in as many bytes as the type has. Returns false if the value does
+// not survive, as 1.5 and 2^32 do not as an SInt32. The changed value is stored all the same.
+//
+// Also returns false, and stores nothing, for a type that is not listed. In this layer the same
+// happens for a floating-point type, unless the number is a floating-point number of that width.
+// This layer does not make an integer of a 32-bit floating-point number either: it returns false,
+// and the integer that it stores means nothing.
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void *value);
 
-// In bytes.
+// The number of bytes.
 CFIndex CFDataGetLength(CFDataRef data);
 
-// Writes the `range.length` bytes from `range.location` on. A range that leaves the data is misuse.
+// Writes `range.length` bytes of the data, from `range.location` on. A range that goes beyond the
+// data is misuse.
 void CFDataGetBytes(CFDataRef data, CFRange range, UInt8 *buffer);
 
-// The value under the string `key`, which lives as long as the dictionary. Null where there is
-// none.
+// The value under the string `key`. It lives as long as the dictionary. Null if there is none.
 const void *CFDictionaryGetValue(CFDictionaryRef dictionary, const void *key);
 
-// The same, stored. False where there is none.
+// Stores the value that CFDictionaryGetValue gives. Returns false if there is none.
 Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef dictionary, const void *key,
                                       const void **value);
 
-// Never null.
+// The program's own bundle. Never null.
 CFBundleRef CFBundleGetMainBundle(void);
 
-// The bundle's translation of `key`, or, where it has none, `value`, which is not null. Here a
-// bundle has one table, whatever it is called.
+// The bundle's translation of `key`. If there is none, a string with the text of `value`, which
+// must not be null. In this layer a bundle has one table, whatever `tableName` says.
 CFStringRef CFBundleCopyLocalizedString(CFBundleRef bundle, CFStringRef key, CFStringRef value,
                                         CFStringRef tableName);
 

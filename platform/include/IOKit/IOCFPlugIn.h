@@ -1,5 +1,5 @@
-// Plug-in interfaces to user clients: the declarations that the probe calls,
-// source-compatible with the platform's. Nothing that it does not call is here.
+// Plug-in interfaces to user clients: the declarations that the probe uses, and no others. They are
+// source-compatible with the platform's.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -12,11 +12,13 @@ typedef CFUUIDBytes REFIID;
 
 #define S_OK ((HRESULT)0)
 
-// An interface is a pointer to the pointer to its functions, whose first argument it is. The caller
-// owns one reference to an interface that it is given; AddRef makes one more, Release gives one
-// back, and both return how many there are then. With the last the interface is freed, and to use
-// it is misuse. QueryInterface stores another interface of the same object. A result other than
-// S_OK: it has none. For an interface that it does not know null is stored then, and else nothing.
+// An interface is a pointer to a pointer to its table of functions. Each function takes the
+// interface as its first argument. The caller owns one reference to each interface that it gets.
+// AddRef makes one more, Release gives one back, and both return how many there are then. When the
+// last reference is given back, the interface is freed. To use it after that is misuse.
+//
+// QueryInterface stores another interface of the same object. A result other than S_OK means that
+// there is none. Then it stores null if it does not know the interface, and otherwise nothing.
 typedef struct IOCFPlugInInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
@@ -31,16 +33,16 @@ typedef struct IOCFPlugInInterface {
 
 extern "C" {
 
-// Stores the plug-in of the user client of `service`, which is borrowed, and a score of 0. Fails,
-// with both as they were, where the entry has no such user client or another has opened it: a
-// device has one client at a time.
+// Stores the plug-in of the user client of `service`, and a score of 0. `service` is borrowed.
+// Fails, and leaves both outputs as they were, if the entry has no such user client, or if the
+// device has a client already: it can have only one at a time.
 kern_return_t IOCreatePlugInInterfaceForService(io_service_t service, CFUUIDRef pluginType,
                                                 CFUUIDRef interfaceType,
                                                 IOCFPlugInInterface ***theInterface,
                                                 SInt32 *theScore);
 
-// Gives back the caller's reference. The interfaces that the plug-in gave end, whatever references
-// there are to them.
+// Gives back the caller's reference. The interfaces that the plug-in gave are freed, whatever
+// references to them remain.
 kern_return_t IODestroyPlugInInterface(IOCFPlugInInterface **interface);
 
 }  // extern "C"

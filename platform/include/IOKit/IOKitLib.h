@@ -1,5 +1,5 @@
-// The device registry: the declarations of this framework that the probe calls,
-// source-compatible with the platform's. Nothing that it does not call is here.
+// The device registry: the declarations of this framework that the probe uses, and no others. They
+// are source-compatible with the platform's.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -22,37 +22,38 @@ enum { kIORegistryIterateRecursively = 1, kIORegistryIterateParents = 2 };
 
 extern "C" {
 
-// Handles that a call returns or stores are the caller's to release, and 0 is none. Here no number
-// is used again, and a handle that is dead or of the wrong kind is misuse. A result other than
-// kIOReturnSuccess is a failure, which leaves the outputs as they were.
+// The caller has to release each handle that a call returns or stores. 0 is no handle. This layer
+// uses no number twice, and to pass a handle that is dead or of the wrong kind is misuse. A result
+// other than kIOReturnSuccess is a failure, and leaves the outputs as they were.
 
-// What matches the entries of that name, or of that class, each compared whole; an empty text
-// matches all. The caller's one reference goes to IOServiceGetMatchingServices. The platform gives
-// null where there is no memory.
+// A dictionary that matches the entries of that name, or of that class. The whole text is compared,
+// and an empty text matches all entries. The caller's one reference goes to
+// IOServiceGetMatchingServices. The platform returns null if there is no memory.
 CFMutableDictionaryRef IOServiceNameMatching(const char *name);
 CFMutableDictionaryRef IOServiceMatching(const char *name);
 
-// Stores an iterator over the entries that match now, an entry before its children; 0 where none
-// matches, which is no failure. Releases `matching`, also when it fails.
+// Stores an iterator over the entries that match now, each entry before its children. Stores 0 if
+// none matches, which is no failure. Releases `matching`, also when it fails.
 kern_return_t IOServiceGetMatchingServices(mach_port_t masterPort, CFDictionaryRef matching,
                                            io_iterator_t *existing);
 
-// The next entry. 0 at the end, and then at every call, and for the iterator 0.
+// The next entry. Returns 0 at the end, at every call after that, and for the iterator 0.
 io_object_t IOIteratorNext(io_iterator_t iterator);
 
 // Releases an entry or an iterator.
 kern_return_t IOObjectRelease(io_object_t object);
 
-// Stores a dictionary of the entry's own properties, the caller's to release.
+// Stores a dictionary of the entry's own properties, which the caller has to release.
 kern_return_t IORegistryEntryCreateCFProperties(io_registry_entry_t entry,
                                                 CFMutableDictionaryRef *properties,
                                                 CFAllocatorRef allocator, IOOptionBits options);
 
-// The value of the property `key`, the caller's to release; null where there is none. Looked at are
-// the entry alone; with the recursive option the entry and then what is below it, an entry before
-// its children; with that of parents too, the entry and then what is above it, up to the root. The
-// first that has the key counts, of whatever type its value is. In another plane than
-// kIOServicePlane there is none.
+// The value of the property `key`, which the caller has to release. Null if there is none.
+//
+// Without options it searches only the entry. With the recursive option it searches the entry and
+// then the entries below, each before its children. With the option of parents as well it searches
+// the entry and then the entries above, up to the root. The first entry that has the key counts,
+// whatever the type of its value. In a plane other than kIOServicePlane it finds nothing.
 CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_name_t plane,
                                           CFStringRef key, CFAllocatorRef allocator,
                                           IOOptionBits options);

@@ -1,10 +1,10 @@
-// The ATA S.M.A.R.T. user client: the declarations that the probe calls,
-// source-compatible with the platform's. Nothing that it does not call is here.
+// The ATA S.M.A.R.T. user client: the declarations that the probe uses, and no others. They are
+// source-compatible with the platform's.
 #pragma once
 
 #include <IOKit/IOCFPlugIn.h>
 
-// The two blocks as the drive sends them. Their sums are the caller's to check.
+// The two blocks as the drive sends them. It is left to the caller to check their sums.
 typedef struct ATASMARTData {
   UInt8 bytes[512];
 } ATASMARTData;
@@ -15,24 +15,24 @@ typedef struct ATASMARTDataThresholds {
 
 enum { kIOATAFeatureSMART = 0x20 };  // of a device's "ATA Features"
 
-// The first four members are those of every interface. Each of the others stands for a command to
-// the drive, whose end it waits for; here the machine tells what it answers. A result other than
-// kIOReturnSuccess leaves the outputs as they were, unless more is said.
+// The first four members are those of every interface. Each of the others sends the drive a command
+// and waits for its end. In this layer the machine gives the answer. A result other than
+// kIOReturnSuccess leaves the outputs as they were, unless the function's comment says more.
 typedef struct IOATASMARTInterface {
   void *reserved;
   HRESULT (*QueryInterface)(void *self, REFIID iid, LPVOID *result);
   ULONG (*AddRef)(void *self);
   ULONG (*Release)(void *self);
-  // Enables for 1 and disables for any other value: the next three fail then.
+  // 1 enables S.M.A.R.T. Any other value disables it, and the next three functions then fail.
   IOReturn (*SMARTEnableDisableOperations)(void *interface, Boolean enable);
-  // Stores 1 when a threshold is exceeded, else 0.
+  // Stores 1 if a threshold is exceeded, else 0.
   IOReturn (*SMARTReturnStatus)(void *interface, Boolean *exceededCondition);
-  // Both write the 512 bytes of the block. A failed one may have written none, a part or all of
+  // Both write the 512 bytes of the block. If one fails, it may have written none, a part or all of
   // them.
   IOReturn (*SMARTReadData)(void *interface, ATASMARTData *data);
   IOReturn (*SMARTReadDataThresholds)(void *interface, ATASMARTDataThresholds *data);
-  // Writes the first `inSize` of the 512 bytes, words low byte first, and stores how many. Refuses
-  // a size of 0 or above 512.
+  // Writes the first `inSize` of the 512 bytes, each word low byte first, and stores how many in
+  // `outSize`. Fails for a size of 0 or above 512.
   IOReturn (*GetATAIdentifyData)(void *interface, void *buffer, UInt32 inSize, UInt32 *outSize);
 } IOATASMARTInterface;
 
