@@ -28,15 +28,22 @@ bool IsUnfit(char32_t character) {
   });
 }
 
+// Most texts are, and need no look at their characters.
+bool IsPrintableASCII(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return c >= 0x20 && c <= 0x7E; });
+}
+
 }  // namespace
 
 std::string ValidUTF8(std::string_view bytes) {
+  if (IsPrintableASCII(bytes)) return std::string(bytes);
   std::string valid;
   utf8::replace_invalid(bytes.begin(), bytes.end(), std::back_inserter(valid), kReplacement);
   return valid;
 }
 
 std::string OneLine(std::string_view text) {
+  if (IsPrintableASCII(text)) return std::string(text);
   const std::string valid = ValidUTF8(text);
   std::string line;
   for (auto next = valid.cbegin(); next != valid.cend();) {

@@ -2,7 +2,6 @@
 // the machine's drive.
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -118,7 +117,7 @@ IOReturn ReturnStatus(void* interface, Boolean* exceededCondition) {
 IOReturn CopyBlock(const PlugIn& plugIn, const BlockAnswer& block, void* output) {
   if (plugIn.isDisabled) return kIOReturnError;
   if (block.succeeds) std::memset(output, 0, base::kBlockSize);
-  std::ranges::copy(block.bytes, static_cast<UInt8*>(output));
+  if (!block.bytes.empty()) std::memcpy(output, block.bytes.data(), block.bytes.size());
   return block.succeeds ? kIOReturnSuccess : kIOReturnError;
 }
 

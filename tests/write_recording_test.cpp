@@ -69,7 +69,8 @@ Data Identify(std::string_view serial, std::uint8_t elsewhere) {
 }
 
 Property Listing(const Data& identify, const char* text, std::uint8_t byte) {
-  const Property several = {platform::Array{Integer(byte == 'X' ? 0 : 1), Dict({{"a", Text(text)}})}};
+  const Property several = {
+      platform::Array{Integer(byte == 'X' ? 0 : 1), Dict({{"a", Text(text)}})}};
   return Dict({{"RecordedDrive", Dict({{"Identify", Bytes(identify)}})},
                {"Serial Number", Text(text)},
                {"SerialNumbers", several},

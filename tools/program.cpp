@@ -1,6 +1,5 @@
 #include "tools/program.h"
 
-#include <fmt/format.h>
 #include <getopt.h>
 
 #include <algorithm>
@@ -88,9 +87,11 @@ std::string HelpText(const CommandLine& line) {
   std::size_t width = 0;
   for (const auto& [form, help] : rows) width = std::max(width, form.size());
 
-  std::string text = fmt::format("Usage: {} [OPTION...] {}\n{}\n\n", line.program,
-                                 line.needsFile ? "FILE" : "[FILE]", line.purpose);
-  for (const auto& [form, help] : rows) text += fmt::format("  {:{}}  {}\n", form, width, help);
+  std::string text = std::string("Usage: ") + line.program + " [OPTION...] " +
+                     (line.needsFile ? "FILE" : "[FILE]") + "\n" + line.purpose + "\n\n";
+  for (const auto& [form, help] : rows) {
+    text.append("  ").append(form).append(width - form.size() + 2, ' ').append(help).append("\n");
+  }
   return text;
 }
 
