@@ -3,8 +3,9 @@
 
 Usage: bench/rules_cost.py PROMETHEUS [HOSTS]. PROMETHEUS is the folder of Prometheus' programs.
 Makes the series of HOSTS hosts (50) with 12 drives of 20 attributes each, scraped every 15 s, and
-what the recording rules have kept of them. One drive in twenty has a worn attribute, and one in a
-hundred is failing. Prints the samples of each rule, and the sum for 500 hosts.
+what the recording rules have kept of them. One drive in twenty shows all signs: it has lost data, is
+worn and hot, and has failed its last self-test. One in a hundred is failing. Prints the samples of
+each rule, and the sum for 500 hosts.
 """
 import json
 import os
@@ -16,7 +17,8 @@ import urllib.error
 import urllib.parse
 import urllib.request
 
-DRIVES, ATTRIBUTES = 12, 20
+DRIVES = 12
+ATTRIBUTES = [177, 190, 194, 202, 231, 232, 233, *range(1, 14)]  # all that the rules name, and others
 RULES = os.path.join(os.path.dirname(os.path.abspath(__file__)),
                      "../examples/alerts/smartprobe.rules.yml")
 ADDRESS = "127.0.0.1:19090"
@@ -35,23 +37,35 @@ def write_series(out, hosts, end):
              for labels in host for d in range(DRIVES)]
     state = [f'{labels},state="{state}"' for labels in drive for state in ("pending", "uncorrectable")]
     reallocated = [f'{labels},state="reallocated"' for labels in drive]
-    attribute = [f'{labels},id="{i}",name="n",kind="life-span"' for labels in drive
-                 for i in range(1, ATTRIBUTES + 1)]
-    recent, minute, day = 600, 60, 86400
-    metric("up", host, 2 * 3600, 15)
-    metric("smartprobe_drives_read", host, 3 * 3600, 15, DRIVES)
+    error = [f'{labels},kind="{kind}"' for labels in drive for kind in ("uncorrectable", "end-to-end")]
+    health = [f'{labels},grade="{"OK" if d % 20 else "caution"}"' for d, labels in enumerate(drive)]
+    attribute = [f'{labels},id="{i}",name="n",kind="life-span"' for labels in drive for i in ATTRIBUTES]
+    failing, poor = drive[::100], drive[::20]
+    reached = ([f'{labels},id="5",name="n",kind="pre-failure"' for labels in failing] +
+               [f'{labels},id="1",name="n",kind="life-span"' for labels in poor])
+    recent, minute, hour, day = 600, 60, 3600, 86400
+    metric("up", host, 2 * hour, 15)
+    metric("smartprobe_drives_read", host, 3 * hour, 15, DRIVES)
     metric("node_textfile_mtime_seconds", [f'{h},file="smartprobe.prom"' for h in host], recent, 15, end)
     metric("smartprobe_drive_info", drive, recent, 15)
     metric("smartprobe_drive_threshold_exceeded", drive, recent, 15, 0)
     metric("smartprobe_drive_read_failed", drive, recent, 15, 0)
+    metric("smartprobe_drive_temperature_celsius", drive, recent, 15, 40)
+    metric("smartprobe_drive_self_test_failed", drive, recent, 15, 0)
+    metric("smartprobe_drive_health", health, recent, 15)
     metric("smartprobe_drive_sectors", state + reallocated, recent, 15, 0)
+    metric("smartprobe_drive_errors", error, recent, 15, 0)
     metric("smartprobe_attribute_reached", attribute, recent, 15, 0)
     metric("smartprobe_attribute_value", attribute, recent, 15, 100)
     metric("smartprobe:drive_present", drive, 7 * day, 15 * minute)
     metric("smartprobe:sectors_reallocated", reallocated, 7 * day, 15 * minute, 0)
     metric("smartprobe:report_time", host, 30 * day, 15 * minute, end)
-    metric("smartprobe:drive_failing", drive[::100], 26 * 3600, 3 * minute)
-    metric("smartprobe:attribute_reached", attribute[::20 * ATTRIBUTES], 26 * 3600, 3 * minute)
+    metric("smartprobe:drive_failing", failing, 26 * hour, 3 * minute)
+    metric("smartprobe:attribute_reached", reached, 26 * hour, 3 * minute)
+    metric("smartprobe:losses", [f'{labels},{loss}="uncorrectable"' for labels in poor
+                                 for loss in ("state", "kind")], 3 * hour, 3 * minute)
+    for sign in ("drive_hot", "drive_worn", "self_test_failed"):
+        metric(f"smartprobe:{sign}", poor, 3 * hour, 3 * minute)
     out.write("# EOF\n")
 
 

@@ -22,31 +22,37 @@ key() {
   echo "<key>$1</key>$2"
 }
 
-# block FORMAT: the bytes of that format, for printf, as data.
+# block HEX OFFSET BYTE: the bytes of HEX, zeros, and the byte at that offset, as data.
 block() {
-  # shellcheck disable=SC2059
-  echo "<data>$(printf "$1" | base64 -w 0)</data>"
+  local hex
+  printf -v hex "%-$((2 * $2))s" "$1"
+  echo "<data>$(basenc -d --base16 <<<"${hex// /0}$3" | base64 -w 0)</data>"
 }
 
 # drive DRIVE: "A1" is the drive with the serial number A at path 1 in a recording; "_1" has none.
 # "?A1" could not be read, "?_1" not even be identified. After it, "!" is one that reports the
 # condition; "%" one with a pre-failure attribute at its threshold, "-" with a worn one, "^" with a
-# temperature; "p" with 3 sectors pending, "r" with one reallocated, "R" with two.
+# temperature; "p" with 3 sectors pending, "r" with one reallocated, "R" with two; "e" with 5 errors;
+# "f" with a failed self-test; "h" at 65 degrees, "H" at 75; "s" without moving parts; "w" with 8 of
+# 100 left of its life.
 drive() {
-  local name=${1#\?} flags pending=0 reallocated=0 data thresholds answers
-  flags=${name:2}
-  # The threshold of an attribute whose value is 50.
-  threshold() { [[ $flags == *"$1"* ]] && echo '\x3C\0\0\0\0\0\0\0\0\0\0' || echo '\x06\0\0\0\0\0\0\0\0\0\0'; }
-  [[ $flags == *p* ]] && pending=3
-  [[ $flags == *r* ]] && reallocated=1
-  [[ $flags == *R* ]] && reallocated=2
-  data="\0\0\x05\x33\0\x32\x32\x0$reallocated\0\0\0\0\0\0\x0C\x32\0\x32\x32\0\0\0\0\0\0\0"
-  data+="\xBE\x22\0\x32\x32\0\0\0\0\0\0\0\xC5\x32\0\x32\x32\x0$pending"
-  thresholds="\0\0\x05$(threshold %)\x0C$(threshold -)\xBE$(threshold ^)\xC5$(threshold none)"
-  answers=$(key Data "$(block "$data")" && key Thresholds "$(block "$thresholds")")
-  answers+=$([[ $flags == *!* ]] && key ThresholdExceeded '<true/>' || key ThresholdExceeded '<false/>')
-  [[ $name == _* ]] ||
-    answers+=$(key Identify "$(block "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0 ${name::1}")")
+  local name=${1#\?} data=0000 thresholds=0000 serial=20 answers
+  given() { [[ ${name:2} == *"$1"* ]] && echo "$2" || echo "$3"; } # FLAG HEX OTHERWISE
+  attribute() { # ID FLAGS VALUE RAW THRESHOLD
+    data+=$1${2}00$3$3${4}000000000000
+    thresholds+=$1${5}00000000000000000000
+  }
+  attribute 05 33 32 "$(given R 02 "$(given r 01 00)")" "$(given % 3C 06)"
+  attribute 0C 32 32 00 "$(given - 3C 06)"
+  attribute BB 32 32 "$(given e 05 00)" 06
+  attribute BE 22 32 "$(given H 4B "$(given h 41 1C)")" "$(given ^ 3C 06)"
+  attribute C5 32 32 "$(given p 03 00)" 06
+  attribute E9 32 "$(given w 08 32)" 00 06
+  [[ $name == _* ]] || printf -v serial %02X "'$name"
+  answers=$(key Data "$(block "$data" 363 "$(given f 70 00)")"
+    key Thresholds "$(block "$thresholds" 511 00)"
+    key Identify "$(block "$(printf %040d20 0)$serial" 434 "$(given s 01 00)")"
+    key ThresholdExceeded "$(given ! '<true/>' '<false/>')")
   [[ $1 != \?* ]] || answers+=$(key QueryFails '<true/>')
   echo '<dict>'
   key IOObjectClass '<string>IOAHCIBlockStorageDevice</string>'
@@ -78,7 +84,7 @@ segment() {
     fail "the report $2"
 }
 
-# series SEGMENT...: the series of a host in the language of promtool's tests, a sample every
+# series SEGMENT...: the series of a host in the language of promtool's tests, with a sample every
 # 5 minutes. A segment is its hours and a kind.
 # shellcheck disable=SC2004 # 12 * 1/4 is 3
 series() {
@@ -89,6 +95,7 @@ series() {
     segment $time "${segment#"$hours"}"
     time=$((time + 3600 * $hours))
   done | awk '
+    BEGIN { print "    interval: 5m\n    input_series:" }
     /^@/ { length_of[++segments] = $2; next }
     { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{job=\"node\",instance=\"h\","); sub(/,\}/, "}")
       values[$0, segments] = value; names[$0] }
@@ -105,9 +112,8 @@ cp "$examples/alerts/smartprobe.rules.yml" "$work"
 for file in "$here"/alerts/*.yml; do
   test=$work/$(basename "$file")
   while IFS= read -r line; do
-    echo "${line/input_series: */input_series:}"
     # shellcheck disable=SC2086 # words
-    [[ $line != *input_series:\ * ]] || series ${line#*input_series: }
+    if [[ $line == *input_series:* ]]; then series ${line#*input_series:}; else echo "$line"; fi
   done <"$file" >"$test"
   "$promtool" test rules "$test" || fail "$file"
 done
