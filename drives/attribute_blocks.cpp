@@ -23,6 +23,10 @@ constexpr std::size_t kWorst = 4;
 constexpr std::size_t kRaw = 5;
 constexpr std::size_t kRawSize = 6;
 
+// Of the data: the status of the last self-test in the high half, what is left of it in the low
+// one.
+constexpr std::size_t kSelfTest = 363;
+
 Entry EntryOf(const Block& block, std::size_t index) {
   return Entry(block.data() + kFirstEntry + index * Entry::extent, Entry::extent);
 }
@@ -36,6 +40,18 @@ std::optional<Entry> FindAttribute(const Block& data, std::uint8_t id, int least
   return std::nullopt;
 }
 
+// The attribute that a report has, or else the first of that identifier.
+std::optional<Entry> FindAttribute(const Block& data, std::uint8_t id) {
+  const auto attribute = FindAttribute(data, id, 1);
+  return attribute ? attribute : FindAttribute(data, id, 0);
+}
+
+Counts CountsOf(const Entry& attribute) {
+  Counts counts = {.worst = attribute[kWorst]};
+  for (std::size_t i = kRawSize; i-- > 0;) counts.raw = counts.raw << 8 | attribute[kRaw + i];
+  return counts;
+}
+
 // Every maker puts the temperature of now into the lowest byte; what is above it differs.
 std::optional<int> Temperature(const Block& data) {
   for (const std::uint8_t id : std::to_array<std::uint8_t>({194, 190})) {
@@ -47,32 +63,73 @@ std::optional<int> Temperature(const Block& data) {
   return std::nullopt;
 }
 
-struct SectorAttribute {
+struct LossAttribute {
   std::uint8_t id;
-  std::string_view state;
+  std::string_view name;
+  bool ofSectors;
 };
-constexpr std::array kSectorAttributes{SectorAttribute{5, "reallocated"},
-                                       SectorAttribute{197, "pending"},
-                                       SectorAttribute{198, "uncorrectable"}};
+constexpr std::array kLossAttributes{
+    LossAttribute{5, "reallocated", true}, LossAttribute{197, "pending", true},
+    LossAttribute{198, "uncorrectable", true}, LossAttribute{187, "uncorrectable", false},
+    LossAttribute{184, "end-to-end", false}};
 
-std::vector<SectorCount> LostSectors(const Block& data) {
-  std::vector<SectorCount> sectors;
-  for (const auto& [id, state] : kSectorAttributes) {
-    if (const auto counts = FindCounts(data, id))
-      sectors.push_back({state, ClearCount(counts->raw)});
+bool IsInitial(std::uint8_t value) { return value == 100 || value == 200 || value == 253; }
+
+std::vector<LossCount> Losses(const Block& data) {
+  std::vector<LossCount> losses;
+  for (const auto& [id, name, ofSectors] : kLossAttributes) {
+    const auto attribute = FindAttribute(data, id);
+    if (!attribute) continue;
+    const bool hasFallen = !IsInitial((*attribute)[kValue]) || !IsInitial((*attribute)[kWorst]);
+    losses.push_back({id, name, ofSectors, ClearCount(CountsOf(*attribute).raw), hasFallen});
   }
-  return sectors;
+  return losses;
+}
+
+// Makers have several attributes for it, whose normalized value begins at 100. 0 is what remains at
+// the end.
+std::optional<LifeLeft> FindLifeLeft(const Block& data) {
+  std::optional<LifeLeft> least;
+  for (const std::uint8_t id : std::to_array<std::uint8_t>({177, 202, 231, 232, 233})) {
+    const auto attribute = FindAttribute(data, id);
+    if (!attribute) continue;
+    const std::uint8_t left = (*attribute)[kValue];
+    if (!least || left < least->percent) least = LifeLeft{id, left};
+  }
+  return least;
+}
+
+std::optional<std::uint32_t> LowCount(const Block& data, std::uint8_t id) {
+  const auto counts = FindCounts(data, id);
+  return counts ? std::optional(static_cast<std::uint32_t>(counts->raw)) : std::nullopt;
+}
+
+// Maxtor's own drives count minutes, but not those that another maker made under its name, and most
+// of Fujitsu's count seconds.
+std::uint32_t UnitsAnHour(std::string_view product) {
+  const bool isMaxtor = product.starts_with("Maxtor") || product.starts_with("MAXTOR");
+  if (isMaxtor && product.find(" STM") == std::string_view::npos) return 60;
+  return product.starts_with("FUJITSU") ? 3600 : 1;
+}
+
+// nullopt also for what is no time that a drive has been on: more than 30 years, or seconds that
+// are less than a minute a power cycle, which a drive must count in another unit.
+std::optional<std::uint32_t> PowerOnHours(const Block& data, std::string_view product) {
+  constexpr std::uint32_t kMaxHours = 30 * 365 * 24;
+  const auto count = LowCount(data, 9);
+  if (!count) return std::nullopt;
+  const std::uint32_t unitsAnHour = UnitsAnHour(product);
+  const std::uint64_t minutes = std::uint64_t{*count} * 60 / unitsAnHour;
+  const bool isOtherUnit = unitsAnHour > 60 && minutes < LowCount(data, 12).value_or(0);
+  if (isOtherUnit || minutes / 60 > kMaxHours) return std::nullopt;
+  return static_cast<std::uint32_t>(minutes / 60);
 }
 
 }  // namespace
 
 std::optional<Counts> FindCounts(const Block& data, std::uint8_t id) {
-  std::optional<Entry> attribute = FindAttribute(data, id, 1);
-  if (!attribute) attribute = FindAttribute(data, id, 0);
-  if (!attribute) return std::nullopt;
-  Counts counts = {.worst = (*attribute)[kWorst]};
-  for (std::size_t i = kRawSize; i-- > 0;) counts.raw = counts.raw << 8 | (*attribute)[kRaw + i];
-  return counts;
+  const auto attribute = FindAttribute(data, id);
+  return attribute ? std::optional(CountsOf(*attribute)) : std::nullopt;
 }
 
 std::optional<std::uint32_t> ClearCount(std::uint64_t raw) {
@@ -83,9 +140,13 @@ std::optional<std::uint32_t> ClearCount(std::uint64_t raw) {
 
 void AddData(Drive& drive, const Block& data) {
   for (Attribute& attribute : drive.attributes) attribute.counts = FindCounts(data, attribute.id);
-  if (!drive.recorded) drive.recorded.emplace();
-  drive.recorded->temperature = Temperature(data);
-  drive.recorded->sectors = LostSectors(data);
+  RecordedFacts& facts = drive.recorded ? *drive.recorded : drive.recorded.emplace();
+  facts.temperature = Temperature(data);
+  facts.losses = Losses(data);
+  facts.selfTest = data[kSelfTest] >> 4;
+  facts.powerOnHours = PowerOnHours(data, drive.product);
+  facts.powerCycles = LowCount(data, 12);
+  if (facts.rotationRate == 0) facts.lifeLeft = FindLifeLeft(data);
 }
 
 std::optional<bool> ExceededCondition(const Block& data, const Block& thresholds) {

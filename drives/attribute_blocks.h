@@ -18,8 +18,9 @@ std::optional<Counts> FindCounts(const base::Block& data, std::uint8_t id);
 // leave 16 bits of zeros between. nullopt where the raw value is no clear count.
 std::optional<std::uint32_t> ClearCount(std::uint64_t raw);
 
-// Adds to each attribute of the drive its worst and raw value, and to the recorded facts
-// temperature and lost sectors.
+// Adds to each attribute of the drive its worst and raw value, and to the recorded facts what the
+// data say: temperature, losses, self-test, power-on time and cycles, and the life left of a drive
+// whose rotation rate is 0 by then.
 void AddData(Drive& drive, const base::Block& data);
 
 // The threshold-exceeded condition as the standard defines it, for drives whose own answer does

@@ -31,23 +31,43 @@ struct Attribute {
   std::optional<Counts> counts = {};  // from a recording
 };
 
-// How many sectors a drive has lost in one way.
-struct SectorCount {
-  std::string_view state;              // "reallocated", "pending" or "uncorrectable"
-  std::optional<std::uint32_t> count;  // nullopt: the raw value is no clear count
+// How many sectors a drive has lost in one way, or how many errors of one kind it has met.
+struct LossCount {
+  std::uint8_t id = 0;    // of the attribute that counts them
+  std::string_view name;  // sectors: "reallocated", "pending" or "uncorrectable"; errors:
+                          // "uncorrectable" or "end-to-end"
+  bool ofSectors = true;
+  std::optional<std::uint32_t> count = {};  // nullopt: the raw value is no clear count
+  bool hasFallen = false;  // the value or the worst value is none that drives begin with
+};
+
+// How much of its life a drive without moving parts has left.
+struct LifeLeft {
+  std::uint8_t id = 0;       // of the attribute that says so
+  std::uint8_t percent = 0;  // of 100
 };
 
 // What a recording knows of a drive that was read, and a report does not.
 struct RecordedFacts {
-  std::optional<int> temperature = {};                // in degrees Celsius, from 1 to 100
-  std::vector<SectorCount> sectors = {};              // of the attributes that the drive has
+  std::optional<int> temperature = {};  // in degrees Celsius, from 1 to 100
+  std::vector<LossCount> losses = {};   // of the attributes that the drive has
+  std::optional<LifeLeft> lifeLeft = {};
+  std::optional<int> selfTest = {};  // status of the last one: 0 to 15, as the standard has it
+  std::optional<std::uint32_t> powerOnHours = {};
+  std::optional<std::uint32_t> powerCycles = {};
+  std::optional<int> rotationRate = {};               // revolutions a minute; 0: nothing rotates
+  std::string_view formFactor = {};                   // "3.5 inch"; empty: not known
+  std::string_view linkSpeed = {};                    // "6.0 Gb/s"; likewise
+  std::optional<std::int64_t> capacity = {};          // in bytes
   std::optional<std::chrono::sys_seconds> date = {};  // when it answered
+  // How long ago that was, where another drive of the host answered a day later or more.
+  std::optional<std::chrono::days> age = {};
 };
 
 // A drive that was read. Any text may be empty, where it could not be found out, and padded with
 // blanks.
 struct Drive {
-  std::string device;  // its path
+  std::string device;  // its path as the report has it
   std::string product;
   std::string revision;
   std::string capacity;  // a label with its unit, "232.89 GB"
@@ -55,11 +75,13 @@ struct Drive {
   bool thresholdExceeded = false;  // false also where the drive gave no answer
   std::vector<Attribute> attributes;
   std::optional<RecordedFacts> recorded = {};
+  std::string localPath = {};  // the path that exists on the host, where it is another
 };
 
-// A drive that could not be read. Only a recording has its names, as far as they were known.
+// A drive that could not be read. Only a recording has its names, as far as they were known, and
+// knows why.
 struct UnreadDrive {
-  std::string device, product = {}, serial = {};
+  std::string device, product = {}, serial = {}, why = {}, localPath = {};
 };
 
 // Where a report cannot be read any further.
@@ -68,17 +90,27 @@ struct Damage {
   std::string what;      // words of the reader's own, with nothing of the line in them
 };
 
-// Disks that a report does not mention, by the names of their block devices; from a recording.
-struct OtherDisks {
-  std::vector<std::string> withoutSMART;
-  std::vector<std::string> notATA;
+// What a recording knows of a host, and a report does not.
+struct RecordedHost {
+  // Disks that a report does not mention, by the names of their block devices.
+  std::vector<std::string> withoutSMART = {};
+  std::vector<std::string> notATA = {};
+  std::string name = {};                                // of the host
+  std::optional<std::chrono::sys_seconds> date = {};    // when it was recorded
+  std::optional<std::chrono::days> newestAnswers = {};  // how long ago the last drive answered
 };
+
+// "sda" of "/dev/rsda", the path of a raw device; empty for another path.
+inline std::string_view DiskOf(std::string_view device) {
+  constexpr std::string_view kRawDevice = "/dev/r";
+  return device.starts_with(kRawDevice) ? device.substr(kRawDevice.size()) : "";
+}
 
 struct Host {
   std::vector<Drive> drives = {};         // those that were read, in order
   std::vector<UnreadDrive> notRead = {};  // in order
   std::optional<Damage> damage = {};      // of a report; then the rest is what came before it
-  std::optional<OtherDisks> others = {};  // known from a recording alone
+  std::optional<RecordedHost> recorded = {};
 };
 
 }  // namespace drives

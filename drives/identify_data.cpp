@@ -49,6 +49,26 @@ std::uint8_t Sum(const Block& block) {
   return static_cast<std::uint8_t>(std::accumulate(block.begin(), block.end(), 0U));
 }
 
+std::string_view FormFactor(std::uint16_t word) {
+  constexpr std::array<std::string_view, 10> kFormFactors = {
+      "",      "5.25 inch", "3.5 inch", "2.5 inch", "1.8 inch", "less than 1.8 inch",
+      "mSATA", "M.2",       "MicroSSD", "CFast"};
+  const std::size_t code = word & 0x000F;
+  return word >> 4 == 0 && code < kFormFactors.size() ? kFormFactors.at(code) : "";
+}
+
+// The speed of now, or else the highest that the drive has. The first bit of `supported` is set in
+// no drive that has a serial link.
+std::string_view LinkSpeed(std::uint16_t supported, std::uint16_t current) {
+  constexpr std::array<std::string_view, 4> kSpeeds = {"", "1.5 Gb/s", "3.0 Gb/s", "6.0 Gb/s"};
+  if (supported == 0xFFFF || (supported & 0x0001) != 0) return "";
+  std::size_t speed = current >> 1 & 0x7;
+  for (std::size_t i = 1; speed == 0 && i < kSpeeds.size(); i++) {
+    if ((supported >> (kSpeeds.size() - i) & 1) != 0) speed = kSpeeds.size() - i;
+  }
+  return speed < kSpeeds.size() ? kSpeeds.at(speed) : "";
+}
+
 }  // namespace
 
 std::optional<Block> FindIdentifyData(std::string_view page) {
@@ -92,6 +112,14 @@ std::string Identity(Block identify) {
     identity.append(bytes.begin(), bytes.end());
   }
   return identity;
+}
+
+void AddIdentify(RecordedFacts& facts, const Block& identify) {
+  const std::uint16_t rate = Word(identify, 217);
+  if (rate == 0x0001) facts.rotationRate = 0;
+  if (rate >= 0x0401 && rate <= 0xFFFE) facts.rotationRate = rate;
+  facts.formFactor = FormFactor(Word(identify, 168));
+  facts.linkSpeed = LinkSpeed(Word(identify, 76), Word(identify, 77));
 }
 
 void MaskIdentity(Block& identify) {

@@ -1,5 +1,5 @@
-// The layout of IDENTIFY DEVICE data: a drive's names, whether it has S.M.A.R.T., and what tells it
-// from all others of its model.
+// The layout of IDENTIFY DEVICE data: a drive's names, whether it has S.M.A.R.T., how it is built,
+// and what tells it from all others of its model.
 #pragma once
 
 #include <optional>
@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/block.h"
+#include "drives/facts.h"
 
 namespace drives {
 
@@ -34,6 +35,9 @@ void MakePrintable(base::Block& identify);
 // Model and serial number as they stand in the data once they are printable, for comparison: a text
 // of 60 bytes, or an empty one where the drive has no serial number, so that it may be any.
 std::string Identity(base::Block identify);
+
+// Adds to the recorded facts the rotation rate, the form factor and the speed of the link.
+void AddIdentify(RecordedFacts& facts, const base::Block& identify);
 
 // Puts an X in the place of each character of the serial number; blanks and NULs stay. The world
 // wide name, the serial number of the medium and the vendor's own words become zero, and a checksum

@@ -25,11 +25,11 @@ static bool IsExpected(platform::Ledger left) {
 
 static void ShowInEveryForm(platform::Machine machine) {
   try {
-    const drives::Host host = tools::ReadRecordedHost(std::move(machine));
+    const drives::Host host = tools::ReadRecordedHost(std::move(machine), {});
     views::TableText(host, {});
     views::BriefText(host, {});
     views::PageText(host, {});
-    views::JsonText(host);
+    views::JsonText(host, "");
     views::MetricsText(host);
     views::Check(host, {});
   } catch (const std::runtime_error&) {

@@ -29,7 +29,7 @@ static void RequirePrintable(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const drives::Host host = drives::ParseReport({reinterpret_cast<const char*>(data), size});
-  const std::string json = views::JsonText(host);
+  const std::string json = views::JsonText(host, "");
   rapidjson::Document document;
   Require(!document.Parse(json.data(), json.size()).HasParseError());
   Require(document["drives"].Size() == host.drives.size());

@@ -17,9 +17,10 @@ constexpr std::array kGrades{
              Verdict::kWarning, Color::kWarning},
     GradeRow{kWorn, "worn", "worn", "A worn drive is past its intended life: plan to replace it.",
              Verdict::kWarning, Color::kWarning},
-    GradeRow{kCaution, "caution", "caution",
-             "Save the data of a drive that loses sectors. If it loses more, replace it.",
-             Verdict::kWarning, Color::kWarning},
+    GradeRow{
+        kCaution, "caution", "caution",
+        "Save the data of a drive with early signs of failure, and replace it if they get worse.",
+        Verdict::kWarning, Color::kWarning},
     GradeRow{
         kNotRead, "not read", "not read",
         "A drive that cannot be read may be failing: look at its cables, and at journalctl -k.",

@@ -3,16 +3,17 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdint>
 
 #include "base/printable_text.h"
+#include "health/signs.h"
 
 namespace health {
 namespace {
 
 using drives::Attribute;
 using drives::Drive;
-using drives::SectorCount;
+
+bool IsValid(int value) { return value >= 1 && value <= 253; }
 
 bool IsTemperature(const Attribute& attribute) {
   return attribute.id == 190 || attribute.id == 194;
@@ -26,19 +27,16 @@ std::string ReachedText(const Attribute& attribute, Grade grade) {
                      attribute.threshold, meaning);
 }
 
-// "69 sectors reallocated, 2 pending"; empty where none is lost.
-std::string LostText(const std::vector<SectorCount>& sectors) {
-  std::string text;
-  for (const auto& [state, count] : sectors) {
-    if (count.value_or(0) == 0) continue;
-    const std::string_view noun = !text.empty() ? "" : *count == 1 ? "sector " : "sectors ";
-    text += fmt::format("{}{} {}{}", text.empty() ? "" : ", ", *count, noun, state);
+void AddThresholdReasons(std::vector<Reason>& reasons, const Drive& drive) {
+  for (const Attribute& attribute : drive.attributes) {
+    const Grade grade = GradeOf(attribute);
+    if (grade == Grade::kGood) continue;
+    reasons.push_back({grade, ReachedText(attribute, grade)});
   }
-  return text;
-}
-
-void AddReason(Health& health, Grade grade, std::string text) {
-  if (!text.empty()) health.reasons.push_back({grade, std::move(text)});
+  for (const Attribute& attribute : drive.attributes) {
+    if (!attribute.preFailure || !WasReached(attribute)) continue;
+    reasons.push_back({Grade::kCaution, NameText(attribute) + " was at its threshold once"});
+  }
 }
 
 }  // namespace
@@ -46,6 +44,12 @@ void AddReason(Health& health, Grade grade, std::string text) {
 bool IsReached(const Attribute& attribute) {
   constexpr std::uint8_t kInvalidThreshold = 254;
   return attribute.warns && attribute.threshold != kInvalidThreshold;
+}
+
+bool WasReached(const Attribute& attribute) {
+  if (!attribute.counts || !IsValid(attribute.threshold)) return false;
+  const int worst = attribute.counts->worst;
+  return IsValid(worst) && worst <= attribute.threshold && attribute.value > attribute.threshold;
 }
 
 Grade GradeOf(const Attribute& attribute) {
@@ -56,21 +60,24 @@ Grade GradeOf(const Attribute& attribute) {
 
 Health HealthOf(const Drive& drive) {
   Health health;
-  if (drive.thresholdExceeded) AddReason(health, Grade::kFailing, "the drive says so itself");
-  for (const Attribute& attribute : drive.attributes) {
-    const Grade grade = GradeOf(attribute);
-    if (grade != Grade::kGood) AddReason(health, grade, ReachedText(attribute, grade));
+  if (drive.thresholdExceeded) {
+    health.reasons.push_back({Grade::kFailing, "the drive's own self-assessment: failed"});
   }
-  if (drive.recorded) AddReason(health, Grade::kCaution, LostText(drive.recorded->sectors));
-  if (HasUnclearCount(drive)) AddReason(health, Grade::kGood, "sector count not clear");
+  AddThresholdReasons(health.reasons, drive);
+  if (drive.recorded) AddSigns(health.reasons, *drive.recorded);
   if (drive.attributes.empty()) health.grade = Grade::kNoAttributes;
   for (const Reason& reason : health.reasons) health.grade = std::max(health.grade, reason.grade);
   return health;
 }
 
-bool HasUnclearCount(const Drive& drive) {
-  return drive.recorded && std::ranges::any_of(drive.recorded->sectors,
-                                               [](const auto& sector) { return !sector.count; });
+Grade RowGrade(const Health& health, const Attribute& attribute) {
+  Grade grade = GradeOf(attribute);
+  if (attribute.preFailure && WasReached(attribute)) grade = std::max(grade, Grade::kCaution);
+  for (const Reason& reason : health.reasons) {
+    const bool isOfRow = std::ranges::find(reason.ids, attribute.id) != reason.ids.end();
+    if (isOfRow) grade = std::max(grade, reason.grade);
+  }
+  return grade;
 }
 
 std::string ReasonsText(const Health& health) {

@@ -5,19 +5,30 @@
 namespace machines {
 namespace {
 
-// The medium's name in the entry, or in the first entry below it that has one. Null if none has.
-const std::string* FindMediumName(const platform::Entry& entry) {
-  const std::string* name = platform::FindText(entry.properties, kDiskNameKey);
-  for (auto child = entry.children.begin(); !name && child != entry.children.end(); ++child) {
-    name = FindMediumName(*child);
+// The property of the entry, or of the first entry below it that has one; null if none has.
+const platform::Property* FindBelow(const platform::Entry& entry, std::string_view key) {
+  const platform::Property* found = platform::Find(entry.properties, key);
+  for (auto child = entry.children.begin(); !found && child != entry.children.end(); ++child) {
+    found = FindBelow(*child, key);
   }
-  return name;
+  return found;
 }
 
 }  // namespace
 
+std::optional<std::int64_t> MediumSize(const platform::Entry& device) {
+  const platform::Property* found = FindBelow(device, kSizeKey);
+  const auto* size = found ? std::get_if<platform::Number>(&found->value) : nullptr;
+  if (!size || size->type == kCFNumberFloat64Type) return std::nullopt;
+  const auto bytes = static_cast<std::int64_t>(size->bits);
+  return bytes > 0 ? std::optional(bytes) : std::nullopt;
+}
+
 std::string DiskName(const platform::Entry& device) {
-  if (const std::string* name = FindMediumName(device)) return *name;
+  const platform::Property* found = FindBelow(device, kDiskNameKey);
+  if (found && std::holds_alternative<std::string>(found->value)) {
+    return std::get<std::string>(found->value);
+  }
   const std::string product = Characteristic(device, kProductNameKey);
   return product.empty() ? device.name : product;
 }

@@ -1,6 +1,8 @@
 // How a host's disks stand in a machine: the names that sources write and readers look for.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +22,18 @@ inline constexpr const char* kProductNameKey = "Product Name";
 inline constexpr const char* kSerialNumberKey = "Serial Number";
 // A property of the medium below a device: the name of its block device.
 inline constexpr const char* kDiskNameKey = "BSD Name";
+inline constexpr const char* kSizeKey = "Size";  // in bytes
+
+// Of the first root of a recording: which host it is of, what system that runs, and when it was
+// recorded.
+inline constexpr const char* kHostKey = "RecordedHost";
+inline constexpr const char* kHostSystemKey = "System";
+inline constexpr const char* kHostNameKey = "Name";
+inline constexpr const char* kHostDateKey = "Date";
+inline constexpr const char* kLinux = "Linux";
+
+// The size of the medium below the device, in bytes.
+std::optional<std::int64_t> MediumSize(const platform::Entry& device);
 
 // The name of the medium below the device, such as "sda". If there is none, the product's name, or
 // without that the entry's name.

@@ -70,9 +70,4 @@ const Property* Find(const Dictionary& dictionary, std::string_view key) {
   return found == dictionary.end() ? nullptr : &found->second;
 }
 
-const std::string* FindText(const Dictionary& dictionary, std::string_view key) {
-  const Property* found = Find(dictionary, key);
-  return found == nullptr ? nullptr : std::get_if<std::string>(&found->value);
-}
-
 }  // namespace platform

@@ -46,7 +46,14 @@ Number Float64Number(double value);
 // Find gives the value under `key`, or null. FindText gives the text under `key`, or null if there
 // is no value or it is no text. Both are borrowed from `dictionary`.
 const Property* Find(const Dictionary& dictionary, std::string_view key);
-const std::string* FindText(const Dictionary& dictionary, std::string_view key);
+template <typename Value>
+const Value* FindValue(const Dictionary& dictionary, std::string_view key) {
+  const Property* found = Find(dictionary, key);
+  return found == nullptr ? nullptr : std::get_if<Value>(&found->value);
+}
+inline const std::string* FindText(const Dictionary& dictionary, std::string_view key) {
+  return FindValue<std::string>(dictionary, key);
+}
 
 // The result of reading a block.
 struct BlockAnswer {

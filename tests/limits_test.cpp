@@ -58,11 +58,11 @@ std::string FullDrive() {
 constexpr int kRefused = 1, kReplayed = 2, kShown = 3;
 
 void ShowInEveryForm(platform::Machine machine) {
-  const drives::Host host = tools::ReadRecordedHost(std::move(machine));
+  const drives::Host host = tools::ReadRecordedHost(std::move(machine), {});
   views::TableText(host, {});
   views::BriefText(host, {});
   views::PageText(host, {});
-  views::JsonText(host);
+  views::JsonText(host, "");
   views::MetricsText(host);
   views::Check(host, {});
 }

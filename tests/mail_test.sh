@@ -36,7 +36,7 @@ sed 's/Hitachi HTS543232L9A300/USB OK: DISK/; /ThresholdExceeded/ { s//QueryFail
 cp "$examples/laptop.plist" "$examples/desktop.plist" "$work"
 critical='CRITICAL: failing: /dev/rdisk0'
 others='CRITICAL: failing: /dev/rdisk1; a drive is no longer read'
-unread='UNKNOWN: not read: /dev/rdisk0 (USB OK: DISK, serial 090812FB2D41LLKR7XPT); a drive is no longer read'
+unread='UNKNOWN: not read: /dev/rdisk0 (USB OK: DISK, serial 090812FB2D41LLKR7XPT: it was not opened when recorded); a drive is no longer read'
 well='OK: 1 drive, no threshold reached, no lost sector counted'
 stale='UNKNOWN: there is no recording of the last day'
 is 'the first time, and all is well' laptop works ''

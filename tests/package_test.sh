@@ -23,7 +23,7 @@ silent() {
 # From the folder of the pages, where mandoc looks for those that they refer to.
 manual_pages() {
   cd "$source/doc"
-  silent mandoc -T lint ./*.[158]
+  silent mandoc -T lint ./*.[1578]
   mandoc -T ascii smartprobe-machine.5 | col -b | sed -n '/<plist/,/<\/plist>/p' >"$work/machine"
   cmp - <(in_root smartprobe-replay - <"$work/machine") <<<'SmartDeviceStart:::/dev/rdisk0::::::::::::
 SmartDeviceEnd:::/dev/rdisk0:::True' || fail 'the example of smartprobe-machine(5)'

@@ -21,7 +21,7 @@ seen() {
 <iframe src="page.html" width="$1" height="800" style="border: 0" onload="
   const page = this.contentDocument;
   const others = page.querySelectorAll('body :not(h1, h2, h3, p, ul, li, section, dl, div, dt, dd,' +
-    'table, caption, thead, tbody, tr, th, td, small, strong, span, svg, rect)');
+    'table, caption, thead, tbody, tr, th, td, small, strong, span, svg, rect, a, details, summary)');
   document.title = page.documentElement.scrollWidth + ' ' + others.length + ' ' +
     page.querySelectorAll('script, [onclick]').length + ' ' + page.body.innerText"></iframe>
 END

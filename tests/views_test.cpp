@@ -70,7 +70,7 @@ TEST(Report, Check) {
   const std::string failing = Reached(4, "5", kFailingStatus);
   const std::string invalid = Reached(4, "254 (Invalid)", kFailingStatus);
   const std::string failed = "GetSMARTFailed:f:0\n";
-  using Sectors = std::vector<drives::SectorCount>;
+  using Sectors = std::vector<std::pair<std::string_view, std::uint32_t>>;
   const Sectors none = {{"reallocated", 0}, {"uncorrectable", 0}};
   // What the report says, what its drives have lost, and the judgement.
   const std::tuple<std::string, Sectors, int, std::string> kRows[] = {
@@ -98,12 +98,15 @@ TEST(Report, Check) {
   };
   for (const auto& [bytes, sectors, status, expected] : kRows) {
     drives::Host host = drives::ParseReport(bytes);
-    for (drives::Drive& drive : host.drives) drive.recorded = {.sectors = sectors};
+    for (drives::Drive& drive : host.drives) {
+      std::vector<drives::LossCount>& losses = drive.recorded.emplace().losses;
+      for (const auto& [name, count] : sectors) losses.push_back({.name = name, .count = count});
+    }
     const auto [verdict, summary] = views::Check(host, {});
     EXPECT_EQ(static_cast<int>(verdict), status) << expected;
-    EXPECT_EQ(summary, "smartprobe " + expected);
+    EXPECT_EQ(summary.substr(0, summary.find(" | ")), "smartprobe " + expected);
   }
-  EXPECT_EQ(views::Check({}, {"a\nb", "c"}).summary, "smartprobe UNKNOWN: a\uFFFDb, c");
+  EXPECT_EQ(views::Check({}, {"a\nb|", "c"}).summary, "smartprobe UNKNOWN: a\uFFFDb/, c");
 }
 
 // What would break or reorder a line, and the neighbours of it that would not.
@@ -136,11 +139,11 @@ std::string Marked(const std::string& colored) {
 }
 
 TEST(Report, AsJson) {
-  EXPECT_EQ(views::JsonText(drives::ParseReport(kOdd)),
+  EXPECT_EQ(views::JsonText(drives::ParseReport(kOdd), "1.2.3"),
             R"({"drives":[
-{"device":"d","product":"\u00A0\"q\\:::x ","revision":"  r\u001B[\u028E ","capacity":"1.00 TB","serial":"  s\u0000\uFFFD\uFFFD\uFFFD ","threshold_exceeded":true,"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00A0Tra\u001Bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
-{"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","threshold_exceeded":false,"attributes":[]}
-],"not_read":["d","/dev/a\"\\\u0001\u009B\u061C\u200D\u200E\u200F\u2028\u202E\u202C\u202F\u2065\u2066\u2069\u206A",""]}
+{"device":"d","product":"\u00A0\"q\\:::x ","revision":"  r\u001B[\u028E ","capacity":"1.00 TB","serial":"  s\u0000\uFFFD\uFFFD\uFFFD ","threshold_exceeded":true,"health":"failing","reasons":["the drive's own self-assessment: failed","First is 100, threshold 255: worn, plan to replace","Off\u00A0Tra\uFFFDk is 21, threshold 255: failure predicted","a:::b is 0, threshold 253: worn, plan to replace"],"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00A0Tra\u001Bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
+{"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","threshold_exceeded":false,"health":"no attributes","reasons":[],"attributes":[]}
+],"not_read":["d","/dev/a\"\\\u0001\u009B\u061C\u200D\u200E\u200F\u2028\u202E\u202C\u202F\u2065\u2066\u2069\u206A",""],"version":"1.2.3"}
 )");
 }
 
@@ -156,6 +159,11 @@ smartprobe_drive_threshold_exceeded{@} 1
 smartprobe_drive_threshold_exceeded{device="d",drive="1"} 0
 smartprobe_drive_attributes{@} 4
 smartprobe_drive_attributes{device="d",drive="1"} 0
+smartprobe_drive_health{@,grade="failing"} 1
+smartprobe_drive_health{device="d",drive="1",grade="no attributes"} 1
+smartprobe_drive_health{device="d",drive="2",grade="not read"} 1
+smartprobe_drive_health{device="/dev/a\"\\%",grade="not read"} 1
+smartprobe_drive_health{grade="not read"} 1
 smartprobe_drive_read_failed{@} 0
 smartprobe_drive_read_failed{device="d",drive="1"} 0
 smartprobe_drive_read_failed{device="d",drive="2"} 1
@@ -173,11 +181,10 @@ smartprobe_attribute_reached{@,id="255",name="a:::b",kind="life-span"} 1
 }
 
 TEST(Report, AsTable) {
-  EXPECT_EQ(
-      Marked(views::TableText(drives::ParseReport(kOdd), {.hasColors = true})),
-      R"(<31>d: failing: the drive says so itself; First is 100, threshold 255: worn, plan to<0>
-  <31>replace; Off Tra�k is 21, threshold 255: failure predicted; a:::b is 0,<0>
-  <31>threshold 253: worn, plan to replace<0>
+  EXPECT_EQ(Marked(views::TableText(drives::ParseReport(kOdd), {.hasColors = true})),
+            R"(<31>d: failing: the drive's own self-assessment: failed; First is 100, threshold<0>
+  <31>255: worn, plan to replace; Off Tra�k is 21, threshold 255: failure predicted;<0>
+  <31>a:::b is 0, threshold 253: worn, plan to replace<0>
    "q\:::x, revision r�[ʎ, 1.00 TB, serial s����
   ID  Name       Value  Thresh.  Kind       Status
 <33>   5  First        100      255  life-span  worn<0>
@@ -202,13 +209,17 @@ drives::Host Wide() {
   drives::Host host = drives::ParseReport(wide);
   drives::Drive& drive = host.drives.at(0);
   drive.attributes.at(0).counts = {100, (std::uint64_t{1} << 48) - 1};
-  drive.recorded = {.temperature = 100};
-  drive.recorded->sectors = {
-      {"reallocated", 65535}, {"pending", 4294967295}, {"uncorrectable", 4294967295}};
+  drive.recorded = {.temperature = 100,
+                    .losses = {{5, "reallocated", true, 65535}, {197, "pending", true, 4294967295}},
+                    .powerOnHours = 262800,
+                    .powerCycles = 4294967295,
+                    .rotationRate = 15000,
+                    .formFactor = "less than 1.8 inch",
+                    .linkSpeed = "6.0 Gb/s"};
   drive.recorded->date = std::chrono::sys_seconds(std::chrono::seconds(1795622523));
-  host.notRead = {{"/dev/rsdb", std::string(40, 'p'), std::string(20, 's')}};
-  host.others = {{"sdc"},
-                 {"nvme0n1", "nvme1n1", "nvme2n1", "nvme3n1", "nvme4n1", "nvme5n1", "nvme6n1"}};
+  host.notRead = {{"/dev/rsdb", std::string(40, 'p'), std::string(20, 's'), "it hangs"}};
+  host.recorded = {{"sdc"},
+                   {"nvme0n1", "nvme1n1", "nvme2n1", "nvme3n1", "nvme4n1", "nvme5n1", "nvme6n1"}};
   return host;
 }
 
@@ -220,26 +231,27 @@ TEST(Report, FitsTheScreen) {
   EXPECT_EQ(rows(80) + rows(45) + views::TableText(Wide(), {.columns = 79}),
             R"(Device      Product              Capacity  Serial number          Temp.  Health
 /dev/rsdaa  pppppppppppppppp…  1023.99 GB  ssssssssssssssssssss  100 °C  failing
-  the drive says so itself; attribute 187 is 1, threshold 2: failure predicted;
-  65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable
+  the drive's own self-assessment: failed; attribute 187 is 1, threshold 2:
+  failure predicted; 65535 sectors reallocated, 4294967295 pending; 100 °C
 Device      Product   Serial number   Health
 /dev/rsdaa  ppppppp…  sssssssssssss…  failing
-  the drive says so itself; attribute 187 is
-  1, threshold 2: failure predicted; 65535
-  sectors reallocated, 4294967295 pending,
-  4294967295 uncorrectable
-/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2:
-  failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295
-  uncorrectable
+  the drive's own self-assessment: failed;
+  attribute 187 is 1, threshold 2: failure
+  predicted; 65535 sectors reallocated,
+  4294967295 pending; 100 °C
+/dev/rsdaa: failing: the drive's own self-assessment: failed; attribute 187 is
+  1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295
+  pending; 100 °C
   ppppppppppppppppppppppppppppppppppppppp…, revision 87654321, 1023.99 GB,
-  serial ssssssssssssssssssss, 100 °C, read 2026-11-25 16:02 UTC
+  serial ssssssssssssssssssss, 15000 rpm, on for 262800 hours (30.0 years),
+  4294967295 power cycles, 100 °C, read 2026-11-25 16:02 UTC
   ID  Name           Value  Worst  Thresh.              Raw  Kind       Status
  255  nnnnnnnnnnnn…    100    100      254  281474976710655  life-span  OK
  187  attribute 187      1      -        2                -  pre-fail   failing
 
 Could not be read:
   /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial
-  ssssssssssssssssssss
+  ssssssssssssssssssss: it hangs
 
 S.M.A.R.T. is missing or off, not read: sdc
 Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
@@ -251,7 +263,7 @@ TEST(Report, AsPage) {
   drives::Host host = Wide();
   host.drives.at(0).product = "<b title='\"'>&amp;";
   host.drives.at(0).attributes.at(0).name = "<n>";
-  host.others->withoutSMART = {"<s>"};
+  host.recorded->withoutSMART = {"<s>"};
   host.damage = {7, "<i>"};
   host.drives.insert(host.drives.begin(), drives::Drive())->device = "/dev/rsdz";
   const std::string page = views::PageText(host, std::chrono::sys_days(std::chrono::days(1)));
@@ -261,22 +273,33 @@ TEST(Report, AsPage) {
 <h2>What is wrong</h2>
 <ul>
 <li class="failing">The report is damaged; this is what came before. line 7: &lt;i&gt;</li>
-<li class="failing">/dev/rsdaa: failing: the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</li>
-<li class="failing">Could not be read: /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial ssssssssssssssssssss</li>
-<li class="warning">/dev/rsdz: no attributes</li>
+<li class="failing">failing: <a href="#drive2">&lt;b title=&#39;&quot;&#39;&gt;&amp;amp; (/dev/rsdaa)</a>
+<ul>
+<li class="failing">the drive&#39;s own self-assessment: failed<p class="weak">Save the data of a drive that is failing, and replace it.</p></li>
+<li class="failing">attribute 187 is 1, threshold 2: failure predicted<p class="weak">Save the data of a drive that is failing, and replace it.</p></li>
+<li class="warning">65535 sectors reallocated, 4294967295 pending<p class="weak">Save the data of a drive with early signs of failure, and replace it if they get worse. In a study of 100,000 hard disks, one with a pending sector was 16 times as likely to fail within 60 days.</p></li>
+<li class="warning">100 °C<p class="weak">A hot drive needs more air: look at fans and dust.</p></li>
+</ul></li>
+<li class="failing">could not be read: /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial ssssssssssssssssssss: it hangs<p class="weak">A drive that cannot be read may be failing: look at its cables, and at journalctl -k.</p></li>
+<li class="warning">no attributes: <a href="#drive1">/dev/rsdz</a><p class="weak">A drive without attributes may fail without a sign: keep copies of its data.</p></li>
 </ul>
 <h2>Drives</h2>
-<section class="failing">
+<section class="failing" id="drive2">
 <h3>&lt;b title=&#39;&quot;&#39;&gt;&amp;amp;: <span class="failing">failing</span></h3>
 <dl>
 <div><dt>Path</dt><dd>/dev/rsdaa</dd></div>
 <div><dt>Serial number</dt><dd>ssssssssssssssssssss</dd></div>
 <div><dt>Revision</dt><dd>87654321</dd></div>
 <div><dt>Capacity</dt><dd>1023.99 GB</dd></div>
+<div><dt>Rotation</dt><dd>15000 rpm</dd></div>
+<div><dt>Form factor</dt><dd>less than 1.8 inch</dd></div>
+<div><dt>Link</dt><dd>6.0 Gb/s</dd></div>
+<div><dt>Power-on time</dt><dd>262800 hours (30.0 years)</dd></div>
+<div><dt>Power cycles</dt><dd>4294967295</dd></div>
 <div><dt>Temperature</dt><dd>100 °C</dd></div>
 <div><dt>Read</dt><dd>2026-11-25 16:02 UTC</dd></div>
 </dl>
-<p class="failing">the drive says so itself; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending, 4294967295 uncorrectable</p>
+<p class="failing">the drive&#39;s own self-assessment: failed; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending; 100 °C</p>
 <table>
 <caption>Attributes</caption>
 <thead><tr><th scope="col">Name</th><th scope="col">Value</th><th scope="col">Worst</th><th scope="col">Threshold</th><th scope="col">Raw</th></tr></thead>
@@ -286,12 +309,18 @@ TEST(Report, AsPage) {
 </tbody>
 </table>
 </section>
-<section class="warning">
+<section class="warning" id="drive1">
 <h3>/dev/rsdz: <span class="warning">no attributes</span></h3>
 <dl>
 <div><dt>Path</dt><dd>/dev/rsdz</dd></div>
 </dl>
 </section>
+<details>
+<summary>What these attributes mean</summary>
+<ul>
+<li>187: Errors that the drive could not correct and reported. A sign of failure.</li>
+</ul>
+</details>
 <h2>Not in this report</h2>
 <p>S.M.A.R.T. is missing or off, not read: &lt;s&gt;</p>
 <p>Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>

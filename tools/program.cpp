@@ -98,7 +98,7 @@ std::string HelpText(const CommandLine& line) {
 int RunOrAnswer(const CommandLine& line, const Arguments& arguments, const Run& run) {
   const bool wantsVersion = arguments.Has("version");
   if (arguments.Has("help") || wantsVersion) {
-    const std::string version = std::string(line.program) + " " SMARTPROBE_VERSION "\n";
+    const std::string version = std::string(line.program) + " " + Version() + "\n";
     base::Print(wantsVersion ? version : HelpText(line));
     return 0;
   }
@@ -125,6 +125,8 @@ int RunAndReport(const CommandLine& line, int argc, char** argv, const Run& run,
 }
 
 }  // namespace
+
+const char* Version() { return SMARTPROBE_VERSION; }
 
 int RunProgram(const CommandLine& line, int argc, char** argv, const Run& run, Failures failures) {
   base::PrepareStandardStreams();

@@ -48,6 +48,9 @@ struct Failures {
   bool onOutput = false;  // mistakes are printed on standard output, where monitoring looks
 };
 
+// The version of all programs: "1.0.0".
+const char* Version();
+
 // The whole of a program's main: prepares the standard streams, parses the arguments as getopt_long
 // does, answers --help, -h and --version, or returns what `run` returns. Options may stand before
 // and after the file, and may be abbreviated; "--" ends them. A mistake in the arguments, which

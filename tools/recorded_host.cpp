@@ -1,13 +1,17 @@
 #include "tools/recorded_host.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "base/printable_text.h"
+#include "drives/ages.h"
 #include "drives/attribute_blocks.h"
 #include "drives/identify_data.h"
 #include "drives/report_lines.h"
@@ -58,9 +62,11 @@ std::string Name(const std::string& text) {
 }
 
 void AddAnswers(drives::Drive& drive, const Entry& device) {
-  drive.recorded.emplace();
+  drive.recorded.emplace().capacity = machines::MediumSize(device);
   if (!device.drive) return;
   const platform::DriveAnswers answers = device.drive();
+  if (const auto identify = answers.identify.Block())
+    drives::AddIdentify(*drive.recorded, *identify);
   if (const auto data = answers.data.Block()) drives::AddData(drive, *data);
   drive.recorded->date = answers.date;
 }
@@ -68,11 +74,12 @@ void AddAnswers(drives::Drive& drive, const Entry& device) {
 // As the report of the drive would name it; what its IDENTIFY DEVICE data do not tell, the kernel
 // may.
 drives::UnreadDrive MakeUnread(std::string path, const Entry& device) {
-  std::optional<base::Block> identify;
-  if (device.drive) identify = device.drive().identify.Block();
-  drives::UnreadDrive drive{std::move(path),
-                            Name(Characteristic(device, machines::kProductNameKey)),
-                            Name(Characteristic(device, machines::kSerialNumberKey))};
+  platform::DriveAnswers answers;
+  if (device.drive) answers = device.drive();
+  const std::optional<base::Block> identify = answers.identify.Block();
+  drives::UnreadDrive drive{
+      std::move(path), Name(Characteristic(device, machines::kProductNameKey)),
+      Name(Characteristic(device, machines::kSerialNumberKey)), Name(answers.whyNotOpened)};
   if (!identify) return drive;
   if (drive.product.empty()) drive.product = drives::ModelNumber(*identify);
   const std::string serial = drives::SerialNumber(*identify);
@@ -85,7 +92,7 @@ drives::UnreadDrive MakeUnread(std::string path, const Entry& device) {
 void AddDevice(Host& host, const Entry& device) {
   const std::string lines = ReplayDevice(device);
   if (lines.empty()) {
-    host.others->withoutSMART.push_back(Name(DiskName(device)));
+    host.recorded->withoutSMART.push_back(Name(DiskName(device)));
     return;
   }
   Host own = drives::ParseReport(lines);
@@ -103,16 +110,47 @@ void AddDevice(Host& host, const Entry& device) {
   }
 }
 
+// Adds what the first root says of the host, and gives whether that runs Linux.
+bool AddOrigin(drives::RecordedHost& host, const platform::Machine& machine) {
+  if (machine.roots.empty()) return false;
+  const auto* origin = platform::FindValue<platform::Dictionary>(machine.roots.front().properties,
+                                                                 machines::kHostKey);
+  if (!origin) return false;
+  const std::string* name = platform::FindText(*origin, machines::kHostNameKey);
+  if (name) host.name = Name(*name);
+  const auto* date = platform::FindValue<std::chrono::sys_seconds>(*origin, machines::kHostDateKey);
+  if (date) host.date = *date;
+  const std::string* system = platform::FindText(*origin, machines::kHostSystemKey);
+  return system && *system == machines::kLinux;
+}
+
+// Linux has other paths, and names its disks sda to sdz, then sdaa.
+template <typename AnyDrive>
+void UseLinuxPaths(std::vector<AnyDrive>& devices) {
+  for (AnyDrive& drive : devices) {
+    const std::string_view disk = drives::DiskOf(drive.device);
+    if (!disk.empty()) drive.localPath = "/dev/" + std::string(disk);
+  }
+  std::ranges::stable_sort(devices, {}, [](const AnyDrive& drive) {
+    return std::pair(drive.device.size(), drive.device);
+  });
+}
+
 }  // namespace
 
-Host ReadRecordedHost(platform::Machine machine) {
+Host ReadRecordedHost(platform::Machine machine, std::chrono::sys_seconds now) {
   platform::SetMachine(std::move(machine));
   const Disks disks = DisksOf(platform::ThisMachine());
   Host host;
-  host.others.emplace();
+  drives::RecordedHost& recorded = host.recorded.emplace();
   for (const Entry* device : disks.ata) AddDevice(host, *device);
   for (const Entry* device : disks.ahci) AddDevice(host, *device);
-  for (const Entry* disk : disks.others) host.others->notATA.push_back(Name(DiskName(*disk)));
+  for (const Entry* disk : disks.others) recorded.notATA.push_back(Name(DiskName(*disk)));
+  if (AddOrigin(recorded, platform::ThisMachine())) {
+    UseLinuxPaths(host.drives);
+    UseLinuxPaths(host.notRead);
+  }
+  drives::AddAges(host, now);
   return host;
 }
 

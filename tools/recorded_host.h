@@ -2,6 +2,8 @@
 // recording holds besides.
 #pragma once
 
+#include <chrono>
+
 #include "drives/facts.h"
 #include "platform/machine.h"
 
@@ -10,6 +12,9 @@ namespace tools {
 // Runs the probe once for each device of the machine by itself, so that no text can be taken for
 // another device's. The drives come in the order of the report. Throws as ReplayDevice
 // (tools/replay.h) does, and std::runtime_error for a machine of more than 4,096 disks.
-drives::Host ReadRecordedHost(platform::Machine machine);
+//
+// Of a host that runs Linux they come in the order of the kernel's names, and have its paths. Ages
+// are those at the time `now`.
+drives::Host ReadRecordedHost(platform::Machine machine, std::chrono::sys_seconds now);
 
 }  // namespace tools

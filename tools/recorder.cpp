@@ -1,9 +1,5 @@
 #include "tools/recorder.h"
 
-#include <unistd.h>
-
-#include <cstddef>
-#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,7 +9,6 @@
 #include "base/printable_text.h"
 #include "base/standard_streams.h"
 #include "machines/device_entries.h"
-#include "machines/linux/host_machine.h"
 #include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/write_recording.h"
@@ -51,14 +46,6 @@ std::string Joined(const std::vector<std::string>& names) {
   return text;
 }
 
-// One line of a terminal that each call writes over, and the last one clears.
-void ShowProgress(std::size_t drives, const std::vector<std::string>& awaited) {
-  std::string line = std::to_string(drives - awaited.size()) + " of " + std::to_string(drives) +
-                     " drives have answered; waiting for " + Joined(awaited);
-  if (awaited.empty()) line.clear();
-  std::fprintf(stderr, "\r%-78.78s\r", line.c_str());
-}
-
 // The recorder is the only one to mention them.
 void PrintDisksNotRead(const platform::Machine& machine) {
   std::vector<std::string> others;
@@ -90,13 +77,11 @@ int DaysOfSleep(const Arguments& arguments) {
 
 int RecordHost(const Arguments& arguments, const HostFolders& folders) {
   const std::string& file = *arguments.file;
-  machines::Asking asking;
   const int days = DaysOfSleep(arguments);
   CheckOutputFile(file);  // before any drive is woken for nothing
-  if (days > 0) asking.kept = ReadKeptAnswers(kCommandLine.program, file, days);
-  if (isatty(STDERR_FILENO) != 0) asking.progress = ShowProgress;
-  const platform::Machine machine =
-      machines::AskDisks(machines::ListDisks(folders.sysfs), folders.dev, asking);
+  machines::KeptAnswers kept;
+  if (days > 0) kept = ReadKeptAnswers(kCommandLine.program, file, days);
+  const platform::Machine machine = AskHost(folders, kept);
   platform::Property listing = machines::ListingOf(machine, Record);
   PrintDisksNotRead(machine);
   if (arguments.Has("no-serials")) machines::MaskSerials(listing);

@@ -17,13 +17,11 @@
 
 #include "base/dates.h"
 #include "base/files.h"
+#include "base/numbers.h"
 #include "base/standard_streams.h"
-#include "drives/report_lines.h"
-#include "machines/recorded/read_recording.h"
-#include "machines/recorded/recording_files.h"
+#include "tools/host_input.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
-#include "tools/recorded_host.h"
 #include "views/field_texts.h"
 #include "views/views.h"
 
@@ -33,9 +31,10 @@ using drives::Host;
 
 const tools::CommandLine kCommandLine = {
     "smartprobe-read",
-    "Shows what a report of smartprobe, or that of a recorded machine, says about the drives, or\n"
-    "hands it to monitoring.",
-    {{"table", nullptr, "Each drive with all its attributes (the default)"},
+    "Shows what a report, a recording or this host says about the drives, or hands it to "
+    "monitoring.",
+    {{"host", nullptr, "Read the drives of this host, in place of FILE (run as root)"},
+     {"table", nullptr, "Each drive with all its attributes (the default)"},
      {"brief", nullptr, "Each drive in a line, and what is wrong with it"},
      {"html", nullptr, "A page for a browser, with what is wrong first"},
      {"json", nullptr, "One JSON document, for programs"},
@@ -44,6 +43,8 @@ const tools::CommandLine kCommandLine = {
      {"check", nullptr,
       "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, no "
       "attributes), 2 failing, 3 unknown"},
+     {"max-age", "DAYS",
+      "With --check, answers older than that are unknown; 1 to 3650, 2 without this option"},
      {"output", "FILE",
       "Print into FILE, which only a whole report replaces; - is standard output"}},
     "The report, or a recording; - is standard input, which is the default",
@@ -62,17 +63,23 @@ std::string PageOf(const Host& host, const views::Screen& /*screen*/) {
   return views::PageText(host, base::Now());
 }
 
+std::string JsonOf(const Host& host, const views::Screen& /*screen*/) {
+  return views::JsonText(host, tools::Version());
+}
+
 constexpr std::array kForms = {
     Form{"table", views::TableText, true},
     Form{"brief", views::BriefText, true},
     Form{"html", PageOf, false},
-    Form{"json", [](const Host& host, auto&) { return views::JsonText(host); }, false},
+    Form{"json", JsonOf, false},
     Form{"prometheus", [](const Host& host, auto&) { return views::MetricsText(host); }, false},
     Form{"advice", [](const Host& host, auto&) { return views::AdviceText(host); }, true}};
 
 struct Options {
   const Form* form = kForms.data();
   bool checks = false;
+  bool readsThisHost = false;
+  std::chrono::days maxAge{2};  // of the newest answers, in a check
   std::string output = "-";
   std::string file = "-";
 };
@@ -103,30 +110,9 @@ views::Screen ScreenOf(const Options& options) {
 
 // Without this line a forgotten FILE argument looks like a hang.
 void WarnOfWaiting(const Options& options) {
-  if (!base::IsStandardStream(options.file) || isatty(STDIN_FILENO) == 0) return;
+  if (options.readsThisHost || !base::IsStandardStream(options.file)) return;
+  if (isatty(STDIN_FILENO) == 0) return;
   base::PrintError(kCommandLine.program, "waiting for a report on standard input");
-}
-
-// A report begins with a letter. What begins as no report may, but as XML or a binary property list
-// do, is read as a recording, whose reader says best what is wrong with it.
-bool IsRecording(std::string_view bytes) {
-  constexpr std::string_view kBeforeMarkup = "\xEF\xBB\xBF\xFE\xFF \t\r\n";
-  const std::string_view markup =
-      bytes.substr(std::min(bytes.find_first_not_of(kBeforeMarkup), bytes.size()));
-  return markup.starts_with('<') || markup.starts_with(std::string_view("\0<", 2)) ||
-         bytes.starts_with("bplist");
-}
-
-// What the report or the recording in the file says.
-Host ReadHost(const std::string& file) {
-  const std::string bytes = base::ReadUpTo(machines::kMaxRecordingSize + 1, file);
-  if (!IsRecording(bytes)) return drives::ParseReport(bytes);
-  platform::Machine machine = machines::ParseRecording(bytes, file);
-  try {
-    return tools::ReadRecordedHost(std::move(machine));
-  } catch (const std::runtime_error& error) {
-    throw std::runtime_error(file + ": " + error.what());
-  }
 }
 
 // Of a file that is no report at all there is nothing to show: an empty form would look like a host
@@ -135,13 +121,22 @@ bool HasNothing(const Host& host) {
   return host.damage && host.drives.empty() && host.notRead.empty();
 }
 
+// Monitoring of answers that stay the same for ever must not look well.
+void AddAgeFault(Reading& reading, const Options& options) {
+  if (!options.checks || !reading.host.recorded || !reading.host.recorded->newestAnswers) return;
+  const std::chrono::days age = *reading.host.recorded->newestAnswers;
+  if (age <= options.maxAge) return;
+  reading.faults.push_back("the newest answers are " + std::to_string(age.count()) + " days old");
+}
+
 void Read(const Options& options, Reading& reading) {
   WarnOfWaiting(options);
-  reading.host = ReadHost(options.file);
+  reading.host = options.readsThisHost ? tools::ReadThisHost() : tools::ReadHostFile(options.file);
   if (const auto& damage = reading.host.damage) {
     reading.faults.push_back(options.file + ": " + views::DamageText(*damage));
   }
   if (HasNothing(reading.host)) return;
+  AddAgeFault(reading, options);
   std::string text = options.form->textOf(reading.host, ScreenOf(options));
   if (IsPrinted(options)) {
     reading.text = std::move(text);
@@ -195,6 +190,15 @@ Options OptionsOf(const tools::Arguments& arguments) {
   if (forms > 1) throw tools::UsageError("more than one form");
   options.checks = arguments.Has("check");
   if (arguments.Has("output")) options.output = arguments.options.at("output");
+  if (arguments.Has("max-age")) {
+    const auto days = base::ParseNumber<int>(arguments.options.at("max-age"), 10);
+    if (!days || *days < 1 || *days > 3650) {
+      throw tools::UsageError("--max-age needs a number of days from 1 to 3650");
+    }
+    options.maxAge = std::chrono::days(*days);
+  }
+  options.readsThisHost = arguments.Has("host");
+  if (options.readsThisHost && arguments.file) throw tools::UsageError("--host reads no FILE");
   if (arguments.file) options.file = *arguments.file;
   return options;
 }

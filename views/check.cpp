@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
+#include <optional>
 #include <ranges>
 
 #include "base/printable_text.h"
@@ -37,17 +39,19 @@ constexpr int Rank(Verdict verdict) {
 // "/dev/rdisk0", of a drive to look after with what is wrong.
 std::string DriveText(const Drive& drive, const health::Health& health) {
   Texts reasons;
-  for (const auto& [grade, text] : health.reasons) {
-    if (grade == Grade::kCaution) reasons.push_back(text);
+  for (const health::Reason& reason : health.reasons) {
+    if (reason.grade == Grade::kCaution) reasons.push_back(reason.text);
   }
   const bool isListed = health.grade == Grade::kCaution;
-  return PathText(drive.device) +
+  return PathText(drive) +
          (isListed ? fmt::format(" ({})", fmt::join(reasons, ", ")) : std::string());
 }
 
+// "/dev/sda (PRODUCT, serial X: why)"
 std::string UnreadDriveText(const UnreadDrive& drive) {
-  const std::string names = NamesText(drive);
-  return PathText(drive.device) + (names.empty() ? "" : fmt::format(" ({})", names));
+  Texts texts = {NamesText(drive), FieldText(drive.why)};
+  std::erase(texts, "");
+  return PathText(drive) + (texts.empty() ? "" : fmt::format(" ({})", fmt::join(texts, ": ")));
 }
 
 // The drives of that grade.
@@ -74,12 +78,25 @@ Texts LinesOf(const Texts& texts) {
   return lines;
 }
 
-Texts PathsWithUnclearCounts(const Host& host) {
-  Texts paths;
+// The paths of drives by what limits their judgement.
+using Limits = std::map<std::string, Texts>;
+
+Limits LimitsOf(const Host& host) {
+  Limits limits;
   for (const Drive& drive : host.drives) {
-    if (health::HasUnclearCount(drive)) paths.push_back(PathText(drive.device));
+    for (const health::Reason& reason : health::HealthOf(drive).reasons) {
+      const bool isLimit = reason.grade == Grade::kGood && reason.limitsJudgement;
+      if (isLimit) limits[reason.text].push_back(PathText(drive));
+    }
   }
-  return paths;
+  return limits;
+}
+
+bool CountsNoLoss(const Host& host) {
+  const auto isClear = [](const drives::LossCount& loss) { return loss.count == 0U; };
+  return host.recorded && std::ranges::all_of(host.drives, [&](const Drive& drive) {
+           return !drive.recorded || std::ranges::all_of(drive.recorded->losses, isClear);
+         });
 }
 
 std::string CountText(const Host& host) {
@@ -88,10 +105,33 @@ std::string CountText(const Host& host) {
 }
 
 // What a good verdict rests on.
-std::string_view Grounds(const Host& host, bool isUnclear) {
-  const bool countsSectors = host.others && !isUnclear;
-  return countsSectors ? ", no threshold reached, no lost sector counted"
-                       : ", no threshold reached";
+std::string_view Grounds(const Host& host) {
+  return CountsNoLoss(host) ? ", no threshold reached, no lost sector counted"
+                            : ", no threshold reached";
+}
+
+// " | drives=3 failing=0 caution=1 temperature_max=47"; nothing where nothing was read.
+std::string PerformanceText(const Host& host) {
+  if (host.drives.empty() && host.notRead.empty()) return "";
+  Texts texts = {fmt::format("drives={}", host.drives.size())};
+  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+    if (row.heading.empty()) continue;
+    std::string name(row.word);
+    std::ranges::replace(name, ' ', '_');
+    texts.push_back(fmt::format("{}={}", name, TextsOf(host, row.grade).size()));
+  }
+  std::optional<int> hottest;
+  for (const Drive& drive : host.drives) {
+    if (drive.recorded) hottest = std::max(hottest, drive.recorded->temperature);
+  }
+  if (hottest) texts.push_back(fmt::format("temperature_max={}", *hottest));
+  return fmt::format(" | {}", fmt::join(texts, " "));
+}
+
+// What comes after a bar is performance data.
+std::string WithoutBars(std::string text) {
+  std::ranges::replace(text, '|', '/');
+  return text;
 }
 
 }  // namespace
@@ -108,14 +148,17 @@ Judgement Check(const Host& host, const Texts& faults) {
     if (!row.heading.empty()) AddGroup(groups, row.heading, texts);
     if (row.grade == Grade::kNotRead) AddGroup(groups, "", LinesOf(faults));
   }
-  const Texts unclear = PathsWithUnclearCounts(host);
   if (groups.empty()) {
     groups.push_back(CountText(host));
-    if (!isUnknown) groups.back() += Grounds(host, !unclear.empty());
+    if (!isUnknown) groups.back() += Grounds(host);
   }
-  AddGroup(groups, "sector count not clear", unclear);
+  for (const auto& [limit, paths] : LimitsOf(host)) AddGroup(groups, limit, paths);
   for (const std::string& text : OtherDisksTexts(host)) groups.push_back(text);
-  return {verdict, fmt::format("smartprobe {}: {}", VerdictWord(verdict), fmt::join(groups, "; "))};
+  const std::string origin = OriginText(host);
+  if (!origin.empty()) groups.push_back("recorded on " + origin);
+  return {verdict, fmt::format("smartprobe {}: {}{}", VerdictWord(verdict),
+                               WithoutBars(fmt::format("{}", fmt::join(groups, "; "))),
+                               PerformanceText(host))};
 }
 
 std::string AdviceText(const Host& host) {

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "base/dates.h"
 #include "base/printable_text.h"
@@ -30,6 +31,12 @@ std::string ProductText(std::string_view product) {
   return base::Shortened(FieldText(product), kMaxProduct);
 }
 
+template <typename AnyDrive>
+std::string PathOf(const AnyDrive& drive) {
+  const std::string& path = drive.localPath.empty() ? drive.device : drive.localPath;
+  return path.empty() ? "(no path)" : base::OneLine(path);
+}
+
 void AddDisks(Texts& texts, std::string_view heading, const Texts& disks) {
   Texts names;
   for (const std::string& disk : disks) {
@@ -43,9 +50,8 @@ void AddDisks(Texts& texts, std::string_view heading, const Texts& disks) {
 
 std::string FieldText(std::string_view field) { return base::OneLine(base::Trimmed(field, " ")); }
 
-std::string PathText(std::string_view device) {
-  return device.empty() ? "(no path)" : base::OneLine(device);
-}
+std::string PathText(const Drive& drive) { return PathOf(drive); }
+std::string PathText(const UnreadDrive& drive) { return PathOf(drive); }
 
 std::string WorstText(const Attribute& attribute) {
   return attribute.counts ? std::to_string(attribute.counts->worst) : "";
@@ -60,8 +66,32 @@ std::string TemperatureText(const Drive& drive) {
   return fmt::format("{} °C", *drive.recorded->temperature);
 }
 
+std::string PowerOnText(const Drive& drive) {
+  constexpr double kHoursAYear = 365.25 * 24;
+  if (!drive.recorded || !drive.recorded->powerOnHours) return "";
+  const std::uint32_t hours = *drive.recorded->powerOnHours;
+  return fmt::format("{} hour{} ({:.1f} years)", hours, hours == 1 ? "" : "s", hours / kHoursAYear);
+}
+
+std::string PowerCyclesText(const Drive& drive) {
+  if (!drive.recorded || !drive.recorded->powerCycles) return "";
+  return std::to_string(*drive.recorded->powerCycles);
+}
+
+std::string RotationText(const Drive& drive) {
+  if (!drive.recorded || !drive.recorded->rotationRate) return "";
+  const int rate = *drive.recorded->rotationRate;
+  return rate == 0 ? "SSD" : fmt::format("{} rpm", rate);
+}
+
 std::string ReadDateText(const Drive& drive) {
   return drive.recorded && drive.recorded->date ? base::DateText(*drive.recorded->date) : "";
+}
+
+std::string RowText(const health::Health& health, const Attribute& attribute) {
+  const health::Grade grade = RowGrade(health, attribute);
+  const bool wasReached = grade == health::Grade::kGood && health::WasReached(attribute);
+  return wasReached ? "once" : std::string(health::RowOf(grade).word);
 }
 
 std::string HealthText(const health::Health& health) {
@@ -75,6 +105,10 @@ std::string DescriptionText(const Drive& drive) {
   Add(texts, "revision ", drive.revision);
   Add(texts, "", drive.capacity);
   Add(texts, "serial ", drive.serial);
+  Add(texts, "", RotationText(drive));
+  Add(texts, "on for ", PowerOnText(drive));
+  const std::string cycles = PowerCyclesText(drive);
+  Add(texts, "", cycles.empty() ? "" : cycles + (cycles == "1" ? " power cycle" : " power cycles"));
   Add(texts, "", TemperatureText(drive));
   Add(texts, "read ", ReadDateText(drive));
   return Joined(texts);
@@ -89,7 +123,17 @@ std::string NamesText(const UnreadDrive& drive) {
 
 std::string UnreadText(const UnreadDrive& drive) {
   const std::string names = NamesText(drive);
-  return fmt::format("{}{}{}", PathText(drive.device), names.empty() ? "" : ", ", names);
+  const std::string why = FieldText(drive.why);
+  return fmt::format("{}{}{}{}{}", PathText(drive), names.empty() ? "" : ", ", names,
+                     why.empty() ? "" : ": ", why);
+}
+
+std::string OriginText(const drives::Host& host) {
+  Texts texts;
+  if (!host.recorded) return "";
+  Add(texts, "", host.recorded->name);
+  if (host.recorded->date) texts.push_back(base::DateText(*host.recorded->date));
+  return Joined(texts);
 }
 
 std::string DamageText(const drives::Damage& damage) {
@@ -98,9 +142,9 @@ std::string DamageText(const drives::Damage& damage) {
 
 Texts OtherDisksTexts(const drives::Host& host) {
   Texts texts;
-  if (!host.others) return texts;
-  AddDisks(texts, "S.M.A.R.T. is missing or off, not read", host.others->withoutSMART);
-  AddDisks(texts, "Not ATA, not looked at", host.others->notATA);
+  if (!host.recorded) return texts;
+  AddDisks(texts, "S.M.A.R.T. is missing or off, not read", host.recorded->withoutSMART);
+  AddDisks(texts, "Not ATA, not looked at", host.recorded->notATA);
   return texts;
 }
 

@@ -14,25 +14,35 @@ namespace views {
 // `field` without the blanks that pad it.
 std::string FieldText(std::string_view field);
 
-// The device's path, or words for an empty one.
-std::string PathText(std::string_view device);
+// The drive's path on its host, or else that of the report, or words for none.
+std::string PathText(const drives::Drive& drive);
+std::string PathText(const drives::UnreadDrive& drive);
 
 std::string WorstText(const drives::Attribute& attribute);
 std::string RawText(const drives::Attribute& attribute);
 std::string TemperatureText(const drives::Drive& drive);  // "34 °C"
+std::string PowerOnText(const drives::Drive& drive);      // "13422 hours (1.5 years)"
+std::string PowerCyclesText(const drives::Drive& drive);  // "903"
+std::string RotationText(const drives::Drive& drive);     // "SSD" or "7200 rpm"
 std::string ReadDateText(const drives::Drive& drive);     // "2026-11-25 16:02 UTC"
+
+// "caution", "once" of a row that was at its threshold and makes no grade, or "OK"
+std::string RowText(const health::Health& health, const drives::Attribute& attribute);
 
 // "failing: 69 sectors reallocated": the word of the grade, and the reasons.
 std::string HealthText(const health::Health& health);
 
-// "MAXTOR STM3250820A, revision 3.AAE, 250.06 GB, serial 6RY0W4LH, 34 °C, read 2026-11-25 16:02
-// UTC"
+// "MAXTOR STM3250820A, revision 3.AAE, 250.06 GB, serial 6RY0W4LH, 7200 rpm, on for 13422 hours
+// (1.5 years), 903 power cycles, 34 °C, read 2026-11-25 16:02 UTC"
 std::string DescriptionText(const drives::Drive& drive);
 
 // "MAXTOR STM3250820A, serial 6RY0W4LH"
 std::string NamesText(const drives::UnreadDrive& drive);
-// The same after the device's path and a comma.
+// The same after the drive's path and a comma, and before why it could not be read.
 std::string UnreadText(const drives::UnreadDrive& drive);
+
+// "host.example.org, 2026-11-25 16:02 UTC": of a recording, as far as it says so.
+std::string OriginText(const drives::Host& host);
 
 // "line 12: what is wrong"
 std::string DamageText(const drives::Damage& damage);

@@ -1,7 +1,9 @@
 // The host as one JSON document.
 #include <rapidjson/writer.h>
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "health/health.h"
@@ -46,6 +48,10 @@ void Put(Writer& json, std::string_view key, const Value& value) {
   Put(json, value);
 }
 
+void PutDate(Writer& json, std::optional<std::chrono::sys_seconds> date) {
+  if (date) Put(json, "unix_time", std::int64_t{date->time_since_epoch().count()});
+}
+
 // The flags word with its bytes in the order of the drive's standard.
 unsigned AtaFlags(std::uint16_t flags) { return (flags & 0xFFU) << 8U | flags >> 8U; }
 
@@ -69,13 +75,25 @@ void PutAttribute(Writer& json, const Attribute& attribute) {
 
 void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.temperature) Put(json, "temperature_celsius", *recorded.temperature);
-  for (const auto& [state, count] : recorded.sectors) {
-    Key(json, std::string(state) + "_sectors");
-    count ? Put(json, *count) : void(json.Null());
+  for (const drives::LossCount& loss : recorded.losses) {
+    if (!loss.ofSectors) continue;
+    Key(json, std::string(loss.name) + "_sectors");
+    loss.count ? Put(json, *loss.count) : void(json.Null());
   }
-  if (recorded.date) {
-    Put(json, "unix_time", std::int64_t{recorded.date->time_since_epoch().count()});
-  }
+  if (recorded.capacity) Put(json, "capacity_bytes", *recorded.capacity);
+  if (recorded.powerOnHours) Put(json, "power_on_hours", *recorded.powerOnHours);
+  if (recorded.powerCycles) Put(json, "power_cycles", *recorded.powerCycles);
+  if (recorded.rotationRate) Put(json, "rotation_rate", *recorded.rotationRate);
+  if (recorded.selfTest) Put(json, "last_self_test_status", *recorded.selfTest);
+  PutDate(json, recorded.date);
+}
+
+void PutHealth(Writer& json, const health::Health& health) {
+  Put(json, "health", RowOf(health.grade).word);
+  Key(json, "reasons");
+  json.StartArray();
+  for (const health::Reason& reason : health.reasons) Put(json, reason.text);
+  json.EndArray();
 }
 
 void PutDrive(Writer& json, const Drive& drive) {
@@ -85,7 +103,9 @@ void PutDrive(Writer& json, const Drive& drive) {
   Put(json, "revision", drive.revision);
   Put(json, "capacity", drive.capacity);
   Put(json, "serial", drive.serial);
+  if (!drives::DiskOf(drive.device).empty()) Put(json, "disk", drives::DiskOf(drive.device));
   Put(json, "threshold_exceeded", drive.thresholdExceeded);
+  PutHealth(json, health::HealthOf(drive));
   if (drive.recorded) PutRecorded(json, *drive.recorded);
   Key(json, "attributes");
   json.StartArray();
@@ -102,6 +122,7 @@ void PutUnreadDrives(Writer& json, const Host& host) {
     Put(json, "device", drive.device);
     Put(json, "product", drive.product);
     Put(json, "serial", drive.serial);
+    if (!drive.why.empty()) Put(json, "reason", drive.why);
     json.EndObject();
   }
   json.EndArray();
@@ -119,10 +140,12 @@ void PutRest(Writer& json, const Host& host) {
   for (const drives::UnreadDrive& drive : host.notRead) paths.push_back(drive.device);
   json.StartObject();
   PutNames(json, "not_read", paths);
-  if (host.others) {
+  if (host.recorded) {
     PutUnreadDrives(json, host);
-    PutNames(json, "without_smart", host.others->withoutSMART);
-    PutNames(json, "not_ata", host.others->notATA);
+    PutNames(json, "without_smart", host.recorded->withoutSMART);
+    PutNames(json, "not_ata", host.recorded->notATA);
+    if (!host.recorded->name.empty()) Put(json, "host", host.recorded->name);
+    PutDate(json, host.recorded->date);
   }
   json.EndObject();
 }
@@ -138,13 +161,14 @@ std::string Text(void (*put)(Writer&, const Subject&), const Subject& subject) {
 }  // namespace
 
 // The library writes no line feeds, so the objects are put together here.
-std::string JsonText(const Host& host) {
+std::string JsonText(const Host& host, std::string_view version) {
   std::string text = "{\"drives\":[";
   for (const Drive& drive : host.drives) {
     text.append(&drive == &host.drives.front() ? "\n" : ",\n").append(Text(PutDrive, drive));
   }
   if (!host.drives.empty()) text += '\n';
-  return text.append("],").append(Text(PutRest, host), 1).append("\n");
+  text.append("],").append(Text(PutRest, host), 1).pop_back();
+  return text.append(",\"version\":\"").append(version).append("\"}\n");
 }
 
 }  // namespace views

@@ -13,6 +13,7 @@
 
 #include "base/printable_text.h"
 #include "health/health.h"
+#include "health/signs.h"
 #include "views/views.h"
 
 namespace views {
@@ -62,12 +63,6 @@ struct Devices {
   std::vector<std::string> notRead;             // their labels
 };
 
-// The name that other collectors know the disk of that path by: "sda" of /dev/rsda.
-std::string_view DiskOf(std::string_view device) {
-  constexpr std::string_view kRawDevice = "/dev/r";
-  return device.starts_with(kRawDevice) ? device.substr(kRawDevice.size()) : "";
-}
-
 // Gives the labels of one device after the other, and numbers all but the first of one path, so
 // that no series occurs twice.
 class DeviceLabels {
@@ -76,7 +71,7 @@ class DeviceLabels {
   std::string Next(const AnyDrive& drive) {
     const int number = counts_[Labels({{"device", drive.device}})]++;
     return Labels({{"device", drive.device},
-                   {"disk", DiskOf(drive.device)},
+                   {"disk", drives::DiskOf(drive.device)},
                    {"drive", number == 0 ? "" : std::to_string(number)},
                    {"product", base::Trimmed(drive.product, " ")},
                    {"serial", base::Trimmed(drive.serial, " ")}});
@@ -168,6 +163,21 @@ Value ReadTime(const Drive& drive) {
   return seconds < 0 ? std::nullopt : Value(static_cast<std::uint64_t>(seconds));
 }
 
+Value PowerOnSeconds(const Drive& drive) {
+  const auto hours = drive.recorded ? drive.recorded->powerOnHours : std::nullopt;
+  return hours ? Value(std::uint64_t{*hours} * 3600) : std::nullopt;
+}
+
+Value Capacity(const Drive& drive) {
+  const auto bytes = drive.recorded ? drive.recorded->capacity : std::nullopt;
+  return bytes ? Value(static_cast<std::uint64_t>(*bytes)) : std::nullopt;
+}
+
+Value SelfTestFailed(const Drive& drive) {
+  const auto status = drive.recorded ? drive.recorded->selfTest : std::nullopt;
+  return status ? Value(health::IsFailedSelfTest(*status)) : std::nullopt;
+}
+
 Value Worst(const Attribute& attribute) {
   return attribute.counts ? Value(attribute.counts->worst) : std::nullopt;
 }
@@ -180,12 +190,12 @@ void AppendCounts(Metrics& metrics, const Host& host) {
   metrics.Count("smartprobe_drives_read", "How many drives were read.", host.drives.size());
   metrics.Count("smartprobe_drives_not_read", "How many drives could not be read.",
                 host.notRead.size());
-  if (!host.others) return;
+  if (!host.recorded) return;
   metrics.Count("smartprobe_disks_not_looked_at", "How many disks are not ATA disks.",
-                host.others->notATA.size());
+                host.recorded->notATA.size());
   metrics.Count("smartprobe_drives_without_smart",
                 "How many drives have no S.M.A.R.T., or none that can be enabled.",
-                host.others->withoutSMART.size());
+                host.recorded->withoutSMART.size());
 }
 
 void AppendInfo(Metrics& metrics, const Devices& devices) {
@@ -208,16 +218,41 @@ void AppendDrives(Metrics& metrics, const Devices& devices) {
                       devices.read, Temperature);
   metrics.Each<Drive>("smartprobe_drive_read_time_seconds",
                       "When the drive answered, in seconds since 1970.", devices.read, ReadTime);
+  metrics.Each<Drive>("smartprobe_drive_power_on_seconds", "How long the drive has been on.",
+                      devices.read, PowerOnSeconds);
+  metrics.Each<Drive>("smartprobe_drive_capacity_bytes", "The capacity of the drive.", devices.read,
+                      Capacity);
+  metrics.Each<Drive>("smartprobe_drive_self_test_failed",
+                      "Whether the last self-test of the drive has failed.", devices.read,
+                      SelfTestFailed);
 }
 
-void AppendSectors(Metrics& metrics, const Devices& devices) {
-  metrics.Head("smartprobe_drive_sectors", "How many sectors the drive has lost.");
+// Sectors or errors, told apart by the label `label`.
+void AppendLosses(Metrics& metrics, const Devices& devices, bool ofSectors,
+                  std::string_view label) {
   for (const auto& [drive, labels] : devices.read) {
     if (!drive->recorded) continue;
-    for (const auto& [state, count] : drive->recorded->sectors) {
-      if (count) metrics.Sample(Joined(labels, Labels({{"state", state}})), *count);
+    for (const drives::LossCount& loss : drive->recorded->losses) {
+      if (loss.ofSectors != ofSectors || !loss.count) continue;
+      metrics.Sample(Joined(labels, Labels({{label, loss.name}})), *loss.count);
     }
   }
+}
+
+void AppendLosses(Metrics& metrics, const Devices& devices) {
+  metrics.Head("smartprobe_drive_sectors", "How many sectors the drive has lost.");
+  AppendLosses(metrics, devices, true, "state");
+  metrics.Head("smartprobe_drive_errors", "How many errors with lost data the drive has met.");
+  AppendLosses(metrics, devices, false, "kind");
+}
+
+void AppendHealth(Metrics& metrics, const Devices& devices) {
+  const auto append = [&](const std::string& labels, health::Grade grade) {
+    metrics.Sample(Joined(labels, Labels({{"grade", health::RowOf(grade).word}})), 1);
+  };
+  metrics.Head("smartprobe_drive_health", "The grade of the drive; always 1.");
+  for (const auto& [drive, labels] : devices.read) append(labels, health::HealthOf(*drive).grade);
+  for (const std::string& labels : devices.notRead) append(labels, health::Grade::kNotRead);
 }
 
 void AppendReadFailed(Metrics& metrics, const Devices& devices) {
@@ -251,7 +286,8 @@ std::string MetricsText(const Host& host) {
   AppendCounts(metrics, host);
   AppendInfo(metrics, devices);
   AppendDrives(metrics, devices);
-  AppendSectors(metrics, devices);
+  AppendHealth(metrics, devices);
+  AppendLosses(metrics, devices);
   AppendReadFailed(metrics, devices);
   AppendAttributes(metrics, devices);
   return std::move(metrics).Text();

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <ranges>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,7 @@
 #include "base/dates.h"
 #include "health/health.h"
 #include "page_style.h"
+#include "views/attribute_meanings.h"
 #include "views/field_texts.h"
 #include "views/views.h"
 
@@ -67,6 +70,7 @@ std::string_view ClassOf(Color color) {
 
 struct JudgedDrive {
   const Drive* drive;
+  std::size_t number;  // among the host's drives, from 1
   health::Health health;
   const GradeRow* grade;
 };
@@ -77,7 +81,7 @@ Drives WorstFirst(const Host& host) {
   for (const Drive& drive : host.drives) {
     health::Health health = health::HealthOf(drive);
     const GradeRow& grade = health::RowOf(health.grade);
-    drives.push_back({&drive, std::move(health), &grade});
+    drives.push_back({&drive, drives.size() + 1, std::move(health), &grade});
   }
   std::ranges::stable_sort(drives, std::ranges::greater(),
                            [](const JudgedDrive& drive) { return drive.health.grade; });
@@ -101,20 +105,48 @@ void AppendItem(std::string& page, std::string_view text, Color color) {
 
 // What a clean bill rests on: counts of sectors are in recordings alone.
 std::string_view AllClearText(const Host& host) {
-  if (!host.others) return "No threshold is reached. Lost sectors are not in the report.";
+  if (!host.recorded) return "No threshold is reached. Lost sectors are not in the report.";
   return "No threshold is reached, and no drive counts a lost sector.";
 }
 
-// The drives of a grade, and what there is to say of them.
+// A reason with what to do about it, and what is known of other drives.
+void AppendReason(std::string& items, const health::Reason& reason, const Drive& drive) {
+  const GradeRow& row = health::RowOf(reason.grade);
+  Append(items, "<li class=\"{}\">{}", ClassOf(row.color), Escaped(reason.text));
+  const std::string study = StudyText(reason, drive);
+  const std::string_view blank = row.advice.empty() || study.empty() ? "" : " ";
+  const std::string text = fmt::format("{}{}{}", row.advice, blank, study);
+  if (!text.empty()) Append(items, "<p class=\"weak\">{}</p>", text);
+  items += "</li>\n";
+}
+
+// "failing: Maxtor 6L200P0 (/dev/sda)", with a link to the drive, and its reasons.
+void AppendDriveItem(std::string& items, const JudgedDrive& judged) {
+  const GradeRow& row = *judged.grade;
+  const std::string product = FieldText(judged.drive->product);
+  const std::string path = PathText(*judged.drive);
+  Append(items, "<li class=\"{}\">{}: <a href=\"#drive{}\">{}</a>", ClassOf(row.color), row.word,
+         judged.number, Escaped(product.empty() ? path : product + " (" + path + ")"));
+  if (!judged.health.reasons.empty()) {
+    items += "\n<ul>\n";
+    for (const health::Reason& reason : judged.health.reasons) AppendReason(items, reason, *judged.drive);
+    items += "</ul>";
+  } else {
+    Append(items, "<p class=\"weak\">{}</p>", row.advice);
+  }
+  items += "</li>\n";
+}
+
+// The drives of a grade, where there is anything to say of them.
 void AppendItems(std::string& items, const Host& host, const Drives& drives, const GradeRow& row) {
-  for (const auto& [drive, health, grade] : drives) {
-    const bool isSilent = health.grade == Grade::kGood && health.reasons.empty();
-    if (grade != &row || isSilent) continue;
-    AppendItem(items, PathText(drive->device) + ": " + HealthText(health), row.color);
+  for (const JudgedDrive& judged : drives) {
+    const bool isSilent = row.grade == Grade::kGood && judged.health.reasons.empty();
+    if (judged.grade == &row && !isSilent) AppendDriveItem(items, judged);
   }
   if (row.grade != Grade::kNotRead) return;
   for (const drives::UnreadDrive& drive : host.notRead) {
-    AppendItem(items, "Could not be read: " + UnreadText(drive), row.color);
+    Append(items, "<li class=\"{}\">could not be read: {}<p class=\"weak\">{}</p></li>\n",
+           ClassOf(row.color), Escaped(UnreadText(drive)), row.advice);
   }
 }
 
@@ -163,13 +195,15 @@ void AppendBar(std::string& page, const Attribute& attribute) {
 
 void AppendCell(std::string& page, std::string_view text) { Append(page, "<td>{}</td>", text); }
 
-void AppendRow(std::string& page, const Attribute& attribute, bool hasCounts) {
-  const GradeRow& grade = health::RowOf(health::GradeOf(attribute));
+void AppendRow(std::string& page, const health::Health& health, const Attribute& attribute,
+               bool hasCounts) {
+  const GradeRow& grade = health::RowOf(RowGrade(health, attribute));
   const bool isGood = grade.grade == Grade::kGood;
   page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
   Append(page, "<th scope=\"row\">{} {} <small>{}</small>", attribute.id,
          Escaped(health::NameText(attribute)), attribute.preFailure ? "pre-failure" : "life-span");
-  if (!isGood) Append(page, " <strong>{}</strong>", grade.word);
+  const std::string word = RowText(health, attribute);
+  if (word != health::RowOf(Grade::kGood).word) Append(page, " <strong>{}</strong>", word);
   AppendBar(page, attribute);
   page += "</th>";
   AppendCell(page, std::to_string(attribute.value));
@@ -179,7 +213,7 @@ void AppendRow(std::string& page, const Attribute& attribute, bool hasCounts) {
   page += "</tr>\n";
 }
 
-void AppendAttributes(std::string& page, const Drive& drive) {
+void AppendAttributes(std::string& page, const Drive& drive, const health::Health& health) {
   if (drive.attributes.empty()) return;
   const bool hasCounts = std::ranges::any_of(
       drive.attributes, [](const Attribute& attribute) { return attribute.counts.has_value(); });
@@ -191,34 +225,60 @@ void AppendAttributes(std::string& page, const Drive& drive) {
     Append(page, "<th scope=\"col\">{}</th>", heading);
   }
   page += "</tr></thead>\n<tbody>\n";
-  for (const Attribute& attribute : drive.attributes) AppendRow(page, attribute, hasCounts);
+  for (const Attribute& attribute : drive.attributes) AppendRow(page, health, attribute, hasCounts);
   page += "</tbody>\n</table>\n";
 }
 
+void AppendFacts(std::string& page, const Drive& drive) {
+  page += "<dl>\n";
+  AppendFact(page, "Path", PathText(drive));
+  AppendFact(page, "Serial number", FieldText(drive.serial));
+  AppendFact(page, "Revision", FieldText(drive.revision));
+  AppendFact(page, "Capacity", FieldText(drive.capacity));
+  AppendFact(page, "Rotation", RotationText(drive));
+  if (drive.recorded) AppendFact(page, "Form factor", drive.recorded->formFactor);
+  if (drive.recorded) AppendFact(page, "Link", drive.recorded->linkSpeed);
+  AppendFact(page, "Power-on time", PowerOnText(drive));
+  AppendFact(page, "Power cycles", PowerCyclesText(drive));
+  AppendFact(page, "Temperature", TemperatureText(drive));
+  AppendFact(page, "Read", ReadDateText(drive));
+  page += "</dl>\n";
+}
+
 void AppendDrive(std::string& page, const JudgedDrive& judged) {
-  const auto& [drive, health, grade] = judged;
+  const auto& [drive, number, health, grade] = judged;
   const std::string_view color = ClassOf(grade->color);
   const std::string product = FieldText(drive->product);
-  Append(page, "<section class=\"{0}\">\n<h3>{1}: <span class=\"{0}\">{2}</span></h3>\n<dl>\n",
-         color, Escaped(product.empty() ? PathText(drive->device) : product), grade->word);
-  AppendFact(page, "Path", PathText(drive->device));
-  AppendFact(page, "Serial number", FieldText(drive->serial));
-  AppendFact(page, "Revision", FieldText(drive->revision));
-  AppendFact(page, "Capacity", FieldText(drive->capacity));
-  AppendFact(page, "Temperature", TemperatureText(*drive));
-  AppendFact(page, "Read", ReadDateText(*drive));
-  page += "</dl>\n";
+  Append(page,
+         "<section class=\"{0}\" id=\"drive{1}\">\n<h3>{2}: <span class=\"{0}\">{3}</span></h3>\n",
+         color, number, Escaped(product.empty() ? PathText(*drive) : product), grade->word);
+  AppendFacts(page, *drive);
   const std::string reasons = ReasonsText(health);
   if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
-  AppendAttributes(page, *drive);
+  AppendAttributes(page, *drive, health);
   page += "</section>\n";
+}
+
+// What the attributes of any of the drives mean, folded away.
+void AppendMeanings(std::string& page, const Host& host) {
+  std::set<std::uint8_t> ids;
+  for (const Drive& drive : host.drives) {
+    for (const Attribute& attribute : drive.attributes) ids.insert(attribute.id);
+  }
+  std::erase_if(ids, [](std::uint8_t id) { return MeaningOf(id).empty(); });
+  if (ids.empty()) return;
+  page += "<details>\n<summary>What these attributes mean</summary>\n<ul>\n";
+  for (const std::uint8_t id : ids) Append(page, "<li>{}: {}</li>\n", id, MeaningOf(id));
+  page += "</ul>\n</details>\n";
 }
 
 }  // namespace
 
 std::string PageText(const Host& host, std::chrono::sys_seconds date) {
   const Drives drives = WorstFirst(host);
-  const std::string title = "Drives: " + CountsText(host, drives);
+  const std::string origin = OriginText(host);
+  const std::string title =
+      fmt::format("{}: {}", origin.empty() ? "Drives" : Escaped(origin), CountsText(host, drives));
   std::string page = fmt::format(
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, "
@@ -228,6 +288,7 @@ std::string PageText(const Host& host, std::chrono::sys_seconds date) {
   AppendFaults(page, host, drives);
   if (!drives.empty()) page += "<h2>Drives</h2>\n";
   for (const JudgedDrive& drive : drives) AppendDrive(page, drive);
+  AppendMeanings(page, host);
   const std::vector<std::string> others = OtherDisksTexts(host);
   if (!others.empty()) page += "<h2>Not in this report</h2>\n";
   for (const std::string& other : others) Append(page, "<p>{}</p>\n", Escaped(other));

@@ -42,15 +42,14 @@ constexpr std::array kAttributeColumns{Column{"  ID", true},     Column{"Name", 
                                        Column{"Thresh.", true},  Column{"Raw", true, 4},
                                        Column{"Kind", false, 2}, Column{"Status"}};
 
-std::vector<Row> RowsOf(const Drive& drive) {
+std::vector<Row> RowsOf(const Drive& drive, const health::Health& health) {
   std::vector<Row> rows;
   for (const Attribute& attribute : drive.attributes) {
-    const GradeRow& grade = health::RowOf(health::GradeOf(attribute));
     rows.push_back({{std::to_string(attribute.id), health::NameText(attribute),
                      std::to_string(attribute.value), WorstText(attribute),
                      std::to_string(attribute.threshold), RawText(attribute),
-                     attribute.preFailure ? "pre-fail" : "life-span", std::string(grade.word)},
-                    grade.color});
+                     attribute.preFailure ? "pre-fail" : "life-span", RowText(health, attribute)},
+                    RowOf(RowGrade(health, attribute)).color});
   }
   return rows;
 }
@@ -58,11 +57,11 @@ std::vector<Row> RowsOf(const Drive& drive) {
 void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   if (!text.empty()) text += '\n';
   const health::Health health = health::HealthOf(drive);
-  AppendParagraph(text, "", PathText(drive.device) + ": " + HealthText(health),
-                  RowOf(health.grade).color, screen);
+  AppendParagraph(text, "", PathText(drive) + ": " + HealthText(health), RowOf(health.grade).color,
+                  screen);
   const std::string description = DescriptionText(drive);
   if (!description.empty()) AppendParagraph(text, "  ", description, Color::kGood, screen);
-  if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive), screen);
+  if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive, health), screen);
 }
 
 constexpr std::array kDriveColumns{
@@ -73,7 +72,7 @@ constexpr std::array kDriveColumns{
 Row RowOf(const Drive& drive) {
   const health::Health health = health::HealthOf(drive);
   const GradeRow& grade = RowOf(health.grade);
-  return {{PathText(drive.device), FieldText(drive.product), FieldText(drive.capacity),
+  return {{PathText(drive), FieldText(drive.product), FieldText(drive.capacity),
            FieldText(drive.serial), TemperatureText(drive), std::string(grade.word)},
           grade.color,
           ReasonsText(health)};

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "drives/facts.h"
@@ -32,8 +33,8 @@ std::string PageText(const drives::Host& host, std::chrono::sys_seconds date);
 
 // One JSON document in ASCII, a drive a line, whose texts are the report's exactly. "flags" is the
 // report's number, "flags_ata" the same with its bytes exchanged, as the standard numbers its
-// bits.
-std::string JsonText(const drives::Host& host);
+// bits. `version` is the program's.
+std::string JsonText(const drives::Host& host, std::string_view version);
 
 // The text format of Prometheus. No series occurs twice: devices of one path are numbered
 // in the label "drive", and of the attributes of one identifier the worst counts. A label has at
@@ -45,8 +46,9 @@ std::string AdviceText(const drives::Host& host);
 
 struct Judgement {
   health::Verdict verdict;
-  // "smartprobe CRITICAL: failing: /dev/rdisk1; not read: /dev/rdisk4", for one line, with every
-  // device that it is about, however many
+  // "smartprobe CRITICAL: failing: /dev/rdisk1; not read: /dev/rdisk4 | drives=3 failing=1 ...",
+  // for one line, with every device that it is about, however many, and the performance data of
+  // plug-ins
   std::string summary;
 };
 

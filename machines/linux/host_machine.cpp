@@ -98,7 +98,7 @@ std::optional<platform::Number> ReadSize(const Disk& disk) {
 Entry MakeMedium(const Disk& disk, const std::string& model) {
   Entry medium{model + " Media", "IOMedia", {}, {}, {}};
   medium.properties.emplace(kDiskNameKey, Text(base::PrintableASCII(disk.name)));
-  if (const auto size = ReadSize(disk)) medium.properties.emplace("Size", Property{*size});
+  if (const auto size = ReadSize(disk)) medium.properties.emplace(kSizeKey, Property{*size});
   return medium;
 }
 

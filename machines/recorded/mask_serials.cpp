@@ -7,6 +7,7 @@
 
 #include "base/block.h"
 #include "drives/identify_data.h"
+#include "machines/device_entries.h"
 #include "machines/recorded/recording_format.h"
 
 namespace machines {
@@ -73,6 +74,11 @@ void MaskSerials(Property& listing) {
       auto& recorded = std::get<Dictionary>(property.value);
       const auto identify = recorded.find(kIdentifyKey);
       if (identify != recorded.end()) MaskIdentify(std::get<Data>(identify->second.value));
+    } else if (key == kHostKey) {
+      auto& host = std::get<Dictionary>(property.value);
+      if (const auto name = host.find(kHostNameKey); name != host.end()) {
+        MaskSerialNumber(name->second);
+      }
     } else if (NamesSerialNumber(key)) {
       MaskSerialNumber(property);
     } else {

@@ -16,7 +16,7 @@ namespace {
 
 constexpr auto kDriveKeys = std::to_array<std::string_view>(
     {kDataKey, kThresholdsKey, kIdentifyKey, kExceededKey, kEnableFailsKey, kQueryFailsKey,
-     kDataFailsKey, kThresholdsFailsKey, kDateKey});
+     kDataFailsKey, kThresholdsFailsKey, kDateKey, kWhyKey});
 
 using platform::Array;
 using platform::Data;
@@ -33,6 +33,16 @@ Type& TypedValue(std::string_view key, Property& property) {
   if (Type* value = std::get_if<Type>(&property.value)) return *value;
   throw RecordingError(Excerpt(key) + " is not " +
                        kTypes.at(decltype(property.value)(Type()).index()));
+}
+
+// Removes the value under `key` and returns it. Empty if there is none.
+template <typename Type>
+Type Take(Dictionary& dictionary, std::string_view key) {
+  const auto found = dictionary.find(key);
+  if (found == dictionary.end()) return {};
+  Type value = std::move(TypedValue<Type>(key, found->second));
+  dictionary.erase(found);
+  return value;
 }
 
 Data MoveBlock(std::string_view key, Property& recorded) {
@@ -77,7 +87,10 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   if (const auto date = recorded.find(kDateKey); date != recorded.end()) {
     answers.date = TypedValue<std::chrono::sys_seconds>(kDateKey, date->second);
   }
-  if (Flag(recorded, kQueryFailsKey)) answers.whyNotOpened = "it was not opened when recorded";
+  const auto why = Take<std::string>(recorded, kWhyKey);
+  if (Flag(recorded, kQueryFailsKey)) {
+    answers.whyNotOpened = why.empty() ? "it was not opened when recorded" : why;
+  }
   return answers;
 }
 
@@ -103,16 +116,6 @@ std::string PathStep(const Array& siblings, std::size_t index) {
   if (name.empty()) return "/" + position;
   const bool isOnly = std::ranges::count(siblings, name, NameOf) == 1;
   return "/" + Excerpt(name) + (isOnly ? "" : " (" + position + ")");
-}
-
-// Removes the value under `key` and returns it. Empty if there is none.
-template <typename Type>
-Type Take(Dictionary& dictionary, std::string_view key) {
-  const auto found = dictionary.find(key);
-  if (found == dictionary.end()) return {};
-  Type value = std::move(TypedValue<Type>(key, found->second));
-  dictionary.erase(found);
-  return value;
 }
 
 // Moves the contents of `source` into `entry` and returns the children. The name stays in `source`

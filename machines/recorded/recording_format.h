@@ -24,6 +24,7 @@ inline constexpr std::string_view kIdentifyKey = "Identify";
 inline constexpr std::string_view kExceededKey = "ThresholdExceeded";
 inline constexpr std::string_view kEnableFailsKey = "EnableFails";
 inline constexpr std::string_view kQueryFailsKey = "QueryFails";
+inline constexpr std::string_view kWhyKey = "WhyNotOpened";
 inline constexpr std::string_view kDataFailsKey = "DataFails";
 inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
 inline constexpr std::string_view kDateKey = "Date";

@@ -62,7 +62,10 @@ std::string ProductVersion(SInt32 systemVersion) {
 
 DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   Dictionary recorded;
-  if (!answers.whyNotOpened.empty()) Put(recorded, kQueryFailsKey, true);
+  if (!answers.whyNotOpened.empty()) {
+    Put(recorded, kQueryFailsKey, true);
+    Put(recorded, kWhyKey, answers.whyNotOpened);
+  }
   if (!answers.enables) Put(recorded, kEnableFailsKey, true);
   if (answers.exceeded) Put(recorded, kExceededKey, *answers.exceeded);
   PutBlock(recorded, kDataKey, kDataFailsKey, answers.data);

@@ -1,0 +1,129 @@
+#include "health/signs.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace health {
+namespace {
+
+using drives::LossCount;
+using drives::RecordedFacts;
+using Reasons = std::vector<Reason>;
+
+// "69 sectors reallocated, 2 pending"
+void AddLostSectors(Reasons& reasons, const RecordedFacts& facts) {
+  Reason reason{Grade::kCaution, ""};
+  for (const LossCount& loss : facts.losses) {
+    if (!loss.ofSectors || loss.count.value_or(0) == 0) continue;
+    const bool isFirst = reason.text.empty();
+    const std::string_view noun = !isFirst ? "" : *loss.count == 1 ? "sector " : "sectors ";
+    reason.text += fmt::format("{}{} {}{}", isFirst ? "" : ", ", *loss.count, noun, loss.name);
+    reason.ids.push_back(loss.id);
+  }
+  if (!reason.text.empty()) reasons.push_back(reason);
+}
+
+void AddErrors(Reasons& reasons, const RecordedFacts& facts) {
+  for (const LossCount& loss : facts.losses) {
+    if (loss.ofSectors || loss.count.value_or(0) == 0) continue;
+    const std::string_view noun = *loss.count == 1 ? "error" : "errors";
+    reasons.push_back(
+        {Grade::kCaution, fmt::format("{} {} {}", *loss.count, loss.name, noun), {loss.id}});
+  }
+}
+
+// A value that has fallen shows that something was counted.
+void AddUnclearCounts(Reasons& reasons, const RecordedFacts& facts) {
+  for (const bool ofSectors : {true, false}) {
+    Reason reason{Grade::kGood, ofSectors ? "sector count not clear" : "error count not clear"};
+    reason.limitsJudgement = true;
+    for (const LossCount& loss : facts.losses) {
+      if (loss.ofSectors != ofSectors || loss.count) continue;
+      reason.ids.push_back(loss.id);
+      if (loss.hasFallen) reason.grade = Grade::kCaution;
+    }
+    if (!reason.ids.empty()) reasons.push_back(reason);
+  }
+}
+
+void AddSelfTest(Reasons& reasons, const RecordedFacts& facts) {
+  constexpr std::array<std::string_view, 9> kFailures = {"",
+                                                         "",
+                                                         "",
+                                                         "an unknown error",
+                                                         "an unknown element",
+                                                         "an electrical error",
+                                                         "a servo or seek error",
+                                                         "a read error",
+                                                         "handling damage suspected"};
+  const int status = facts.selfTest.value_or(0);
+  if (IsFailedSelfTest(status)) {
+    reasons.push_back(
+        {Grade::kCaution,
+         fmt::format("last self-test failed: {}", kFailures.at(static_cast<std::size_t>(status)))});
+  }
+  if (status == 1) reasons.push_back({Grade::kGood, "last self-test aborted"});
+  if (status == 2) reasons.push_back({Grade::kGood, "last self-test interrupted"});
+  if (status == 15) reasons.push_back({Grade::kGood, "self-test running"});
+}
+
+void AddWear(Reasons& reasons, const RecordedFacts& facts) {
+  constexpr int kLittle = 10;
+  if (!facts.lifeLeft || facts.lifeLeft->percent > kLittle) return;
+  const auto& [id, percent] = *facts.lifeLeft;
+  reasons.push_back(
+      {Grade::kWorn, fmt::format("{} left of 100 by attribute {}", percent, id), {id}});
+}
+
+void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
+  const int limit = facts.rotationRate == 0 ? 70 : 60;  // in degrees Celsius
+  if (facts.temperature.value_or(0) <= limit) return;
+  reasons.push_back({Grade::kHot, fmt::format("{} °C", *facts.temperature), {194, 190}});
+}
+
+void AddAge(Reasons& reasons, const RecordedFacts& facts) {
+  if (!facts.age) return;
+  const auto days = facts.age->count();
+  Reason reason{Grade::kGood, fmt::format("answers are {} day{} old", days, days == 1 ? "" : "s")};
+  reason.limitsJudgement = true;
+  reasons.push_back(reason);
+}
+
+}  // namespace
+
+void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
+  AddLostSectors(reasons, facts);
+  AddErrors(reasons, facts);
+  AddUnclearCounts(reasons, facts);
+  AddSelfTest(reasons, facts);
+  AddWear(reasons, facts);
+  AddHeat(reasons, facts);
+  AddAge(reasons, facts);
+}
+
+bool IsFailedSelfTest(int status) { return status >= 3 && status <= 8; }
+
+std::string StudyText(const Reason& reason, const drives::Drive& drive) {
+  struct Odds {
+    std::uint8_t id;
+    std::string_view sign;
+    int times;
+  };
+  // E. Pinheiro, W.-D. Weber, L. A. Barroso: Failure Trends in a Large Disk Drive Population, 2007.
+  constexpr std::array kOdds{Odds{198, "an uncorrectable sector", 39},
+                             Odds{197, "a pending sector", 16},
+                             Odds{5, "a reallocated sector", 14}};
+  if (drive.recorded && drive.recorded->rotationRate == 0) return "";
+  for (const auto& [id, sign, times] : kOdds) {
+    if (reason.limitsJudgement || std::ranges::find(reason.ids, id) == reason.ids.end()) continue;
+    return fmt::format(
+        "In a study of 100,000 hard disks, one with {} was {} times as likely to fail within 60 days.",
+        sign, times);
+  }
+  return "";
+}
+
+}  // namespace health
