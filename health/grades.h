@@ -32,7 +32,7 @@ struct GradeRow {
   Color color;
 };
 
-// In the order of the grades.
+// The worst grade first.
 std::span<const GradeRow> Grades();
 
 const GradeRow& RowOf(Grade grade);

@@ -120,7 +120,8 @@ std::string StudyText(const Reason& reason, const drives::Drive& drive) {
   for (const auto& [id, sign, times] : kOdds) {
     if (reason.limitsJudgement || std::ranges::find(reason.ids, id) == reason.ids.end()) continue;
     return fmt::format(
-        "In a study of 100,000 hard disks, one with {} was {} times as likely to fail within 60 days.",
+        "In a study of 100,000 hard disks, one with {} was {} times as likely to fail within 60 "
+        "days.",
         sign, times);
   }
   return "";

@@ -58,6 +58,16 @@ printed 'smartprobe UNKNOWN: none: No such file or directory' 1
 shell 3 '' '"$0" --check </dev/null'
 printed 'smartprobe UNKNOWN: no drives' 2
 
+# Old answers are no news.
+sed 's/<key>Data</<key>Date<\/key><date>2026-01-01T00:00:00Z<\/date>&/' "${input/server.report/laptop.plist}" >old
+shell 3 '' '"$0" --check old'
+grep -Eq '^smartprobe UNKNOWN: the newest answers are [0-9]+ days old \|' "$work/out" || fail 'old answers'
+shell 0 '' '"$0" --check --max-age=3650 old'
+for days in 0 3651 x; do
+  shell 3 "$name: --max-age needs a number of days from 1 to 3650; see --help\$" "\"\$0\" --max-age=$days old"
+done
+shell 3 "$name: --host reads no FILE; see --help\$" '"$0" --host old'
+
 # A file is replaced whole, and by nothing but the form of a whole report.
 shell 2 '' '"$0" --check --output file "$1"'
 printed "$critical$figures" 1

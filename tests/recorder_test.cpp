@@ -46,6 +46,10 @@ TEST_F(Recorder, MasksSerialNumbersWhereThatIsAskedFor) {
     EXPECT_EQ(Run({option, file_}), 0) << said_;
     EXPECT_EQ(drives::SerialNumber(Recorded().identify.Block().value()), serial);
     EXPECT_EQ(Recorded().data.bytes, HealthyAnswers().data.bytes);
+    const Property host =
+        machines::ReadRecordingFile(file_).roots.at(0).properties.at("RecordedHost");
+    const std::string* name = platform::FindText(std::get<Dictionary>(host.value), "Name");
+    EXPECT_EQ(*name == std::string(name->size(), 'X'), serial[0] == 'X');
   }
 }
 

@@ -6,7 +6,6 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <ranges>
 
 #include "base/printable_text.h"
 #include "health/health.h"
@@ -114,7 +113,7 @@ std::string_view Grounds(const Host& host) {
 std::string PerformanceText(const Host& host) {
   if (host.drives.empty() && host.notRead.empty()) return "";
   Texts texts = {fmt::format("drives={}", host.drives.size())};
-  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+  for (const GradeRow& row : health::Grades()) {
     if (row.heading.empty()) continue;
     std::string name(row.word);
     std::ranges::replace(name, ' ', '_');
@@ -140,7 +139,7 @@ Judgement Check(const Host& host, const Texts& faults) {
   const bool isUnknown = host.drives.empty() || host.damage || !faults.empty();
   Verdict verdict = isUnknown ? Verdict::kUnknown : Verdict::kOk;
   Texts groups;
-  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+  for (const GradeRow& row : health::Grades()) {
     const Texts texts = TextsOf(host, row.grade);
     if (!texts.empty())
       verdict = std::max(verdict, row.verdict,
@@ -163,7 +162,7 @@ Judgement Check(const Host& host, const Texts& faults) {
 
 std::string AdviceText(const Host& host) {
   std::string text;
-  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+  for (const GradeRow& row : health::Grades()) {
     if (!row.advice.empty() && !TextsOf(host, row.grade).empty()) {
       text.append(row.advice).append("\n");
     }

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <ranges>
 #include <set>
 #include <string>
 #include <string_view>
@@ -91,7 +90,7 @@ Drives WorstFirst(const Host& host) {
 // "1 failing, 1 not read, 2 OK": the grades, the worst first.
 std::string CountsText(const Host& host, const Drives& drives) {
   std::vector<std::string> texts;
-  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+  for (const GradeRow& row : health::Grades()) {
     auto count = static_cast<std::size_t>(std::ranges::count(drives, &row, &JudgedDrive::grade));
     if (row.grade == Grade::kNotRead) count += host.notRead.size();
     if (count > 0) texts.push_back(fmt::format("{} {}", count, row.word));
@@ -129,7 +128,8 @@ void AppendDriveItem(std::string& items, const JudgedDrive& judged) {
          judged.number, Escaped(product.empty() ? path : product + " (" + path + ")"));
   if (!judged.health.reasons.empty()) {
     items += "\n<ul>\n";
-    for (const health::Reason& reason : judged.health.reasons) AppendReason(items, reason, *judged.drive);
+    for (const health::Reason& reason : judged.health.reasons)
+      AppendReason(items, reason, *judged.drive);
     items += "</ul>";
   } else {
     Append(items, "<p class=\"weak\">{}</p>", row.advice);
@@ -158,7 +158,7 @@ void AppendFaults(std::string& page, const Host& host, const Drives& drives) {
                "The report is damaged; this is what came before. " + DamageText(*host.damage),
                Color::kBad);
   }
-  for (const GradeRow& row : health::Grades() | std::views::reverse) {
+  for (const GradeRow& row : health::Grades()) {
     AppendItems(items, host, drives, row);
   }
   if (drives.empty() && host.notRead.empty()) {
