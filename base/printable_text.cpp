@@ -65,7 +65,7 @@ std::string_view FirstCharacters(std::string_view text, std::size_t max) {
 }
 
 std::string Shortened(std::string_view text, std::size_t max) {
-  if (Width(text) <= max) return std::string(text);
+  if (FirstCharacters(text, max).size() == text.size()) return std::string(text);
   return std::string(FirstCharacters(text, max - 1)) + "\u2026";
 }
 

@@ -1,27 +1,32 @@
 #include "drives/ages.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace drives {
 
 using std::chrono::days;
+using std::chrono::seconds;
 using std::chrono::sys_seconds;
 
 void AddAges(Host& host, sys_seconds now) {
+  if (!host.recorded) return;
   std::optional<sys_seconds> newest;
-  for (const Drive& drive : host.drives) {
-    if (drive.recorded) newest = std::max(newest, drive.recorded->date);
-  }
-  if (!newest || !host.recorded) return;
-  const auto ageOf = [now](sys_seconds date) {
-    return std::max(days(0), std::chrono::floor<days>(now - date));
+  const auto add = [&](std::optional<sys_seconds> date) {
+    const bool isLater = date && *date > now + days(1);
+    host.recorded->isDatedLater |= isLater;
+    if (!isLater) newest = std::max(newest, date);
   };
-  host.recorded->newestAnswers = ageOf(*newest);
+  for (const Drive& drive : host.drives) {
+    if (drive.recorded) add(drive.recorded->date);
+  }
+  if (!newest) add(host.recorded->date);
+  if (!newest) return;
+  host.recorded->newestAnswers = std::max(seconds(0), now - *newest);
   for (Drive& drive : host.drives) {
     if (!drive.recorded || !drive.recorded->date) continue;
-    if (*newest - *drive.recorded->date >= days(1)) {
-      drive.recorded->age = ageOf(*drive.recorded->date);
-    }
+    if (*newest - *drive.recorded->date < days(1)) continue;
+    drive.recorded->age = std::chrono::floor<days>(now - *drive.recorded->date);
   }
 }
 

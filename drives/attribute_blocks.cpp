@@ -1,5 +1,6 @@
 #include "drives/attribute_blocks.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <span>
@@ -53,14 +54,15 @@ Counts CountsOf(const Entry& attribute) {
 }
 
 // Every maker puts the temperature of now into the lowest byte; what is above it differs.
-std::optional<int> Temperature(const Block& data) {
+void AddTemperature(RecordedFacts& facts, const Block& data) {
   for (const std::uint8_t id : std::to_array<std::uint8_t>({194, 190})) {
     const auto counts = FindCounts(data, id);
-    if (!counts) continue;
-    const int degrees = static_cast<int>(counts->raw & 0xFF);
-    if (degrees >= 1 && degrees <= 100) return degrees;
+    const int degrees = counts ? static_cast<int>(counts->raw & 0xFF) : 0;
+    if (degrees < 1 || degrees > 100) continue;
+    facts.temperature = degrees;
+    facts.temperatureId = id;
+    return;
   }
-  return std::nullopt;
 }
 
 struct LossAttribute {
@@ -75,10 +77,21 @@ constexpr std::array kLossAttributes{
 
 bool IsInitial(std::uint8_t value) { return value == 100 || value == 200 || value == 253; }
 
+// Of several attributes of one identifier the one with the largest count.
+std::optional<Entry> FindLargest(const Block& data, std::uint8_t id) {
+  std::optional<Entry> largest;
+  for (std::size_t i = 0; i < kEntries; i++) {
+    const Entry entry = EntryOf(data, i);
+    if (entry[kId] != id) continue;
+    if (!largest || CountsOf(entry).raw > CountsOf(*largest).raw) largest = entry;
+  }
+  return largest;
+}
+
 std::vector<LossCount> Losses(const Block& data) {
   std::vector<LossCount> losses;
   for (const auto& [id, name, ofSectors] : kLossAttributes) {
-    const auto attribute = FindAttribute(data, id);
+    const auto attribute = FindLargest(data, id);
     if (!attribute) continue;
     const bool hasFallen = !IsInitial((*attribute)[kValue]) || !IsInitial((*attribute)[kWorst]);
     losses.push_back({id, name, ofSectors, ClearCount(CountsOf(*attribute).raw), hasFallen});
@@ -86,17 +99,15 @@ std::vector<LossCount> Losses(const Block& data) {
   return losses;
 }
 
-// Makers have several attributes for it, whose normalized value begins at 100. 0 is what remains at
-// the end.
-std::optional<LifeLeft> FindLifeLeft(const Block& data) {
-  std::optional<LifeLeft> least;
+// Makers have several attributes for it, whose normalized value begins at 100 and ends at 0.
+std::vector<LifeLeft> LivesLeft(const Block& data) {
+  std::vector<LifeLeft> lives;
   for (const std::uint8_t id : std::to_array<std::uint8_t>({177, 202, 231, 232, 233})) {
     const auto attribute = FindAttribute(data, id);
-    if (!attribute) continue;
-    const std::uint8_t left = (*attribute)[kValue];
-    if (!least || left < least->percent) least = LifeLeft{id, left};
+    if (attribute) lives.push_back({id, (*attribute)[kValue]});
   }
-  return least;
+  std::ranges::stable_sort(lives, {}, &LifeLeft::percent);
+  return lives;
 }
 
 std::optional<std::uint32_t> LowCount(const Block& data, std::uint8_t id) {
@@ -141,12 +152,16 @@ std::optional<std::uint32_t> ClearCount(std::uint64_t raw) {
 void AddData(Drive& drive, const Block& data) {
   for (Attribute& attribute : drive.attributes) attribute.counts = FindCounts(data, attribute.id);
   RecordedFacts& facts = drive.recorded ? *drive.recorded : drive.recorded.emplace();
-  facts.temperature = Temperature(data);
+  AddTemperature(facts, data);
   facts.losses = Losses(data);
   facts.selfTest = data[kSelfTest] >> 4;
   facts.powerOnHours = PowerOnHours(data, drive.product);
   facts.powerCycles = LowCount(data, 12);
-  if (facts.rotationRate == 0) facts.lifeLeft = FindLifeLeft(data);
+  if (facts.rotationRate == 0) facts.lifeLeft = LivesLeft(data);
+}
+
+std::uint16_t StandardFlags(std::uint16_t flags) {
+  return static_cast<std::uint16_t>(flags << 8 | flags >> 8);
 }
 
 std::optional<bool> ExceededCondition(const Block& data, const Block& thresholds) {

@@ -9,14 +9,18 @@
 
 namespace drives {
 
-// Of the attribute of the data that a report pairs with a threshold of that identifier, the first
-// that has a normalized value; where none has one, of the first of that identifier. nullopt if the
-// drive has none.
+// The worst and the raw value of an attribute: of the first one with that identifier that has a
+// normalized value, which is the one in a report, or, where none has, of the first one. nullopt if
+// the data hold none.
 std::optional<Counts> FindCounts(const base::Block& data, std::uint8_t id);
 
 // The number of events or sectors that a raw value counts. Makers that put other counts above it
 // leave 16 bits of zeros between. nullopt where the raw value is no clear count.
 std::optional<std::uint32_t> ClearCount(std::uint64_t raw);
+
+// The flags of an attribute in a report, whose bytes are in the order that the drive sends them, as
+// the standard numbers their bits.
+std::uint16_t StandardFlags(std::uint16_t flags);
 
 // Adds to each attribute of the drive its worst and raw value, and to the recorded facts what the
 // data say: temperature, losses, self-test, power-on time and cycles, and the life left of a drive

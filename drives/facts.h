@@ -14,6 +14,12 @@ namespace drives {
 
 // All texts are valid UTF-8 and may hold any character: drives and registries choose them.
 
+// Whether a value, a worst value or a threshold is one that the standard allows as such.
+constexpr bool IsValidValue(int value) { return value >= 1 && value <= 253; }
+
+// The attributes that hold a temperature.
+constexpr bool IsTemperature(std::uint8_t id) { return id == 190 || id == 194; }
+
 struct Counts {
   std::uint8_t worst = 0;  // the lowest normalized value so far
   std::uint64_t raw = 0;   // 48 bits, which each maker uses in its own way
@@ -38,7 +44,7 @@ struct LossCount {
                           // "uncorrectable" or "end-to-end"
   bool ofSectors = true;
   std::optional<std::uint32_t> count = {};  // nullopt: the raw value is no clear count
-  bool hasFallen = false;  // the value or the worst value is none that drives begin with
+  bool hasFallen = false;  // the value or the worst value differs from those of new drives
 };
 
 // How much of its life a drive without moving parts has left.
@@ -50,9 +56,11 @@ struct LifeLeft {
 // What a recording knows of a drive that was read, and a report does not.
 struct RecordedFacts {
   std::optional<int> temperature = {};  // in degrees Celsius, from 1 to 100
+  std::uint8_t temperatureId = 0;       // of the attribute that has it
+  bool hasCondition = true;             // false: the drive did not answer RETURN STATUS
   std::vector<LossCount> losses = {};   // of the attributes that the drive has
-  std::optional<LifeLeft> lifeLeft = {};
-  std::optional<int> selfTest = {};  // status of the last one: 0 to 15, as the standard has it
+  std::vector<LifeLeft> lifeLeft = {};  // of a drive that does not rotate, the least first
+  std::optional<int> selfTest = {};     // status of the last one: 0 to 15, as the standard has it
   std::optional<std::uint32_t> powerOnHours = {};
   std::optional<std::uint32_t> powerCycles = {};
   std::optional<int> rotationRate = {};               // revolutions a minute; 0: nothing rotates
@@ -95,9 +103,11 @@ struct RecordedHost {
   // Disks that a report does not mention, by the names of their block devices.
   std::vector<std::string> withoutSMART = {};
   std::vector<std::string> notATA = {};
-  std::string name = {};                                // of the host
-  std::optional<std::chrono::sys_seconds> date = {};    // when it was recorded
-  std::optional<std::chrono::days> newestAnswers = {};  // how long ago the last drive answered
+  std::string name = {};                              // of the host
+  std::optional<std::chrono::sys_seconds> date = {};  // when it was recorded
+  // How long ago the last drive answered; where no drive has a date, how old the recording is.
+  std::optional<std::chrono::seconds> newestAnswers = {};
+  bool isDatedLater = false;  // a date lies more than a day after the time of reading
 };
 
 // "sda" of "/dev/rsda", the path of a raw device; empty for another path.

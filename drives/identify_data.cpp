@@ -57,16 +57,21 @@ std::string_view FormFactor(std::uint16_t word) {
   return word >> 4 == 0 && code < kFormFactors.size() ? kFormFactors.at(code) : "";
 }
 
-// The speed of now, or else the highest that the drive has. The first bit of `supported` is set in
-// no drive that has a serial link.
-std::string_view LinkSpeed(std::uint16_t supported, std::uint16_t current) {
+// The speed of now, or else the highest that the drive has. Words of a parallel link are none of
+// these.
+std::string_view LinkSpeed(const Block& identify) {
   constexpr std::array<std::string_view, 4> kSpeeds = {"", "1.5 Gb/s", "3.0 Gb/s", "6.0 Gb/s"};
-  if (supported == 0xFFFF || (supported & 0x0001) != 0) return "";
-  std::size_t speed = current >> 1 & 0x7;
-  for (std::size_t i = 1; speed == 0 && i < kSpeeds.size(); i++) {
-    if ((supported >> (kSpeeds.size() - i) & 1) != 0) speed = kSpeeds.size() - i;
-  }
-  return speed < kSpeeds.size() ? kSpeeds.at(speed) : "";
+  constexpr std::array<std::string_view, 4> kMost = {"", "up to 1.5 Gb/s", "up to 3.0 Gb/s",
+                                                     "up to 6.0 Gb/s"};
+  const std::uint16_t transport = Word(identify, 222);
+  const bool isParallel = transport != 0 && transport != 0xFFFF && transport >> 12 == 0;
+  const std::uint16_t supported = Word(identify, 76);
+  if (isParallel || supported == 0xFFFF || (supported & 0x0001) != 0) return "";
+  const std::size_t current = Word(identify, 77) >> 1 & 0x7;
+  if (current != 0 && current < kSpeeds.size()) return kSpeeds.at(current);
+  std::size_t most = kMost.size() - 1;
+  while (most > 0 && (supported >> most & 1) == 0) most--;
+  return kMost.at(most);
 }
 
 }  // namespace
@@ -119,7 +124,7 @@ void AddIdentify(RecordedFacts& facts, const Block& identify) {
   if (rate == 0x0001) facts.rotationRate = 0;
   if (rate >= 0x0401 && rate <= 0xFFFE) facts.rotationRate = rate;
   facts.formFactor = FormFactor(Word(identify, 168));
-  facts.linkSpeed = LinkSpeed(Word(identify, 76), Word(identify, 77));
+  facts.linkSpeed = LinkSpeed(identify);
 }
 
 void MaskIdentity(Block& identify) {

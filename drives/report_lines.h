@@ -10,7 +10,7 @@ namespace drives {
 
 // Many times what a host with as many drives as the probe has room for can give.
 inline constexpr std::size_t kMaxReportSize = std::size_t{4} << 20;
-// Of a drive: the probe prints a line for each row of a threshold block, which has so many.
+// The most lines of a drive: the probe prints one for each of the 30 rows of a threshold block.
 inline constexpr std::size_t kMaxAttributes = 30;
 
 // What `bytes` say, up to their end or to the first damage, which the result then describes. A

@@ -32,6 +32,7 @@ static void ShowInEveryForm(platform::Machine machine) {
     views::JsonText(host, "");
     views::MetricsText(host);
     views::Check(host, {});
+    views::AdviceText(host);
   } catch (const std::runtime_error&) {
     return;  // too many disks, or too old a system
   }

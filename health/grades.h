@@ -11,11 +11,11 @@ namespace health {
 enum class Grade {
   kGood,
   kNoAttributes,  // the drive reports no condition, and nothing else is known of it
-  kHot,           // the life-span threshold of a temperature is reached, which may be long ago
-  kWorn,          // another life-span threshold is reached
-  kCaution,       // sectors are lost
-  kNotRead,       // nothing is known of the drive: it may be failing
-  kFailing,       // a pre-failure threshold is reached, or the drive reports the condition
+  kHot,           // it is too hot, or has reached the life-span threshold of a temperature
+  kWorn,          // it is near the end of its life, or has reached another life-span threshold
+  kCaution,       // it shows an early sign of failure
+  kNotRead,       // nothing is known of it: it may be failing
+  kFailing,       // it reports its own failure, or has reached a pre-failure threshold
 };
 
 // The numbers are the statuses that monitoring plug-ins end with.

@@ -13,15 +13,9 @@ namespace {
 using drives::Attribute;
 using drives::Drive;
 
-bool IsValid(int value) { return value >= 1 && value <= 253; }
-
-bool IsTemperature(const Attribute& attribute) {
-  return attribute.id == 190 || attribute.id == 194;
-}
-
 std::string ReachedText(const Attribute& attribute, Grade grade) {
   const std::string_view meaning = grade == Grade::kFailing ? "failure predicted"
-                                   : grade == Grade::kHot   ? "hot, now or once"
+                                   : grade == Grade::kHot   ? RowOf(grade).heading
                                                             : "worn, plan to replace";
   return fmt::format("{} is {}, threshold {}: {}", NameText(attribute), attribute.value,
                      attribute.threshold, meaning);
@@ -47,15 +41,16 @@ bool IsReached(const Attribute& attribute) {
 }
 
 bool WasReached(const Attribute& attribute) {
-  if (!attribute.counts || !IsValid(attribute.threshold)) return false;
+  if (!attribute.counts || !drives::IsValidValue(attribute.threshold)) return false;
   const int worst = attribute.counts->worst;
-  return IsValid(worst) && worst <= attribute.threshold && attribute.value > attribute.threshold;
+  return drives::IsValidValue(worst) && worst <= attribute.threshold &&
+         attribute.value > attribute.threshold;
 }
 
 Grade GradeOf(const Attribute& attribute) {
   if (!IsReached(attribute)) return Grade::kGood;
   if (attribute.preFailure) return Grade::kFailing;
-  return IsTemperature(attribute) ? Grade::kHot : Grade::kWorn;
+  return drives::IsTemperature(attribute.id) ? Grade::kHot : Grade::kWorn;
 }
 
 Health HealthOf(const Drive& drive) {
@@ -78,6 +73,14 @@ Grade RowGrade(const Health& health, const Attribute& attribute) {
     if (isOfRow) grade = std::max(grade, reason.grade);
   }
   return grade;
+}
+
+bool CountsNoLoss(const drives::Host& host) {
+  const auto isZero = [](const drives::LossCount& loss) { return loss.count == 0U; };
+  return std::ranges::all_of(host.drives, [&](const Drive& drive) {
+    return drive.recorded && !drive.recorded->losses.empty() &&
+           std::ranges::all_of(drive.recorded->losses, isZero);
+  });
 }
 
 std::string ReasonsText(const Health& health) {

@@ -22,13 +22,12 @@ bool WasReached(const drives::Attribute& attribute);
 // temperature kHot, else kWorn.
 Grade GradeOf(const drives::Attribute& attribute);
 
-// Why a drive has its grade, or a better one. One of kGood makes no grade: it says what keeps the
-// drive from being judged by all that it could tell, or what else is worth knowing.
+// A thing worth saying of a drive. The worst makes the drive's grade. One of kGood makes no grade.
 struct Reason {
   Grade grade;
   std::string text;                    // for one line
-  std::vector<std::uint8_t> ids = {};  // of attributes: any row of these is about it
-  bool limitsJudgement = false;        // of kGood: something is not known, or old
+  std::vector<std::uint8_t> ids = {};  // every row of these attributes is marked with the grade
+  bool limitsJudgement = false;        // something is not known, or is old: this drive is not clear
 };
 
 struct Health {
@@ -39,17 +38,15 @@ struct Health {
 // The worst reason makes the grade. kNoAttributes where the drive has none, and no reason is worse.
 Health HealthOf(const drives::Drive& drive);
 
-// What the row of the attribute shows: the worst of what its own threshold says and of the reasons
-// that any row of the attribute is about.
+// The worst grade of the row's own threshold and of the reasons that mark rows of the attribute.
 Grade RowGrade(const Health& health, const drives::Attribute& attribute);
+
+// Whether every drive of the host counts what it loses, and each count is clear and 0.
+bool CountsNoLoss(const drives::Host& host);
 
 // The texts of the reasons, for one line: "Reallocated Sector Count is 7, threshold 36: failure
 // predicted; 69 sectors reallocated". Empty where there are none.
 std::string ReasonsText(const Health& health);
-
-// What a study found of many drives with such a reason, a sentence. Empty where it found nothing, and
-// for a drive without moving parts, which it did not look at.
-std::string StudyText(const Reason& reason, const drives::Drive& drive);
 
 // The attribute's name for one line, or "attribute 187" where the report has no name of it.
 std::string NameText(const drives::Attribute& attribute);

@@ -40,12 +40,14 @@ void AddUnclearCounts(Reasons& reasons, const RecordedFacts& facts) {
   for (const bool ofSectors : {true, false}) {
     Reason reason{Grade::kGood, ofSectors ? "sector count not clear" : "error count not clear"};
     reason.limitsJudgement = true;
+    bool isUnclear = false;
     for (const LossCount& loss : facts.losses) {
       if (loss.ofSectors != ofSectors || loss.count) continue;
-      reason.ids.push_back(loss.id);
-      if (loss.hasFallen) reason.grade = Grade::kCaution;
+      isUnclear = true;
+      if (loss.hasFallen) reason.ids.push_back(loss.id);
     }
-    if (!reason.ids.empty()) reasons.push_back(reason);
+    if (!reason.ids.empty()) reason.grade = Grade::kCaution;
+    if (isUnclear) reasons.push_back(reason);
   }
 }
 
@@ -72,16 +74,25 @@ void AddSelfTest(Reasons& reasons, const RecordedFacts& facts) {
 
 void AddWear(Reasons& reasons, const RecordedFacts& facts) {
   constexpr int kLittle = 10;
-  if (!facts.lifeLeft || facts.lifeLeft->percent > kLittle) return;
-  const auto& [id, percent] = *facts.lifeLeft;
-  reasons.push_back(
-      {Grade::kWorn, fmt::format("{} left of 100 by attribute {}", percent, id), {id}});
+  Reason reason{Grade::kWorn, ""};
+  for (const auto& [id, percent] : facts.lifeLeft) {
+    if (percent > kLittle) continue;
+    if (reason.text.empty())
+      reason.text = fmt::format("{} left of 100 by attribute {}", percent, id);
+    reason.ids.push_back(id);
+  }
+  if (!reason.ids.empty()) reasons.push_back(reason);
 }
 
 void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
   const int limit = facts.rotationRate == 0 ? 70 : 60;  // in degrees Celsius
   if (facts.temperature.value_or(0) <= limit) return;
-  reasons.push_back({Grade::kHot, fmt::format("{} °C", *facts.temperature), {194, 190}});
+  reasons.push_back({Grade::kHot, fmt::format("{} °C", *facts.temperature), {facts.temperatureId}});
+}
+
+void AddMissingCondition(Reasons& reasons, const RecordedFacts& facts) {
+  if (facts.hasCondition) return;
+  reasons.push_back({Grade::kGood, "the drive's own self-assessment: no answer", {}, true});
 }
 
 void AddAge(Reasons& reasons, const RecordedFacts& facts) {
@@ -101,6 +112,7 @@ void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
   AddSelfTest(reasons, facts);
   AddWear(reasons, facts);
   AddHeat(reasons, facts);
+  AddMissingCondition(reasons, facts);
   AddAge(reasons, facts);
 }
 

@@ -34,8 +34,8 @@ sed 's/Maxtor 6L200P0/OTHER/' "$examples/desktop.plist" >"$work/replaced.plist"
 sed 's/Hitachi HTS543232L9A300/USB OK: DISK/; /ThresholdExceeded/ { s//QueryFails/; n; s/false/true/ }' \
   "$examples/laptop.plist" >"$work/unread.plist"
 cp "$examples/laptop.plist" "$examples/desktop.plist" "$work"
-critical='CRITICAL: failing: /dev/rdisk0'
-others='CRITICAL: failing: /dev/rdisk1; a drive is no longer read'
+critical="CRITICAL: failing: /dev/rdisk0 (the drive's own self-assessment: failed)"
+others="CRITICAL: failing: /dev/rdisk1 (the drive's own self-assessment: failed, Reallocated Sector Count is 7, threshold 36: failure predicted, 3841 sectors reallocated, 184 pending, 184 uncorrectable); a drive is no longer read"
 unread='UNKNOWN: not read: /dev/rdisk0 (USB OK: DISK, serial 090812FB2D41LLKR7XPT: it was not opened when recorded); a drive is no longer read'
 well='OK: 1 drive, no threshold reached, no lost sector counted'
 stale='UNKNOWN: there is no recording of the last day'

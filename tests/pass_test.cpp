@@ -142,11 +142,10 @@ TEST(Pass, OnABigEndianProcessorFieldsStayAndNoAhciDeviceIsLookedFor) {
   Report({device, AhciDevice(HealthyDrive(), "disk1")});
   EXPECT_EQ(gSMARTDriveCount, 2);
   bLittleEndianCPU = false;
-  testing::internal::CaptureStdout();
-  SMARTPollingRoutine(nullptr, nullptr);
+  const std::string printed = Printed(stdout, [] { SMARTPollingRoutine(nullptr, nullptr); });
   DeviceLines lines{.revision = "ER V    ", .serial = "ESIRLA              "};
   lines.attributes = "SMARTStatus:::194:::Temperature:::8705:::38:::Always Passing:::Pre-Fail:OK\n";
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), lines.Text());
+  EXPECT_EQ(printed, lines.Text());
 }
 
 }  // namespace test

@@ -15,7 +15,7 @@ printed() {
 
 heading='/dev/rdisk0: OK'
 figures=' | drives=9 failing=2 not_read=3 caution=0 worn=0 hot=0 no_attributes=2'
-critical='smartprobe CRITICAL: failing: /dev/rdisk8, /dev/rdisk9; not read: /dev/rdisk4, /dev/rdisk10, (no path); attributes not known: /dev/rdisk11, /dev/rdisk12'
+critical='CRITICAL: failing: /dev/rdisk8 (the drive.s own self-assessment: failed, Start.*, Reallocated Sector Count is 21, threshold 36: failure predicted, .*), /dev/rdisk9 (.*); not read: /dev/rdisk4, /dev/rdisk10, (no path); attributes not known: /dev/rdisk11, /dev/rdisk12'
 head -21 "$input" >"$work/good"
 head -30 "$input" >"$work/cut"
 
@@ -49,7 +49,7 @@ shell 1 "$name: none: No such file or directory\$" '"$0" none'
 shell 1 "$name: -: line [0-9]*: the report is larger than 4 MiB\$" 'yes "$(cat good)" | "$0" --brief'
 shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 
-shell 2 "${critical//[()]/.}.*\$" '"$0" --check --json --output - "$1"'
+shell 2 "smartprobe ${critical//[()]/.}.*\$" '"$0" --check --json --output - "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
 printed "smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive${figures/9*2 not_read=3*/1 failing=0 not_read=1 caution=0 worn=0 hot=0 no_attributes=0}" 26
@@ -64,20 +64,22 @@ shell 3 '' '"$0" --check old'
 grep -Eq '^smartprobe UNKNOWN: the newest answers are [0-9]+ days old \|' "$work/out" || fail 'old answers'
 shell 0 '' '"$0" --check --max-age=3650 old'
 for days in 0 3651 x; do
-  shell 3 "$name: --max-age needs a number of days from 1 to 3650; see --help\$" "\"\$0\" --max-age=$days old"
+  shell 3 '' "\"\$0\" --check --max-age=$days old"
+  printed "$name: --max-age needs a number of days from 1 to 3650; see --help" 1
 done
+shell 3 "$name: --max-age goes with --check; see --help\$" '"$0" --max-age=3 old'
 shell 3 "$name: --host reads no FILE; see --help\$" '"$0" --host old'
 
 # A file is replaced whole, and by nothing but the form of a whole report.
 shell 2 '' '"$0" --check --output file "$1"'
-printed "$critical$figures" 1
+head -1 "$work/out" | grep -q "^smartprobe $critical$figures$" || fail "the verdict beside a file: $(<"$work/out")"
 cmp "$work/file" "$work/table" || fail '--output'
 shell 1 "$name: cut: line 31: [^;]*\$" '"$0" --output file cut'
 shell 3 '' '"$0" --check --prometheus --output file cut'
 shell 1 "$name: file: File too large" \
   'ulimit -f 1; "$0" --prometheus --output file "$1"'
 shell 2 '' '"$0" --check --output none/file "$1"'
-printed "${critical%; *}; none/file: No such file or directory; ${critical##*; }$figures" 1
+head -1 "$work/out" | grep -q "(no path); none/file: No such file or directory; attributes not known" || fail "the verdict of a file that cannot be written"
 for arguments in '--json --table' '--output= file' '--output "" file' '--output' '--jso2' '-j' '--json=1'; do
   shell 3 "$name: .*; see --help\$" "\"\$0\" $arguments <\"\$1\""
   shell 3 '' "\"\$0\" --chec $arguments <\"\$1\""

@@ -55,10 +55,9 @@ TEST(RecordedHost, ShowsEachSignWithItsWord) {
       {{{5, 9, 0xFFFF0000FFFF}, {197, 9, 0xFFFFFFFF}, {198, 9, 0x100000000}},
        "caution: 65535 sectors reallocated, 4294967295 pending"},
       {{{5, 9, 0x10000}}, "caution: 65536 sectors reallocated"},
-      // The attribute with a normalized value counts, as in the report, but none is better than
-      // nothing.
+      // Of several the largest counts, whether it has a normalized value or not.
       {{{5, 0, 7}, {5, 9, 8}, {197, 0, 3}, {197, 0, 4}},
-       "caution: 8 sectors reallocated, 3 pending"},
+       "caution: 8 sectors reallocated, 4 pending"},
       {{{5, 100, 0x100010000}}, "OK: sector count not clear"},
       {{{5, 100, 0x100010000, 99}}, "caution: sector count not clear"},
       {{{197, 99, 0x100010000}}, "caution: sector count not clear"},
@@ -125,7 +124,10 @@ TEST(RecordedHost, SaysWhichHostItIsAndHowOldItsAnswersAre) {
                  .children = {AhciDevice(answered(50), "sdaa"), AhciDevice(answered(25), "sdb"),
                               AhciDevice(answered(73), "sda"), unread}}}};
   const drives::Host host = tools::ReadRecordedHost(machine, kNow);
-  EXPECT_EQ(host.recorded->newestAnswers, std::chrono::days(1));
+  EXPECT_EQ(host.recorded->newestAnswers, std::chrono::hours(25));
+  const drives::Host later = tools::ReadRecordedHost(machine, kNow - std::chrono::hours(75));
+  EXPECT_TRUE(later.recorded->isDatedLater) << "by two days";
+  EXPECT_EQ(later.recorded->newestAnswers, std::chrono::hours(0)) << "of the disk before its time";
   EXPECT_EQ(
       views::Check(host, {}).summary,
       "smartprobe UNKNOWN: not read: /dev/sdc (EXAMPLE 250: it hangs); answers are 2 days old: "

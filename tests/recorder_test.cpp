@@ -25,10 +25,11 @@ class Recorder : public testing::Test {
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
-    testing::internal::CaptureStderr();
-    const int status = tools::RunRecorder(static_cast<int>(arguments.size()), argv.data(),
-                                          {root_ / "sys", root_ / "dev"});
-    said_ = testing::internal::GetCapturedStderr();
+    int status = -1;
+    said_ = Printed(stderr, [&] {
+      status = tools::RunRecorder(static_cast<int>(arguments.size()), argv.data(),
+                                  {root_ / "sys", root_ / "dev"});
+    });
     return status;
   }
 
@@ -84,8 +85,8 @@ TEST_F(Recorder, RefusesWhatItCannotDoBeforeItAsksADrive) {
                                                              {{root_ / "none/host.plist"}, 1}};
   for (const auto& [arguments, status] : kCases) {
     EXPECT_EQ(Run(arguments), status) << testing::PrintToString(arguments);
-    EXPECT_EQ(std::ranges::count(said_, '\n'), 1) << said_;
-    EXPECT_FALSE(fs::exists(file_));
+    EXPECT_EQ(std::ranges::count(said_, '\n'), 1) << said_ << testing::PrintToString(arguments);
+    EXPECT_FALSE(fs::exists(file_)) << testing::PrintToString(arguments);
   }
 }
 

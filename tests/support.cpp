@@ -35,6 +35,22 @@ std::string Replaced(const std::string& text, const char* regex, const std::stri
   return replaced + rest;
 }
 
+std::string Printed(std::FILE* stream, const std::function<void()>& run) {
+  std::fflush(stream);
+  const int before = dup(fileno(stream));
+  std::FILE* const file = std::tmpfile();
+  dup2(fileno(file), fileno(stream));
+  run();
+  std::fflush(stream);
+  dup2(before, fileno(stream));
+  close(before);
+  std::string text(static_cast<std::size_t>(ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(text.data(), 1, text.size(), file));
+  std::fclose(file);
+  return text;
+}
+
 std::vector<char> Written(std::size_t size, const std::function<void(char*)>& write) {
   std::vector<char> text(size, 'x');
   std::strcpy(text.data(), "untouched");
@@ -115,9 +131,7 @@ void Install(std::vector<Entry> roots, SInt32 systemVersion) {
 std::string Report(std::vector<Entry> roots, SInt32 systemVersion) {
   Install(std::move(roots), systemVersion);
   gMySysVersion = 0;
-  testing::internal::CaptureStdout();
-  RunProbe();
-  return testing::internal::GetCapturedStdout();
+  return Printed(stdout, [] { RunProbe(); });
 }
 
 io_service_t ServiceNamed(const char* name) {

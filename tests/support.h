@@ -4,6 +4,7 @@
 #include <IOKit/IOKitLib.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -42,6 +43,9 @@ inline Property Text(std::string text) { return {std::move(text)}; }
 inline Property Integer(std::int64_t n) { return {platform::IntegerNumber(n)}; }
 inline Property Bytes(Data bytes) { return {std::move(bytes)}; }
 inline Property Dict(Dictionary values) { return {std::move(values)}; }
+
+// What `run` prints on that stream.
+std::string Printed(std::FILE* stream, const std::function<void()>& run);
 
 // One for each process, as long as it lives; what was in it is gone.
 fs::path EmptyFolder();

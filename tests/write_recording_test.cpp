@@ -126,11 +126,12 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
   foreign[60] = 'y';  // of the model
   EXPECT_FALSE(kept(foreign).has_value());
 
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(tools::ReadKeptAnswers("test", file + ".none", 3)(identities[0]).has_value());
-  fs::resize_file(file, 0);
-  EXPECT_FALSE(tools::ReadKeptAnswers("test", file, 3)(identities[0]).has_value());
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "test: " + file + ": the file is empty\n");
+  const std::string said = Printed(stderr, [&] {
+    EXPECT_FALSE(tools::ReadKeptAnswers("test", file + ".none", 3)(identities[0]).has_value());
+    fs::resize_file(file, 0);
+    EXPECT_FALSE(tools::ReadKeptAnswers("test", file, 3)(identities[0]).has_value());
+  });
+  EXPECT_EQ(said, "test: " + file + ": the file is empty\n");
 }
 
 }  // namespace test

@@ -39,6 +39,8 @@ drives::Host ReadHostFile(const std::string& file) {
   }
 }
 
-drives::Host ReadThisHost() { return ReadRecordedHost(AskHost({"/sys", "/dev"}), base::Now()); }
+drives::Host ReadThisHost() {
+  return ReadRecordedHost(AskHost({machines::kSysfs, machines::kDev}), base::Now());
+}
 
 }  // namespace tools

@@ -1,4 +1,4 @@
-// What an earlier recording of this host still tells of drives that sleep.
+// The answers of sleeping drives, from an earlier recording of this host.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace tools {
 
-// The answers in the recording `file` that came within the last `days`, each found by the model and
-// the serial number in its IDENTIFY DEVICE data; not those of a drive that could not be opened,
-// that has no serial number, or that shares it with another. Never empty. Where the file is missing
-// there are none; where it cannot be read or is no recording there are none either, and `program`
-// says so in one line on standard error.
+// Gives the answers in the recording `file` that are at most `days` days old, by the model and
+// serial number in a drive's IDENTIFY DEVICE data. Leaves out drives that could not be opened, that
+// have no serial number, or whose model and serial number occur twice. The result is never an empty
+// function. A missing file has no answers. Neither has one that cannot be read or is no recording:
+// `program` then says so in one line on standard error.
 machines::KeptAnswers ReadKeptAnswers(const char* program, const std::string& file, int days);
 
 }  // namespace tools

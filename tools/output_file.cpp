@@ -64,8 +64,8 @@ class HeldSignals {
   sigset_t before_{};
 };
 
-// Makes a new file beside `file`, which takes its place if `bytes` are given and is else removed.
-// They are on the disk before it has the name: a crash leaves no empty file under it.
+// Makes a new file beside `file`, which takes its place if `bytes` are given, and is removed if
+// not. They are on the disk before it has the name: a crash leaves no empty file under it.
 void Replace(const std::string& file, const std::string_view* bytes) {
   const mode_t mode = ModeFor(file);
   const HeldSignals held;

@@ -47,7 +47,7 @@ UsageError Refusal(int answer, const std::vector<Option>& options, char** argv) 
   }
   if (optopt != 0) return UsageError(std::string("unknown option -") + static_cast<char>(optopt));
   const std::string argument = argv[optind - 1];
-  return UsageError("unknown option " + argument.substr(0, argument.find('=')));
+  return UsageError("unknown or ambiguous option " + argument.substr(0, argument.find('=')));
 }
 
 void AddOption(Arguments& arguments, const Option& given) {

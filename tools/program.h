@@ -48,7 +48,7 @@ struct Failures {
   bool onOutput = false;  // mistakes are printed on standard output, where monitoring looks
 };
 
-// The version of all programs: "1.0.0".
+// The version of all programs, three numbers with dots.
 const char* Version();
 
 // The whole of a program's main: prepares the standard streams, parses the arguments as getopt_long

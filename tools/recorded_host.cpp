@@ -15,7 +15,7 @@
 #include "drives/attribute_blocks.h"
 #include "drives/identify_data.h"
 #include "drives/report_lines.h"
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 #include "tools/replay.h"
 
 namespace tools {
@@ -56,7 +56,7 @@ Disks DisksOf(const platform::Machine& machine) {
 }
 
 // Any text may stand in a registry, but no name is longer.
-std::string Name(const std::string& text) {
+std::string Name(std::string_view text) {
   constexpr std::size_t kMaxCharacters = 255;
   return base::Shortened(text, kMaxCharacters);
 }
@@ -69,6 +69,7 @@ void AddAnswers(drives::Drive& drive, const Entry& device) {
     drives::AddIdentify(*drive.recorded, *identify);
   if (const auto data = answers.data.Block()) drives::AddData(drive, *data);
   drive.recorded->date = answers.date;
+  drive.recorded->hasCondition = answers.exceeded.has_value();
 }
 
 // As the report of the drive would name it; what its IDENTIFY DEVICE data do not tell, the kernel
@@ -131,9 +132,7 @@ void UseLinuxPaths(std::vector<AnyDrive>& devices) {
     const std::string_view disk = drives::DiskOf(drive.device);
     if (!disk.empty()) drive.localPath = "/dev/" + std::string(disk);
   }
-  std::ranges::stable_sort(devices, {}, [](const AnyDrive& drive) {
-    return std::pair(drive.device.size(), drive.device);
-  });
+  std::ranges::stable_sort(devices, machines::IsNamedBefore, &AnyDrive::device);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "base/numbers.h"
 #include "base/printable_text.h"
 #include "base/standard_streams.h"
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 #include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/write_recording.h"
@@ -32,7 +32,8 @@ const CommandLine kCommandLine = {
 platform::Dictionary Record(const platform::Entry& device) {
   machines::DriveRecording recording = machines::RecordDrive(device.drive());
   for (const std::string& failure : recording.failures) {
-    base::PrintError(kCommandLine.program, machines::DiskName(device).append(": ").append(failure));
+    base::PrintError(kCommandLine.program,
+                     std::string(machines::DiskName(device)).append(": ").append(failure));
   }
   return std::move(recording.answers);
 }
@@ -53,7 +54,7 @@ void PrintDisksNotRead(const platform::Machine& machine) {
   for (const platform::Entry& device : machine.roots.front().children) {
     if (device.drive) continue;
     (device.className == machines::kOtherDiskClass ? others : without)
-        .push_back(machines::DiskName(device));
+        .emplace_back(machines::DiskName(device));
   }
   if (!others.empty())
     base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(others));

@@ -14,7 +14,7 @@ platform::Machine ReadThisHost() {
   std::signal(SIGPIPE, SIG_IGN);
   base::PrepareStandardStreams();
   try {
-    return machines::AskDisks(machines::ListDisks("/sys"), "/dev");
+    return machines::AskDisks(machines::ListDisks(machines::kSysfs), machines::kDev);
   } catch (const std::system_error&) {
     return {};  // its only words are those of a report
   }

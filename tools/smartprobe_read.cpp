@@ -19,6 +19,7 @@
 #include "base/files.h"
 #include "base/numbers.h"
 #include "base/standard_streams.h"
+#include "drives/ages.h"
 #include "tools/host_input.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
@@ -79,7 +80,7 @@ struct Options {
   const Form* form = kForms.data();
   bool checks = false;
   bool readsThisHost = false;
-  std::chrono::days maxAge{2};  // of the newest answers, in a check
+  std::chrono::days maxAge = drives::kFresh;  // of the newest answers, in a check
   std::string output = "-";
   std::string file = "-";
 };
@@ -121,16 +122,22 @@ bool HasNothing(const Host& host) {
   return host.damage && host.drives.empty() && host.notRead.empty();
 }
 
-// Monitoring of answers that stay the same for ever must not look well.
+// Answers that stay the same for ever must not look well to monitoring.
 void AddAgeFault(Reading& reading, const Options& options) {
-  if (!options.checks || !reading.host.recorded || !reading.host.recorded->newestAnswers) return;
-  const std::chrono::days age = *reading.host.recorded->newestAnswers;
+  if (!options.checks || !reading.host.recorded) return;
+  if (reading.host.recorded->isDatedLater) {
+    reading.faults.emplace_back("the answers have a date in the future");
+  }
+  const auto age = reading.host.recorded->newestAnswers.value_or(std::chrono::seconds(0));
   if (age <= options.maxAge) return;
-  reading.faults.push_back("the newest answers are " + std::to_string(age.count()) + " days old");
+  const auto days = std::chrono::floor<std::chrono::days>(age).count();
+  reading.faults.push_back("the newest answers are " + std::to_string(days) +
+                           (days == 1 ? " day old" : " days old"));
 }
 
 void Read(const Options& options, Reading& reading) {
   WarnOfWaiting(options);
+  if (options.readsThisHost) tools::CheckOutputFile(options.output);  // before any drive is asked
   reading.host = options.readsThisHost ? tools::ReadThisHost() : tools::ReadHostFile(options.file);
   if (const auto& damage = reading.host.damage) {
     reading.faults.push_back(options.file + ": " + views::DamageText(*damage));
@@ -150,7 +157,7 @@ Reading TryToRead(const Options& options) {
   try {
     Read(options, reading);
   } catch (const std::bad_alloc&) {
-    reading.faults.push_back(options.file + ": out of memory");
+    reading.faults.emplace_back("out of memory");
   } catch (const std::exception& error) {
     reading.faults.emplace_back(error.what());
   }
@@ -170,8 +177,10 @@ int ShowChecked(const Reading& reading, const Options& options) {
   const auto [verdict, summary] = views::Check(reading.host, reading.faults);
   const bool isApart = IsPrinted(options) && !options.form->isForTerminals;
   std::fprintf(isApart ? stderr : stdout, "%s\n", summary.c_str());
+  std::string text = reading.text;
+  if (!isApart) std::ranges::replace(text, '|', '/');  // plug-ins have figures after a bar
   try {
-    base::Print(reading.text);
+    base::Print(text);
   } catch (const std::runtime_error& error) {
     base::PrintError(kCommandLine.program, error.what());
     if (verdict != health::Verdict::kCritical) return kUnknownStatus;
@@ -192,6 +201,7 @@ Options OptionsOf(const tools::Arguments& arguments) {
   if (arguments.Has("output")) options.output = arguments.options.at("output");
   if (arguments.Has("max-age")) {
     const auto days = base::ParseNumber<int>(arguments.options.at("max-age"), 10);
+    if (!options.checks) throw tools::UsageError("--max-age goes with --check");
     if (!days || *days < 1 || *days > 3650) {
       throw tools::UsageError("--max-age needs a number of days from 1 to 3650");
     }

@@ -11,7 +11,7 @@
 
 #include "base/dates.h"
 #include "base/printable_text.h"
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 
 namespace tools {
 namespace {

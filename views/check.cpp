@@ -6,6 +6,7 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "base/printable_text.h"
 #include "health/health.h"
@@ -35,15 +36,14 @@ constexpr int Rank(Verdict verdict) {
   return static_cast<int>(std::ranges::find(kOrder, verdict) - kOrder.begin());
 }
 
-// "/dev/rdisk0", of a drive to look after with what is wrong.
+// "/dev/sda (69 sectors reallocated, 75 °C)", with all reasons that make a grade.
 std::string DriveText(const Drive& drive, const health::Health& health) {
   Texts reasons;
   for (const health::Reason& reason : health.reasons) {
-    if (reason.grade == Grade::kCaution) reasons.push_back(reason.text);
+    if (reason.grade != Grade::kGood) reasons.push_back(reason.text);
   }
-  const bool isListed = health.grade == Grade::kCaution;
   return PathText(drive) +
-         (isListed ? fmt::format(" ({})", fmt::join(reasons, ", ")) : std::string());
+         (reasons.empty() ? std::string() : fmt::format(" ({})", fmt::join(reasons, ", ")));
 }
 
 // "/dev/sda (PRODUCT, serial X: why)"
@@ -91,13 +91,6 @@ Limits LimitsOf(const Host& host) {
   return limits;
 }
 
-bool CountsNoLoss(const Host& host) {
-  const auto isClear = [](const drives::LossCount& loss) { return loss.count == 0U; };
-  return host.recorded && std::ranges::all_of(host.drives, [&](const Drive& drive) {
-           return !drive.recorded || std::ranges::all_of(drive.recorded->losses, isClear);
-         });
-}
-
 std::string CountText(const Host& host) {
   const std::size_t count = host.drives.size();
   return count == 0 ? "no drives" : fmt::format("{} drive{}", count, count == 1 ? "" : "s");
@@ -105,8 +98,8 @@ std::string CountText(const Host& host) {
 
 // What a good verdict rests on.
 std::string_view Grounds(const Host& host) {
-  return CountsNoLoss(host) ? ", no threshold reached, no lost sector counted"
-                            : ", no threshold reached";
+  return health::CountsNoLoss(host) ? ", no threshold reached, no lost sector counted"
+                                    : ", no threshold reached";
 }
 
 // " | drives=3 failing=0 caution=1 temperature_max=47"; nothing where nothing was read.
@@ -161,11 +154,16 @@ Judgement Check(const Host& host, const Texts& faults) {
 }
 
 std::string AdviceText(const Host& host) {
+  std::set<Grade> grades;
+  if (!host.notRead.empty()) grades.insert(Grade::kNotRead);
+  for (const Drive& drive : host.drives) {
+    const health::Health health = health::HealthOf(drive);
+    grades.insert(health.grade);
+    for (const health::Reason& reason : health.reasons) grades.insert(reason.grade);
+  }
   std::string text;
   for (const GradeRow& row : health::Grades()) {
-    if (!row.advice.empty() && !TextsOf(host, row.grade).empty()) {
-      text.append(row.advice).append("\n");
-    }
+    if (!row.advice.empty() && grades.contains(row.grade)) text.append(row.advice).append("\n");
   }
   return text;
 }

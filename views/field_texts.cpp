@@ -3,11 +3,13 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
 #include "base/dates.h"
 #include "base/printable_text.h"
+#include "drives/ages.h"
 
 namespace views {
 namespace {
@@ -126,6 +128,16 @@ std::string UnreadText(const UnreadDrive& drive) {
   const std::string why = FieldText(drive.why);
   return fmt::format("{}{}{}{}{}", PathText(drive), names.empty() ? "" : ", ", names,
                      why.empty() ? "" : ": ", why);
+}
+
+std::string AgeText(const drives::Host& host) {
+  if (!host.recorded) return "";
+  if (host.recorded->isDatedLater)
+    return "The answers have a date in the future: look at the clock.";
+  const auto age = host.recorded->newestAnswers.value_or(std::chrono::seconds(0));
+  if (age <= drives::kFresh) return "";
+  return fmt::format("The newest answers are {} days old.",
+                     std::chrono::floor<std::chrono::days>(age).count());
 }
 
 std::string OriginText(const drives::Host& host) {

@@ -41,6 +41,9 @@ std::string NamesText(const drives::UnreadDrive& drive);
 // The same after the drive's path and a comma, and before why it could not be read.
 std::string UnreadText(const drives::UnreadDrive& drive);
 
+// "The newest answers are 30 days old." and the like; empty where they are new, or have no date.
+std::string AgeText(const drives::Host& host);
+
 // "host.example.org, 2026-11-25 16:02 UTC": of a recording, as far as it says so.
 std::string OriginText(const drives::Host& host);
 

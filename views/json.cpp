@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "drives/attribute_blocks.h"
 #include "health/health.h"
 #include "views/views.h"
 
@@ -52,15 +53,12 @@ void PutDate(Writer& json, std::optional<std::chrono::sys_seconds> date) {
   if (date) Put(json, "unix_time", std::int64_t{date->time_since_epoch().count()});
 }
 
-// The flags word with its bytes in the order of the drive's standard.
-unsigned AtaFlags(std::uint16_t flags) { return (flags & 0xFFU) << 8U | flags >> 8U; }
-
 void PutAttribute(Writer& json, const Attribute& attribute) {
   json.StartObject();
   Put(json, "id", unsigned{attribute.id});
   Put(json, "name", attribute.name);
   Put(json, "flags", unsigned{attribute.flags});
-  Put(json, "flags_ata", AtaFlags(attribute.flags));
+  Put(json, "flags_ata", unsigned{drives::StandardFlags(attribute.flags)});
   Put(json, "value", unsigned{attribute.value});
   Put(json, "threshold", unsigned{attribute.threshold});
   Put(json, "valid", attribute.valid);

@@ -15,6 +15,7 @@
 
 #include "base/dates.h"
 #include "health/health.h"
+#include "health/signs.h"
 #include "page_style.h"
 #include "views/attribute_meanings.h"
 #include "views/field_texts.h"
@@ -102,17 +103,19 @@ void AppendItem(std::string& page, std::string_view text, Color color) {
   Append(page, "<li class=\"{}\">{}</li>\n", ClassOf(color), Escaped(text));
 }
 
-// What a clean bill rests on: counts of sectors are in recordings alone.
+// What a clean bill rests on.
 std::string_view AllClearText(const Host& host) {
   if (!host.recorded) return "No threshold is reached. Lost sectors are not in the report.";
-  return "No threshold is reached, and no drive counts a lost sector.";
+  return health::CountsNoLoss(host)
+             ? "No threshold is reached, and no drive counts a lost sector."
+             : "No threshold is reached. Some drives do not count lost sectors.";
 }
 
 // A reason with what to do about it, and what is known of other drives.
 void AppendReason(std::string& items, const health::Reason& reason, const Drive& drive) {
   const GradeRow& row = health::RowOf(reason.grade);
   Append(items, "<li class=\"{}\">{}", ClassOf(row.color), Escaped(reason.text));
-  const std::string study = StudyText(reason, drive);
+  const std::string study = health::StudyText(reason, drive);
   const std::string_view blank = row.advice.empty() || study.empty() ? "" : " ";
   const std::string text = fmt::format("{}{}{}", row.advice, blank, study);
   if (!text.empty()) Append(items, "<p class=\"weak\">{}</p>", text);
@@ -140,8 +143,10 @@ void AppendDriveItem(std::string& items, const JudgedDrive& judged) {
 // The drives of a grade, where there is anything to say of them.
 void AppendItems(std::string& items, const Host& host, const Drives& drives, const GradeRow& row) {
   for (const JudgedDrive& judged : drives) {
-    const bool isSilent = row.grade == Grade::kGood && judged.health.reasons.empty();
-    if (judged.grade == &row && !isSilent) AppendDriveItem(items, judged);
+    const bool isClear =
+        row.grade == Grade::kGood &&
+        std::ranges::none_of(judged.health.reasons, &health::Reason::limitsJudgement);
+    if (judged.grade == &row && !isClear) AppendDriveItem(items, judged);
   }
   if (row.grade != Grade::kNotRead) return;
   for (const drives::UnreadDrive& drive : host.notRead) {
@@ -158,6 +163,8 @@ void AppendFaults(std::string& page, const Host& host, const Drives& drives) {
                "The report is damaged; this is what came before. " + DamageText(*host.damage),
                Color::kBad);
   }
+  const std::string age = AgeText(host);
+  if (!age.empty()) AppendItem(items, age, Color::kWarning);
   for (const GradeRow& row : health::Grades()) {
     AppendItems(items, host, drives, row);
   }
@@ -178,7 +185,7 @@ void AppendFact(std::string& page, std::string_view name, std::string_view fact)
 
 // How far the value is from its threshold, for one that can be reached and need not be.
 void AppendBar(std::string& page, const Attribute& attribute) {
-  if (!attribute.valid || attribute.threshold < 1 || attribute.threshold > 253) return;
+  if (!attribute.valid || !drives::IsValidValue(attribute.threshold)) return;
   const int largest = std::max(attribute.value, attribute.threshold);
   const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
   const int distance = attribute.value - attribute.threshold;

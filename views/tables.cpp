@@ -30,6 +30,9 @@ void AppendEnd(std::string& text, const Host& host, const Screen& screen) {
   for (const UnreadDrive& drive : host.notRead) {
     AppendParagraph(text, "  ", UnreadText(drive), RowOf(Grade::kNotRead).color, screen);
   }
+  const std::string age = AgeText(host);
+  if (!age.empty()) text += '\n';
+  if (!age.empty()) AppendParagraph(text, "", age, Color::kWarning, screen);
   const std::vector<std::string> others = OtherDisksTexts(host);
   if (!others.empty()) text += '\n';
   for (const std::string& other : others) {

@@ -41,7 +41,7 @@ std::string JsonText(const drives::Host& host, std::string_view version);
 // most 64 characters, since it is kept with every series of the drive.
 std::string MetricsText(const drives::Host& host);
 
-// What to do about what is wrong: a sentence a line for each grade that a drive of the host has.
+// What to do about what is wrong: a sentence a line for each grade that a drive or a reason has.
 std::string AdviceText(const drives::Host& host);
 
 struct Judgement {
@@ -57,7 +57,7 @@ struct Judgement {
 // verdict:
 // - critical: a drive is failing;
 // - unknown: there is a fault, a device that could not be read, or no drive. A drive of which
-//   nothing is known may be failing, and a probe that finds nothing must not look well for ever;
+//   nothing is known may be failing, and so may all that a probe did not find;
 // - warning: a drive is of any other grade but kGood.
 // Disks that the probe does not read are named, and change nothing.
 Judgement Check(const drives::Host& host, const std::vector<std::string>& faults);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "drives/identify_data.h"
+#include "machines/entries/device_entries.h"
 #include "machines/linux/sysfs_files.h"
 #include "machines/linux/udev_database.h"
 
@@ -76,10 +77,6 @@ std::optional<Disk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
   return disk;
 }
 
-bool IsNamedBefore(const Disk& one, const Disk& other) {
-  return std::pair(one.name.size(), one.name) < std::pair(other.name.size(), other.name);
-}
-
 }  // namespace
 
 std::vector<Disk> ListDisks(const fs::path& sysfs) {
@@ -91,7 +88,7 @@ std::vector<Disk> ListDisks(const fs::path& sysfs) {
     if (std::optional<Disk> disk = ReadDisk(root, *link)) disks.push_back(std::move(*disk));
   }
   if (error) throw std::system_error(error, sysfs / "block");
-  std::ranges::sort(disks, IsNamedBefore);
+  std::ranges::sort(disks, IsNamedBefore, &Disk::name);
   return disks;
 }
 

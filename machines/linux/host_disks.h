@@ -10,6 +10,10 @@
 
 namespace machines {
 
+// Where the kernel shows its devices, and where their nodes lie.
+inline constexpr const char* kSysfs = "/sys";
+inline constexpr const char* kDev = "/dev";
+
 enum class DiskKind { kAHCI, kATA, kOther };
 
 struct Disk {

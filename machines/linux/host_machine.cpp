@@ -10,7 +10,7 @@
 
 #include "base/printable_text.h"
 #include "drives/identify_data.h"
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 #include "machines/linux/sysfs_files.h"
 
 namespace machines {

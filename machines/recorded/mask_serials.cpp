@@ -7,7 +7,7 @@
 
 #include "base/block.h"
 #include "drives/identify_data.h"
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 #include "machines/recorded/recording_format.h"
 
 namespace machines {

@@ -1,4 +1,4 @@
-#include "machines/device_entries.h"
+#include "machines/entries/device_entries.h"
 
 #include <variant>
 
@@ -24,20 +24,19 @@ std::optional<std::int64_t> MediumSize(const platform::Entry& device) {
   return bytes > 0 ? std::optional(bytes) : std::nullopt;
 }
 
-std::string DiskName(const platform::Entry& device) {
+std::string_view DiskName(const platform::Entry& device) {
   const platform::Property* found = FindBelow(device, kDiskNameKey);
-  if (found && std::holds_alternative<std::string>(found->value)) {
-    return std::get<std::string>(found->value);
-  }
-  const std::string product = Characteristic(device, kProductNameKey);
+  const auto* name = found ? std::get_if<std::string>(&found->value) : nullptr;
+  if (name) return *name;
+  const std::string_view product = Characteristic(device, kProductNameKey);
   return product.empty() ? device.name : product;
 }
 
-std::string Characteristic(const platform::Entry& device, std::string_view key) {
-  const platform::Property* found = platform::Find(device.properties, kCharacteristicsKey);
-  const auto* all = found ? std::get_if<platform::Dictionary>(&found->value) : nullptr;
+std::string_view Characteristic(const platform::Entry& device, std::string_view key) {
+  const auto* all =
+      platform::FindValue<platform::Dictionary>(device.properties, kCharacteristicsKey);
   const std::string* text = all ? platform::FindText(*all, key) : nullptr;
-  return text ? *text : std::string();
+  return text ? std::string_view(*text) : std::string_view();
 }
 
 }  // namespace machines

@@ -37,9 +37,15 @@ std::optional<std::int64_t> MediumSize(const platform::Entry& device);
 
 // The name of the medium below the device, such as "sda". If there is none, the product's name, or
 // without that the entry's name.
-std::string DiskName(const platform::Entry& device);
+// Borrowed from the entry.
+std::string_view DiskName(const platform::Entry& device);
 
-// The text under `key` in the device's characteristics. Empty if there is none.
-std::string Characteristic(const platform::Entry& device, std::string_view key);
+// Whether the kernel of Linux names one disk before the other: sda to sdz, then sdaa.
+inline bool IsNamedBefore(std::string_view one, std::string_view other) {
+  return one.size() != other.size() ? one.size() < other.size() : one < other;
+}
+
+// The text under `key` in the device's characteristics, borrowed from them. Empty if there is none.
+std::string_view Characteristic(const platform::Entry& device, std::string_view key);
 
 }  // namespace machines
