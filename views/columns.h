@@ -30,13 +30,13 @@ struct Row {
   std::string below = {};  // on lines of its own, if it is not empty
 };
 
-// Appends the headings and the rows. A column in which every cell is empty is left out; any other empty
-// cell becomes a dash. A cell that does not fit its column is shortened.
+// Appends the headings and the rows. A column in which every cell is empty is left out; any other
+// empty cell becomes a dash. A cell that does not fit its column is shortened.
 void AppendRows(std::string& text, std::span<const Column> columns, const std::vector<Row>& rows,
                 const Screen& screen);
 
-// Appends `paragraph`, which is UTF-8 for one line, as lines of that colour. Lines are broken at blanks
-// where possible. The first begins with `indent`, the others with two blanks.
+// Appends `paragraph`, which is UTF-8 for one line, as lines of that colour. Lines are broken at
+// blanks where possible. The first begins with `indent`, the others with two blanks.
 void AppendParagraph(std::string& text, std::string_view indent, std::string_view paragraph,
                      health::Color color, const Screen& screen);
 
