@@ -23,6 +23,7 @@ class Recorder : public testing::Test {
   int Run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "smartprobe-record");
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     int status = -1;
@@ -55,7 +56,8 @@ TEST_F(Recorder, MasksSerialNumbersWhereThatIsAskedFor) {
 }
 
 TEST_F(Recorder, LetsADriveSleepOfWhichItHasRecentAnswers) {
-  constexpr int kAsleep = 0x01, kAwake = 0xFF;
+  constexpr int kAsleep = 0x01;
+  constexpr int kAwake = 0xFF;
   // DAYS, how many hours old the answers in FILE are, the power mode, and whether they are kept.
   const std::tuple<std::string, int, int, bool> kCases[] = {
       {"3", 71, kAsleep, true},         {"3", 73, kAsleep, false}, {"1", 23, kAsleep, true},

@@ -100,6 +100,7 @@ void AddDevice(Host& host, const Entry& device) {
   const std::size_t expected = IsATA(device) && IsAHCI(device) ? 2 : 1;  // of each kind once
   if (own.damage || own.drives.size() + own.notRead.size() != expected) {
     host.notRead.push_back(MakeUnread(Name(DiskName(device)), device));
+    host.notRead.back().why = "a line feed in its names breaks its lines in the report";
     return;
   }
   for (drives::UnreadDrive& drive : own.notRead) {

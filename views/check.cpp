@@ -29,13 +29,6 @@ constexpr std::string_view VerdictWord(Verdict verdict) {
   return kWords.at(static_cast<std::size_t>(verdict));
 }
 
-// From good to bad.
-constexpr int Rank(Verdict verdict) {
-  constexpr std::array kOrder = {Verdict::kOk, Verdict::kWarning, Verdict::kUnknown,
-                                 Verdict::kCritical};
-  return static_cast<int>(std::ranges::find(kOrder, verdict) - kOrder.begin());
-}
-
 // "/dev/sda (69 sectors reallocated, 75 °C)", with all reasons that make a grade.
 std::string DriveText(const Drive& drive, const health::Health& health) {
   Texts reasons;
@@ -130,16 +123,15 @@ std::string WithoutBars(std::string text) {
 
 Judgement Check(const Host& host, const Texts& faults) {
   const bool isUnknown = host.drives.empty() || host.damage || !faults.empty();
-  Verdict verdict = isUnknown ? Verdict::kUnknown : Verdict::kOk;
+  Verdict verdict = Verdict::kOk;
   Texts groups;
   for (const GradeRow& row : health::Grades()) {
     const Texts texts = TextsOf(host, row.grade);
-    if (!texts.empty())
-      verdict = std::max(verdict, row.verdict,
-                         [](Verdict one, Verdict other) { return Rank(one) < Rank(other); });
+    if (!texts.empty() && verdict == Verdict::kOk) verdict = row.verdict;  // of the worst grade
     if (!row.heading.empty()) AddGroup(groups, row.heading, texts);
     if (row.grade == Grade::kNotRead) AddGroup(groups, "", LinesOf(faults));
   }
+  if (isUnknown && verdict != Verdict::kCritical) verdict = Verdict::kUnknown;
   if (groups.empty()) {
     groups.push_back(CountText(host));
     if (!isUnknown) groups.back() += Grounds(host);
