@@ -38,16 +38,17 @@ const Option& OptionAt(int place, const std::vector<Option>& options) {
   return options.at(static_cast<std::size_t>(place - 1));
 }
 
-// What getopt_long has just refused with `answer`: it left the option in optopt, if it knows it.
-UsageError Refusal(int answer, const std::vector<Option>& options, char** argv) {
+// What is wrong with the argument that getopt_long has just refused with `answer`. It left the
+// option in optopt, if it knows it.
+std::string Refusal(int answer, const std::vector<Option>& options, char** argv) {
   const bool isKnown = optopt > 0 && optopt <= static_cast<int>(options.size());
   if (isKnown) {
     const char* fault = answer == ':' ? " needs a value" : " takes no value";
-    return UsageError(Dashed(OptionAt(optopt, options)) + fault);
+    return Dashed(OptionAt(optopt, options)) + fault;
   }
-  if (optopt != 0) return UsageError(std::string("unknown option -") + static_cast<char>(optopt));
+  if (optopt != 0) return std::string("unknown option -") + static_cast<char>(optopt);
   const std::string argument = argv[optind - 1];
-  return UsageError("unknown or ambiguous option " + argument.substr(0, argument.find('=')));
+  return "unknown or ambiguous option " + argument.substr(0, argument.find('='));
 }
 
 void AddOption(Arguments& arguments, const Option& given) {
@@ -64,7 +65,7 @@ Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
   opterr = 0;
   int answer = 0;
   while ((answer = getopt_long(argc, argv, ":h", longOptions.data(), nullptr)) != -1) {
-    if (answer == '?' || answer == ':') throw Refusal(answer, options, argv);
+    if (answer == '?' || answer == ':') throw UsageError(Refusal(answer, options, argv));
     if (answer == 'h') {
       arguments.options["help"] = "";
     } else {

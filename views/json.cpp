@@ -166,7 +166,7 @@ std::string JsonText(const Host& host, std::string_view version) {
   }
   if (!host.drives.empty()) text += '\n';
   text.append("],").append(Text(PutRest, host), 1).pop_back();
-  return text.append(",\"version\":\"").append(version).append("\"}\n");
+  return text.append(R"(,"version":")").append(version).append("\"}\n");
 }
 
 }  // namespace views

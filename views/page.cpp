@@ -127,7 +127,7 @@ void AppendDriveItem(std::string& items, const JudgedDrive& judged) {
   const GradeRow& row = *judged.grade;
   const std::string product = FieldText(judged.drive->product);
   const std::string path = PathText(*judged.drive);
-  Append(items, "<li class=\"{}\">{}: <a href=\"#drive{}\">{}</a>", ClassOf(row.color), row.word,
+  Append(items, R"(<li class="{}">{}: <a href="#drive{}">{}</a>)", ClassOf(row.color), row.word,
          judged.number, Escaped(product.empty() ? path : product + " (" + path + ")"));
   if (!judged.health.reasons.empty()) {
     items += "\n<ul>\n";
