@@ -7,35 +7,18 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string_view>
-#include <utility>
 
 #include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_format.h"
 #include "platform/ledger.h"
 #include "platform/machine.h"
 #include "probe/pass/start_up.h"
-#include "tools/recorded_host.h"
-#include "views/views.h"
+#include "tests/every_form.h"
 
 static bool IsExpected(platform::Ledger left) {
   using enum platform::ReferenceKind;
   return left[kMatchingDictionary] == 0 && left[kFoundValue] == 0 && left[kString] == 0 &&
          left[kPlugIn] == left[kSMARTInterface] && left[kMemoryBlock] <= 1 && left[kIterator] <= 2;
-}
-
-static void ShowInEveryForm(platform::Machine machine) {
-  try {
-    const drives::Host host = tools::ReadRecordedHost(std::move(machine), {});
-    views::TableText(host, {});
-    views::BriefText(host, {});
-    views::PageText(host, {});
-    views::JsonText(host, "");
-    views::MetricsText(host);
-    views::Check(host, {});
-    views::AdviceText(host);
-  } catch (const std::runtime_error&) {
-    return;  // too many disks, or too old a system
-  }
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -49,6 +32,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   RunProbe();
   if (!IsExpected(platform::OpenReferences())) std::abort();
-  ShowInEveryForm(platform::ThisMachine());
+  try {
+    test::ShowInEveryForm(platform::ThisMachine());
+  } catch (const std::runtime_error&) {
+    return 0;  // too many disks, or too old a system
+  }
   return 0;
 }

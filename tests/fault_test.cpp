@@ -5,7 +5,6 @@
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <map>
-#include <set>
 
 #include "platform/objects.h"
 #include "probe/state/drive_table.h"
@@ -201,35 +200,12 @@ Effect EffectOf(const Call& call) {
       {"E", kNoLine},
       {"S", kLine},
       {"D", kLine},
-      {"T", kLine},
-  };
+      {"T", kLine}};
   if (call.name.empty()) return kNone;
   if (call.key == "ATA Features") return kNoLine;
   const auto found = kEffects.find(call.name);
   const bool isLater = found != kEffects.end() && found->second == kNoReport && call.device >= 0;
   return found == kEffects.end() || isLater ? kText : found->second;
-}
-
-std::vector<std::string> Fields(std::string lines) {
-  std::vector<std::string> fields;
-  for (std::size_t end = 0; (end = lines.find_first_of(":\n")) != std::string::npos;) {
-    fields.push_back(lines.substr(0, end));
-    lines.erase(0, end + 1);
-  }
-  return fields;
-}
-
-// Whether the lines differ from the device's in nothing but texts that are empty, or what is left
-// of one, or the drive's own.
-bool LacksTexts(const std::string& lines, int device) {
-  const std::vector<std::string> all = Fields(LinesOf(device).Text());
-  std::vector<std::string> some = Fields(lines);
-  if (some.size() != all.size()) return false;
-  const std::set<std::string> left = {"", "/dev/r", LinesOf(0).serial, LinesOf(0).revision};
-  for (std::size_t i = 0; i < all.size(); i++) {
-    if (some[i] != all[i] && !left.contains(some[i])) return false;
-  }
-  return true;
 }
 
 // Whether these may be the lines of the device in hand after that failure.
@@ -244,10 +220,14 @@ bool MayFollow(const Call& call, const std::string& lines) {
       if (call.name == "S") all.exceeded = false;
       if (call.name != "S") all.attributes = "";
       return lines == all.Text();
-    case kText:
+    case kText: {
       // Without its characteristics nothing says that the device has S.M.A.R.T.
-      return LacksTexts(lines, call.device) ||
-             (lines.empty() && call.name == "CFGetTypeID" && call.key == "Device Characteristics");
+      const bool mayBeEmpty = call.name == "CFGetTypeID" && call.key == "Device Characteristics";
+      const std::string verdict = all.exceeded ? ":::True\n" : ":::False\n";
+      return (lines.find("\n" + all.attributes + "SmartDeviceEnd:::") != std::string::npos &&
+              lines.ends_with(verdict)) ||
+             (lines.empty() && mayBeEmpty);
+    }
     default:
       return lines == all.Text();
   }

@@ -61,6 +61,7 @@ TEST(RecordedHost, ShowsEachSignWithItsWord) {
       {{{5, 100, 0x100010000}}, "OK: sector count not clear"},
       {{{5, 100, 0x100010000, 99}}, "caution: sector count not clear"},
       {{{197, 99, 0x100010000}}, "caution: sector count not clear"},
+      {{{198, 100, 0x101000000}}, "OK: sector count not clear"},
       {{{187, 253, 0x100010000, 200}}, "OK: error count not clear"},
       {{{3, 100, 0, 1, 1}}, "caution: Spin-up Time was at its threshold once"},
       {{{3, 100, 0, 0, 1}, {4, 100, 0, 1}}, "OK"},
@@ -75,7 +76,8 @@ TEST(RecordedHost, ShowsEachSignWithItsWord) {
       {{{233, 10}}, "worn: 10 left of 100 by attribute 233", kSolid},
       {{{177, 99}, {231, 9}, {202, 8}}, "worn: 8 left of 100 by attribute 202", kSolid},
       {{{177, 11}, {232, 100}, {230, 5}}, "OK", kSolid},
-      {{{194, 9, 60}}, "OK"},
+      {{{194, 9, 60}, {190, 9, 61}}, "OK"},
+      {{{194, 9, 101}}, "OK"},
       {{{190, 9, 0x2200003D}}, "hot: 61 °C"},
       {{{194, 9, 70}}, "OK", kSolid},
       {{{194, 9, 71}}, "hot: 71 °C", kSolid},
@@ -108,6 +110,44 @@ TEST(RecordedHost, ShowsEachSignWithItsWord) {
   }
 }
 
+// In every form that shows rows, and for the drive as a whole.
+TEST(RecordedHost, MarksEachRowForItsOwnReason) {
+  DriveAnswers answers = AnswersOf({{5, 9, 69},
+                                    {3, 100, 0, 1, 1},
+                                    {4, 100, 0, 1},
+                                    {194, 9, 75},
+                                    {190, 9, 40},
+                                    {233, 5},
+                                    {202, 10},
+                                    {177, 11}});
+  answers.identify = {Data(base::kBlockSize), true};
+  for (const auto& [at, byte] : {std::pair(434, 1), {336, 3}, {152, 14}, {154, 4}}) {
+    answers.identify.bytes.at(static_cast<std::size_t>(at)) = static_cast<std::uint8_t>(byte);
+  }
+  answers.exceeded.reset();
+  const drives::Host host = HostOf(
+      {Device("sda", {}, DriveOf(answers)), Device("sdb", {}, DriveOf(AnswersOf({{194, 9, 40}})))});
+  const health::Health health = health::HealthOf(host.drives.at(0));
+  std::string rows;
+  for (const drives::Attribute& attribute : host.drives[0].attributes) {
+    rows += std::to_string(attribute.id) + " " + views::RowText(health, attribute) + ", ";
+  }
+  EXPECT_EQ(rows, "5 caution, 3 caution, 4 once, 194 hot, 190 OK, 233 worn, 202 worn, 177 OK, ");
+  EXPECT_EQ(
+      health::ReasonsText(health),
+      "Spin-up Time was at its threshold once; 69 sectors reallocated; 5 left of 100 by attribute "
+      "233; 75 °C; the drive's own self-assessment: no answer");
+  EXPECT_TRUE(views::Check(host, {}).summary.ends_with("temperature_max=75"));
+  EXPECT_EQ(Replaced(views::AdviceText(host), "([^ ]* [^ ]* [^ ]* [^ ]* [^ ]*).*", "&"),
+            "Save the data of a\nA worn drive is near\nA hot drive needs more\n");
+  const std::string page = views::PageText(host, {});
+  const std::string facts =
+      "SSD</dd></div>\n<div><dt>Form factor</dt><dd>2.5 inch</dd></div>\n<div><dt>Link</dt><dd>3.0 "
+      "Gb/s";
+  EXPECT_NE(page.find(facts), std::string::npos);
+  EXPECT_EQ(page.find("study"), std::string::npos) << "of hard disks";
+}
+
 // A recording of a Linux host, whose drives answered at different times.
 TEST(RecordedHost, SaysWhichHostItIsAndHowOldItsAnswersAre) {
   const auto answered = [](int hours) {
@@ -128,6 +168,16 @@ TEST(RecordedHost, SaysWhichHostItIsAndHowOldItsAnswersAre) {
   const drives::Host later = tools::ReadRecordedHost(machine, kNow - std::chrono::hours(75));
   EXPECT_TRUE(later.recorded->isDatedLater) << "by two days";
   EXPECT_EQ(later.recorded->newestAnswers, std::chrono::hours(0)) << "of the disk before its time";
+  EXPECT_EQ(views::AgeText(later), "The answers have a date in the future: look at the clock.");
+  const auto at30Days = kNow + std::chrono::days(30);
+  const drives::Host old = tools::ReadRecordedHost(machine, at30Days);
+  for (const std::string& text : {views::BriefText(old, {}), views::PageText(old, {})}) {
+    EXPECT_NE(text.find("The newest answers are 31 days old."), std::string::npos) << text;
+  }
+  platform::Machine undated = machine;
+  undated.roots[0].children = {AhciDevice(HealthyDrive())};
+  EXPECT_EQ(views::AgeText(tools::ReadRecordedHost(undated, at30Days)),
+            "The newest answers are 30 days old.");
   EXPECT_EQ(
       views::Check(host, {}).summary,
       "smartprobe UNKNOWN: not read: /dev/sdc (EXAMPLE 250: it hangs); answers are 2 days old: "
@@ -146,7 +196,8 @@ Could not be read:
 }
 
 TEST(RecordedHost, HasEveryDiskUnderItsName) {
-  DriveAnswers read = AnswersOf({{187, 100, 0x010203040506}, {5, 1, 69}});
+  DriveAnswers read =
+      AnswersOf({{187, 100, 0x010203040506}, {5, 1, 69}, {197, 100, 0x100010000}, {9, 100, 3}});
   read.identify = HealthyAnswers().identify;
   read.date = Date(0);
   const DriveAnswers hung = NotOpened("it failed");
@@ -162,15 +213,16 @@ TEST(RecordedHost, HasEveryDiskUnderItsName) {
               Device("sdc", {}, DriveOf(silent)), Device("sdd", known, DriveOf(hung)),
               Device("sda", known, DriveOf(read)), Device("sde", {}, {})});
   EXPECT_EQ(views::JsonText(host, "1.2.3"), R"({"drives":[
-{"device":"/dev/rsda","product":"KNOWN","revision":"REV     ","capacity":"","serial":"SERIAL              ","disk":"sda","threshold_exceeded":false,"health":"caution","reasons":["Reallocated Sector Count is 1, threshold 1: worn, plan to replace","69 sectors reallocated","error count not clear"],"reallocated_sectors":69,"rotation_rate":30840,"last_self_test_status":0,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":100,"raw":69}]}
+{"device":"/dev/rsda","product":"KNOWN","revision":"REV     ","capacity":"","serial":"SERIAL              ","disk":"sda","threshold_exceeded":false,"health":"caution","reasons":["Reallocated Sector Count is 1, threshold 1: worn, plan to replace","69 sectors reallocated","sector count not clear","error count not clear"],"reallocated_sectors":69,"pending_sectors":null,"power_on_hours":3,"rotation_rate":30840,"last_self_test_status":0,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":100,"raw":69},{"id":197,"name":"Current Pending Sector","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":4295032832},{"id":9,"name":"Power On Hours Count","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":3}]}
 ],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdb","product":"KNOWN","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1","reason":"it failed"},{"device":"/dev/rsde","product":"","serial":""}],"without_smart":["sdc"],"not_ata":["nvme0n1"],"version":"1.2.3"}
 )");
   const char* const others =
-      R"((#|smartprobe_(drives|drive_[ai]|drive_th|attribute_[vt]|attribute_re|attr.*id="5")).*)"
+      R"((#|smartprobe_(drives|drive_[ai]|drive_th|attribute_[vt]|attribute_re|attr.*id=.(5|9|197).)).*)"
       "\n";
   const std::string samples = Replaced(views::MetricsText(host), others, "");
   EXPECT_EQ(samples, R"(smartprobe_disks_not_looked_at 1
 smartprobe_drive_read_time_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 978307200
+smartprobe_drive_power_on_seconds{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 10800
 smartprobe_drive_self_test_failed{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL"} 0
 smartprobe_drive_health{device="/dev/rsda",disk="sda",product="KNOWN",serial="SERIAL",grade="caution"} 1
 smartprobe_drive_health{device="/dev/rsda",disk="sda",drive="1",product="MODEL",serial="SERIAL",grade="not read"} 1
@@ -199,14 +251,14 @@ TEST(RecordedHost, ShowsEachDeviceAsIfThereWereNoOther) {
   ofBothKinds.name = "IOATABlockStorageDevice";
   ofBothKinds.properties = AtaDevice({}).properties;
   devices.push_back(ofBothKinds);
-  for (const char* odd : {"two:0\nGetSMARTFailed:lines", "no\nline"}) {
+  for (const char* odd : {"two:0\nGetSMARTFailed:lines", "one:0\nline", "no\nline"}) {
     devices.push_back(Device(odd, {}, DriveOf(failed)));
   }
   const drives::Host host = HostOf(devices);
   EXPECT_EQ(host.drives.size(), 66U);
   EXPECT_EQ(host.drives.back().serial, DeviceLines().serial);
   EXPECT_EQ(host.drives.back().capacity, "") << "of the drive before it";
-  ASSERT_EQ(host.notRead.size(), 4U) << "the second client of a device is refused";
+  ASSERT_EQ(host.notRead.size(), 5U) << "the second client of a device is refused";
   for (const drives::UnreadDrive& drive : host.notRead) EXPECT_EQ(drive.serial, "SERIAL");
   EXPECT_EQ(host.notRead.back().device, "no\nline");
 

@@ -50,6 +50,7 @@ TEST(Recording, GivesTheSameReportAgain) {
   EXPECT_EQ(replayed.systemVersion, 0x1058);
   EXPECT_EQ(Recorded(replayed), Recorded(machine));
   EXPECT_EQ(ReportOf(replayed), ReportOf(machine));
+  EXPECT_EQ(replayed.roots[0].children[1].drive().whyNotOpened, "it is gone");
   EXPECT_EQ(ReportOf(Replayed(Machine())), "") << "no entry at all";
   EXPECT_THROW(machines::WritePropertyList(Text("a\rb")), std::runtime_error);
 }
