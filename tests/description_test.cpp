@@ -1,4 +1,4 @@
-// What is told of a drive: what the registry knows of it and how that is found, byte counts and
+// The description of a drive: what the registry knows of it and how that is found, byte counts and
 // numbers as text, and the tidying of fields.
 #include <bit>
 #include <cfloat>

@@ -57,7 +57,7 @@ TEST(AskAll, AnswersThatHaveComeCountEvenIfTheLimitIsOver) {
   EXPECT_EQ(answers.at(0).whyNotOpened, "");
 }
 
-// A child that hangs would else keep the reader of the output waiting.
+// Otherwise a child that hangs keeps the reader of the output waiting.
 TEST(AskAll, AChildHoldsNothingOfItsParent) {
   const int far = fcntl(STDERR_FILENO, F_DUPFD, 100);
   const Drive drive = [] {

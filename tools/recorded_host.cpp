@@ -88,8 +88,8 @@ drives::UnreadDrive MakeUnread(std::string path, const Entry& device) {
   return drive;
 }
 
-// Adds the device by its lines in the report. A device whose texts break these lines, since they
-// hold line feeds, counts as one that could not be read.
+// Adds the device by its lines in the report. If its names hold line feeds, they break these lines:
+// the device then counts among those that could not be read.
 void AddDevice(Host& host, const Entry& device) {
   const std::string lines = ReplayDevice(device);
   if (lines.empty()) {

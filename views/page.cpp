@@ -4,11 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,56 +13,19 @@
 #include "health/health.h"
 #include "health/signs.h"
 #include "page_style.h"
-#include "views/attribute_meanings.h"
 #include "views/field_texts.h"
+#include "views/html.h"
+#include "views/page_attributes.h"
 #include "views/views.h"
 
 namespace views {
 namespace {
 
-using drives::Attribute;
 using drives::Drive;
 using drives::Host;
 using health::Color;
 using health::Grade;
 using health::GradeRow;
-
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
-}
-
-template <typename... Arguments>
-void Append(std::string& page, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
-  page += fmt::format(format, std::forward<Arguments>(arguments)...);
-}
-
-// The class of the elements that have that colour.
-std::string_view ClassOf(Color color) {
-  constexpr std::array<std::string_view, 3> kClasses = {"good", "warning", "failing"};
-  return kClasses.at(static_cast<std::size_t>(color));
-}
 
 struct JudgedDrive {
   const Drive* drive;
@@ -183,59 +142,6 @@ void AppendFact(std::string& page, std::string_view name, std::string_view fact)
   Append(page, "<div><dt>{}</dt><dd>{}</dd></div>\n", name, Escaped(fact));
 }
 
-// How far the value is from its threshold, for one that can be reached and need not be.
-void AppendBar(std::string& page, const Attribute& attribute) {
-  if (!attribute.valid || !drives::IsValidValue(attribute.threshold)) return;
-  const int largest = std::max(attribute.value, attribute.threshold);
-  const int scale = largest <= 100 ? 100 : largest <= 200 ? 200 : 253;
-  const int distance = attribute.value - attribute.threshold;
-  const std::string side =
-      distance == 0 ? "at"
-                    : fmt::format("{} {}", std::abs(distance), distance < 0 ? "below" : "above");
-  Append(page,
-         R"(<svg viewBox="0 0 101 10" preserveAspectRatio="none" role="img")"
-         R"( aria-label="{} the threshold"><rect class="room" width="101" height="10"/>)"
-         R"(<rect class="value" y="2" width="{}" height="6"/>)"
-         R"(<rect class="limit" x="{}" width="1" height="10"/></svg>)",
-         side, 100 * attribute.value / scale, 100 * attribute.threshold / scale);
-}
-
-void AppendCell(std::string& page, std::string_view text) { Append(page, "<td>{}</td>", text); }
-
-void AppendRow(std::string& page, const health::Health& health, const Attribute& attribute,
-               bool hasCounts) {
-  const GradeRow& grade = health::RowOf(RowGrade(health, attribute));
-  const bool isGood = grade.grade == Grade::kGood;
-  page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
-  Append(page, "<th scope=\"row\">{} {} <small>{}</small>", attribute.id,
-         Escaped(health::NameText(attribute)), attribute.preFailure ? "pre-failure" : "life-span");
-  const std::string word = RowText(health, attribute);
-  if (word != health::RowOf(Grade::kGood).word) Append(page, " <strong>{}</strong>", word);
-  AppendBar(page, attribute);
-  page += "</th>";
-  AppendCell(page, std::to_string(attribute.value));
-  if (hasCounts) AppendCell(page, WorstText(attribute));
-  AppendCell(page, std::to_string(attribute.threshold));
-  if (hasCounts) AppendCell(page, RawText(attribute));
-  page += "</tr>\n";
-}
-
-void AppendAttributes(std::string& page, const Drive& drive, const health::Health& health) {
-  if (drive.attributes.empty()) return;
-  const bool hasCounts = std::ranges::any_of(
-      drive.attributes, [](const Attribute& attribute) { return attribute.counts.has_value(); });
-  const std::vector<std::string_view> headings =
-      hasCounts ? std::vector<std::string_view>{"Name", "Value", "Worst", "Threshold", "Raw"}
-                : std::vector<std::string_view>{"Name", "Value", "Threshold"};
-  page += "<table>\n<caption>Attributes</caption>\n<thead><tr>";
-  for (const std::string_view heading : headings) {
-    Append(page, "<th scope=\"col\">{}</th>", heading);
-  }
-  page += "</tr></thead>\n<tbody>\n";
-  for (const Attribute& attribute : drive.attributes) AppendRow(page, health, attribute, hasCounts);
-  page += "</tbody>\n</table>\n";
-}
-
 void AppendFacts(std::string& page, const Drive& drive) {
   page += "<dl>\n";
   AppendFact(page, "Path", PathText(drive));
@@ -264,19 +170,6 @@ void AppendDrive(std::string& page, const JudgedDrive& judged) {
   if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
   AppendAttributes(page, *drive, health);
   page += "</section>\n";
-}
-
-// What the attributes of any of the drives mean, folded away.
-void AppendMeanings(std::string& page, const Host& host) {
-  std::set<std::uint8_t> ids;
-  for (const Drive& drive : host.drives) {
-    for (const Attribute& attribute : drive.attributes) ids.insert(attribute.id);
-  }
-  std::erase_if(ids, [](std::uint8_t id) { return MeaningOf(id).empty(); });
-  if (ids.empty()) return;
-  page += "<details>\n<summary>What these attributes mean</summary>\n<ul>\n";
-  for (const std::uint8_t id : ids) Append(page, "<li>{}: {}</li>\n", id, MeaningOf(id));
-  page += "</ul>\n</details>\n";
 }
 
 }  // namespace

@@ -1,0 +1,17 @@
+// The attributes on the page: a table for each drive, and what the attributes mean.
+#pragma once
+
+#include <string>
+
+#include "drives/facts.h"
+#include "health/health.h"
+
+namespace views {
+
+// Appends the table of the drive's attributes; nothing where it has none.
+void AppendAttributes(std::string& page, const drives::Drive& drive, const health::Health& health);
+
+// Appends what the attributes of any of the drives mean, folded away; nothing where none is known.
+void AppendMeanings(std::string& page, const drives::Host& host);
+
+}  // namespace views
