@@ -52,20 +52,14 @@ void AddUnclearCounts(Reasons& reasons, const RecordedFacts& facts) {
 }
 
 void AddSelfTest(Reasons& reasons, const RecordedFacts& facts) {
-  constexpr std::array<std::string_view, 9> kFailures = {"",
-                                                         "",
-                                                         "",
-                                                         "an unknown error",
-                                                         "an unknown element",
-                                                         "an electrical error",
-                                                         "a servo or seek error",
-                                                         "a read error",
-                                                         "handling damage suspected"};
+  // From status 3 on.
+  constexpr std::array<std::string_view, 6> kFailures = {
+      "an unknown error",      "an unknown element", "an electrical error",
+      "a servo or seek error", "a read error",       "handling damage suspected"};
   const int status = facts.selfTest.value_or(0);
   if (IsFailedSelfTest(status)) {
-    reasons.push_back(
-        {Grade::kCaution,
-         fmt::format("last self-test failed: {}", kFailures.at(static_cast<std::size_t>(status)))});
+    const std::string_view failure = kFailures.at(static_cast<std::size_t>(status - 3));
+    reasons.push_back({Grade::kCaution, fmt::format("last self-test failed: {}", failure)});
   }
   if (status == 1) reasons.push_back({Grade::kGood, "last self-test aborted"});
   if (status == 2) reasons.push_back({Grade::kGood, "last self-test interrupted"});

@@ -107,7 +107,7 @@ struct Machine {
 // The machine that the platform's calls answer from. It is empty before the first SetMachine, and
 // stays as it is until the next. SetMachine takes back all that the probe holds of the machine
 // before (EndProcess in ledger.h). The first call that needs the machine calls `source` and takes
-// as long. Exceptions of `source` pass through that call.
+// as long. Exceptions of `source` pass through that call, and leave the machine empty.
 void SetMachine(Machine machine);
 void SetMachine(std::function<Machine()> source);
 const Machine& ThisMachine();

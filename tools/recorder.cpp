@@ -1,7 +1,9 @@
 #include "tools/recorder.h"
 
+#include <chrono>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "base/files.h"
@@ -76,13 +78,24 @@ int DaysOfSleep(const Arguments& arguments) {
   return *days;
 }
 
+// A clock may be wrong, which is no reason not to record.
+void DropUnwritableDate(platform::Machine& machine) {
+  auto& host =
+      std::get<platform::Dictionary>(machine.roots.front().properties.at(machines::kHostKey).value);
+  const auto date = host.find(machines::kHostDateKey);
+  if (!machines::IsWritableDate(std::get<std::chrono::sys_seconds>(date->second.value))) {
+    host.erase(date);
+  }
+}
+
 int RecordHost(const Arguments& arguments, const HostFolders& folders) {
   const std::string& file = *arguments.file;
   const int days = DaysOfSleep(arguments);
   CheckOutputFile(file);  // before any drive is woken for nothing
   machines::KeptAnswers kept;
   if (days > 0) kept = ReadKeptAnswers(kCommandLine.program, file, days);
-  const platform::Machine machine = AskHost(folders, kept);
+  platform::Machine machine = AskHost(folders, kept);
+  DropUnwritableDate(machine);
   platform::Property listing = machines::ListingOf(machine, Record);
   PrintDisksNotRead(machine);
   if (arguments.Has("no-serials")) machines::MaskSerials(listing);

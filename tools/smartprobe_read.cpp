@@ -124,15 +124,9 @@ bool HasNothing(const Host& host) {
 
 // Answers that stay the same for ever must not look well to monitoring.
 void AddAgeFault(Reading& reading, const Options& options) {
-  if (!options.checks || !reading.host.recorded) return;
-  if (reading.host.recorded->isDatedLater) {
-    reading.faults.emplace_back("the answers have a date in the future");
-  }
-  const auto age = reading.host.recorded->newestAnswers.value_or(std::chrono::seconds(0));
-  if (age <= options.maxAge) return;
-  const auto days = std::chrono::floor<std::chrono::days>(age).count();
-  reading.faults.push_back("the newest answers are " + std::to_string(days) +
-                           (days == 1 ? " day old" : " days old"));
+  if (!options.checks) return;
+  const std::string fault = views::AgeFault(reading.host, options.maxAge);
+  if (!fault.empty()) reading.faults.push_back(fault);
 }
 
 void Read(const Options& options, Reading& reading) {

@@ -130,14 +130,21 @@ std::string UnreadText(const UnreadDrive& drive) {
                      why.empty() ? "" : ": ", why);
 }
 
-std::string AgeText(const drives::Host& host) {
+std::string AgeFault(const drives::Host& host, std::chrono::days maxAge) {
   if (!host.recorded) return "";
   if (host.recorded->isDatedLater)
-    return "The answers have a date in the future: look at the clock.";
+    return "the answers have a date in the future: look at the clock";
   const auto age = host.recorded->newestAnswers.value_or(std::chrono::seconds(0));
-  if (age <= drives::kFresh) return "";
-  return fmt::format("The newest answers are {} days old.",
-                     std::chrono::floor<std::chrono::days>(age).count());
+  if (age <= maxAge) return "";
+  const auto days = std::chrono::floor<std::chrono::days>(age).count();
+  return fmt::format("the newest answers are {} day{} old", days, days == 1 ? "" : "s");
+}
+
+std::string AgeText(const drives::Host& host) {
+  std::string text = AgeFault(host, drives::kFresh);
+  if (text.empty()) return text;
+  text.front() = 'T';
+  return text + ".";
 }
 
 std::string OriginText(const drives::Host& host) {

@@ -2,6 +2,7 @@
 // field is not known.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,7 +42,10 @@ std::string NamesText(const drives::UnreadDrive& drive);
 // The same after the drive's path and a comma, and before why it could not be read.
 std::string UnreadText(const drives::UnreadDrive& drive);
 
-// "The newest answers are 30 days old." and the like; empty where they are new, or have no date.
+// "the newest answers are 30 days old" and the like; empty where they are no older than `maxAge`,
+// or have no date.
+std::string AgeFault(const drives::Host& host, std::chrono::days maxAge);
+// The same as a sentence, for people, of answers that are no longer fresh.
 std::string AgeText(const drives::Host& host);
 
 // "host.example.org, 2026-11-25 16:02 UTC": of a recording, as far as it says so.
