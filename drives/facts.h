@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/count128.h"
+
 namespace drives {
 
 // All texts are valid UTF-8 and may hold any character: drives and registries choose them.
@@ -37,14 +39,38 @@ struct Attribute {
   std::optional<Counts> counts = {};  // from a recording
 };
 
+enum class Protocol { kATA, kNVMe, kSCSI };
+
+// What a figure of a log counts. Temperatures are in degrees Celsius, as the bits of a signed
+// number.
+enum class Unit { kNone, kPercent, kCelsius, kMinutes, kHours, kDataUnits, kBytes };
+
+// A figure of a drive's own log.
+struct Figure {
+  std::string_view section;  // of the JSON document, as `group` within that; empty: none
+  std::string_view group;    // "read"
+  std::string_view key;      // "total_uncorrected_errors"
+  std::string name;          // for people: "Read errors, not corrected"
+  base::Count128 value;
+  Unit unit = Unit::kNone;
+};
+
+// An exception that a SCSI disk reports of its health.
+struct Exception {
+  std::uint8_t code = 0, qualifier = 0;  // both 0: there is none
+  std::string words = {};                // the standard's
+};
+
 // How many sectors a drive has lost in one way, or how many errors of one kind it has met.
 struct LossCount {
-  std::uint8_t id = 0;    // of the attribute that counts them
+  std::uint8_t id = 0;    // of the attribute that counts them; 0: none does
   std::string_view name;  // sectors: "reallocated", "pending" or "uncorrectable"; errors:
-                          // "uncorrectable" or "end-to-end"
+                          // "uncorrectable", "end-to-end", "media" and the like
   bool ofSectors = true;
-  std::optional<std::uint32_t> count = {};  // nullopt: the raw value is no clear count
-  bool hasFallen = false;  // the value or the worst value differs from those of new drives
+  std::optional<std::uint64_t> count = {};  // nullopt: the raw value is no clear count
+  bool hasFallen = false;     // the value or the worst value differs from those of new drives
+  std::string_view key = {};  // of the figure that counts them, where one does, and its group
+  std::string_view group = {};
 };
 
 // How much of its life a drive without moving parts has left.
@@ -55,10 +81,16 @@ struct LifeLeft {
 
 // What a recording knows of a drive that was read, and a report does not.
 struct RecordedFacts {
-  std::optional<int> temperature = {};  // in degrees Celsius, from 1 to 100
-  std::uint8_t temperatureId = 0;       // of the attribute that has it
-  bool hasCondition = true;             // false: the drive did not answer RETURN STATUS
-  std::vector<LossCount> losses = {};   // of the attributes that the drive has
+  std::optional<int> temperature = {};       // in degrees Celsius; of an attribute, from 1 to 100
+  std::uint8_t temperatureId = 0;            // of the attribute that has it
+  std::optional<int> temperatureLimit = {};  // the drive's own, from which on it is too hot
+  bool hasCondition = true;                  // false: the drive gave no verdict of its own
+  std::vector<Figure> figures = {};          // of the drive's logs
+  std::optional<std::uint8_t> criticalWarning = {};  // of an NVMe drive, as the standard has it
+  std::optional<Exception> exception = {};           // of a SCSI disk
+  bool hasLogPages = true;                           // false: a SCSI disk sent none
+  std::optional<int> percentageUsed = {};            // of the drive's life; may be above 100
+  std::vector<LossCount> losses = {};                // of the attributes that the drive has
   std::vector<LifeLeft> lifeLeft = {};  // of a drive that does not rotate, the least first
   std::optional<int> selfTest = {};     // status of the last one: 0 to 15, as the standard has it
   std::optional<std::uint32_t> powerOnHours = {};
@@ -83,7 +115,9 @@ struct Drive {
   bool thresholdExceeded = false;  // false also where the drive gave no answer
   std::vector<Attribute> attributes;
   std::optional<RecordedFacts> recorded = {};
-  std::string localPath = {};  // the path that exists on the host, where it is another
+  std::string localPath = {};  // the path that exists on the host, where it is another; it begins
+                               // with kLocalFolder
+  Protocol protocol = Protocol::kATA;
 };
 
 // A drive that could not be read. Only a recording has its names, as far as they were known, and
@@ -102,7 +136,7 @@ struct Damage {
 struct RecordedHost {
   // Disks that a report does not mention, by the names of their block devices.
   std::vector<std::string> withoutSMART = {};
-  std::vector<std::string> notATA = {};
+  std::vector<std::string> notAsked = {};
   std::string name = {};                              // of the host
   std::optional<std::chrono::sys_seconds> date = {};  // when it was recorded
   // How long ago the last drive answered; where no drive has a date, how old the recording is.
@@ -110,10 +144,28 @@ struct RecordedHost {
   bool isDatedLater = false;  // a date lies more than a day after the time of reading
 };
 
+// The figure of that key and group. Null if there is none. Borrowed from the facts.
+inline const Figure* FindFigure(const RecordedFacts& facts, std::string_view key,
+                                std::string_view group = "") {
+  for (const Figure& figure : facts.figures) {
+    if (figure.key == key && figure.group == group) return &figure;
+  }
+  return nullptr;
+}
+
 // "sda" of "/dev/rsda", the path of a raw device; empty for another path.
 inline std::string_view DiskOf(std::string_view device) {
   constexpr std::string_view kRawDevice = "/dev/r";
   return device.starts_with(kRawDevice) ? device.substr(kRawDevice.size()) : "";
+}
+
+inline constexpr std::string_view kLocalFolder = "/dev/";
+
+// The name of the disk: of its path on the host, or else of that in the report.
+template <typename AnyDrive>  // Drive or UnreadDrive
+std::string_view DiskOf(const AnyDrive& drive) {
+  const std::string_view path = drive.localPath;
+  return path.empty() ? DiskOf(std::string_view(drive.device)) : path.substr(kLocalFolder.size());
 }
 
 struct Host {

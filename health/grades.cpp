@@ -16,6 +16,10 @@ constexpr std::array kGrades{
         kNotRead, "not read", "not read",
         "A drive that cannot be read may be failing: look at its cables, and at journalctl -k.",
         Verdict::kUnknown, Color::kBad},
+    GradeRow{kNothingKnown, "nothing known", "nothing known",
+             "A disk that tells nothing of its health may fail without a sign: keep copies of its "
+             "data.",
+             Verdict::kUnknown, Color::kWarning},
     GradeRow{
         kCaution, "caution", "caution",
         "Save the data of a drive with early signs of failure, and replace it if they get worse.",

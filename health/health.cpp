@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/printable_text.h"
+#include "health/log_signs.h"
 #include "health/signs.h"
 
 namespace health {
@@ -55,12 +56,14 @@ Grade GradeOf(const Attribute& attribute) {
 
 Health HealthOf(const Drive& drive) {
   Health health;
-  if (drive.thresholdExceeded) {
+  const bool isATA = drive.protocol == drives::Protocol::kATA;
+  if (isATA && drive.thresholdExceeded) {
     health.reasons.push_back({Grade::kFailing, "the drive's own self-assessment: failed"});
   }
   AddThresholdReasons(health.reasons, drive);
+  if (!isATA) AddLogSigns(health.reasons, drive);
   if (drive.recorded) AddSigns(health.reasons, *drive.recorded);
-  if (drive.attributes.empty()) health.grade = Grade::kNoAttributes;
+  if (isATA && drive.attributes.empty()) health.grade = Grade::kNoAttributes;
   for (const Reason& reason : health.reasons) health.grade = std::max(health.grade, reason.grade);
   return health;
 }
@@ -71,6 +74,15 @@ Grade RowGrade(const Health& health, const Attribute& attribute) {
   for (const Reason& reason : health.reasons) {
     const bool isOfRow = std::ranges::find(reason.ids, attribute.id) != reason.ids.end();
     if (isOfRow) grade = std::max(grade, reason.grade);
+  }
+  return grade;
+}
+
+Grade FigureGrade(const Health& health, const drives::Figure& figure) {
+  Grade grade = Grade::kGood;
+  for (const Reason& reason : health.reasons) {
+    const bool isMarked = std::ranges::find(reason.figures, &figure) != reason.figures.end();
+    if (isMarked) grade = std::max(grade, reason.grade);
   }
   return grade;
 }

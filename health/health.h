@@ -27,7 +27,8 @@ struct Reason {
   Grade grade;
   std::string text;                    // for one line
   std::vector<std::uint8_t> ids = {};  // every row of these attributes is marked with the grade
-  bool limitsJudgement = false;        // something is not known, or is old: this drive is not clear
+  std::vector<const drives::Figure*> figures = {};  // these are marked too; borrowed from the drive
+  bool limitsJudgement = false;  // something is not known, or is old: this drive is not clear
 };
 
 struct Health {
@@ -35,11 +36,15 @@ struct Health {
   std::vector<Reason> reasons = {};
 };
 
-// The worst reason makes the grade. kNoAttributes where the drive has none, and no reason is worse.
+// The worst reason makes the grade. kNoAttributes where an ATA drive has none, and no reason is
+// worse. The health may be used as long as the drive.
 Health HealthOf(const drives::Drive& drive);
 
 // The worst grade of the row's own threshold and of the reasons that mark rows of the attribute.
 Grade RowGrade(const Health& health, const drives::Attribute& attribute);
+
+// The worst grade of the reasons that mark the figure, which is one of the drive's.
+Grade FigureGrade(const Health& health, const drives::Figure& figure);
 
 // Whether every drive of the host counts what it loses, and each count is clear and 0.
 bool CountsNoLoss(const drives::Host& host);

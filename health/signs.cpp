@@ -13,6 +13,12 @@ using drives::LossCount;
 using drives::RecordedFacts;
 using Reasons = std::vector<Reason>;
 
+// Marks what counts the loss.
+void Mark(Reason& reason, const RecordedFacts& facts, const LossCount& loss) {
+  reason.ids.push_back(loss.id);
+  if (!loss.key.empty()) reason.figures.push_back(FindFigure(facts, loss.key, loss.group));
+}
+
 // "69 sectors reallocated, 2 pending"
 void AddLostSectors(Reasons& reasons, const RecordedFacts& facts) {
   Reason reason{Grade::kCaution, ""};
@@ -21,7 +27,7 @@ void AddLostSectors(Reasons& reasons, const RecordedFacts& facts) {
     const bool isFirst = reason.text.empty();
     const std::string_view noun = !isFirst ? "" : *loss.count == 1 ? "sector " : "sectors ";
     reason.text += fmt::format("{}{} {}{}", isFirst ? "" : ", ", *loss.count, noun, loss.name);
-    reason.ids.push_back(loss.id);
+    Mark(reason, facts, loss);
   }
   if (!reason.text.empty()) reasons.push_back(reason);
 }
@@ -30,8 +36,9 @@ void AddErrors(Reasons& reasons, const RecordedFacts& facts) {
   for (const LossCount& loss : facts.losses) {
     if (loss.ofSectors || loss.count.value_or(0) == 0) continue;
     const std::string_view noun = *loss.count == 1 ? "error" : "errors";
-    reasons.push_back(
-        {Grade::kCaution, fmt::format("{} {} {}", *loss.count, loss.name, noun), {loss.id}});
+    Reason reason{Grade::kCaution, fmt::format("{} {} {}", *loss.count, loss.name, noun)};
+    Mark(reason, facts, loss);
+    reasons.push_back(reason);
   }
 }
 
@@ -79,14 +86,19 @@ void AddWear(Reasons& reasons, const RecordedFacts& facts) {
 }
 
 void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
-  const int limit = facts.rotationRate == 0 ? 70 : 60;  // in degrees Celsius
-  if (facts.temperature.value_or(0) <= limit) return;
-  reasons.push_back({Grade::kHot, fmt::format("{} °C", *facts.temperature), {facts.temperatureId}});
+  const int usual = facts.rotationRate == 0 ? 71 : 61;  // in degrees Celsius
+  if (!facts.temperature || *facts.temperature < facts.temperatureLimit.value_or(usual)) return;
+  Reason reason{Grade::kHot, fmt::format("{} °C", *facts.temperature), {facts.temperatureId}};
+  if (facts.temperatureLimit) reason.text += fmt::format(", limit {} °C", *facts.temperatureLimit);
+  if (const auto* figure = FindFigure(facts, "temperature")) reason.figures = {figure};
+  reasons.push_back(reason);
 }
 
 void AddMissingCondition(Reasons& reasons, const RecordedFacts& facts) {
   if (facts.hasCondition) return;
-  reasons.push_back({Grade::kGood, "the drive's own self-assessment: no answer", {}, true});
+  Reason reason{Grade::kGood, "the drive's own self-assessment: no answer"};
+  reason.limitsJudgement = true;
+  reasons.push_back(reason);
 }
 
 void AddAge(Reasons& reasons, const RecordedFacts& facts) {

@@ -65,6 +65,8 @@ struct BlockAnswer {
 
   // The whole block after a success, else nullopt.
   std::optional<base::Block> Block() const;
+
+  bool operator==(const BlockAnswer&) const = default;
 };
 
 // All that a drive answers. A source must leave an answer out rather than guess it, because the
@@ -81,6 +83,11 @@ struct DriveAnswers {
   BlockAnswer thresholds;  // SMART READ THRESHOLDS
   BlockAnswer identify;    // IDENTIFY DEVICE: 256 words, low byte first
   std::optional<std::chrono::sys_seconds> date;  // when it answered, if that is known
+  // What the platform's calls do not ask for: blocks as the drive sent them, by the names that
+  // machines/entries/drive_logs.h gives them.
+  std::map<std::string, Data, std::less<>> logs;
+
+  bool operator==(const DriveAnswers&) const = default;
 };
 
 // Asks the drive. It is called once for each S.M.A.R.T. user client that is opened, when the first

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "drives/identify_data.h"
 #include "machines/linux/host_machine.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
@@ -19,7 +20,7 @@ class AtaDrive : public testing::Test {
   void SetUp() override { AnswerWell(); }
 
   platform::Machine Host() const {
-    return {.roots = {AhciDevice(machines::MakeAtaDrive({node_, number_}), "sda")}};
+    return {.roots = {AhciDevice(machines::MakeAtaDrive({{node_, number_}}), "sda")}};
   }
 
   // "True", "False" or "failure" for what the report says, if anything, and what was sent
@@ -29,9 +30,9 @@ class AtaDrive : public testing::Test {
     report_ = ReportOf(Host());
     std::string commands = sent;
     const Property listing = machines::ListingOf(Host(), [this](const Entry& entry) {
-      machines::DriveRecording recording = machines::RecordDrive(entry.drive());
-      failures_ = recording.failures;
-      return recording.answers;
+      const DriveAnswers told = entry.drive();
+      failures_ = machines::FailuresOf(told);
+      return machines::RecordDrive(told);
     });
     EXPECT_EQ(sent, commands + commands) << "a recording sends the same";
     const std::string recording = machines::WritePropertyList(listing);
@@ -139,10 +140,12 @@ TEST_F(AtaDrive, OneThatSleepsIsAskedOnlyForWhatIsNotKept) {
       {PowerMode(0xFF), true, true, "PIESDT"},  {kAborted, true, true, "PIESDT"}};
   for (const auto& [answer, hasPage, isKept, commands] : kCases) {
     answers['P'] = answer;
-    machines::AtaNode node = {node_, number_};
-    if (hasPage) std::ranges::copy(answers['I'].block, node.identify.emplace().begin());
-    const auto kept = [&, keeps = isKept](const base::Block& identify) {
-      EXPECT_TRUE(std::ranges::equal(identify, answers['I'].block));
+    machines::AtaNode node = {{node_, number_}};
+    base::Block identify{};
+    std::ranges::copy(answers['I'].block, identify.begin());
+    if (hasPage) node.identify = identify;
+    const auto kept = [&, keeps = isKept](const std::string& identity) {
+      EXPECT_EQ(identity, drives::Identity(identify));
       return keeps ? std::optional(DriveAnswers()) : std::nullopt;
     };
     sent.clear();

@@ -2,8 +2,11 @@
 #include "machines/linux/drive_processes.h"
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <fstream>
 
 #include "machines/recorded/write_recording.h"
 #include "tests/support.h"
@@ -14,7 +17,7 @@ using namespace std::chrono_literals;
 
 // Why it was not opened, and all that it answered.
 std::pair<std::string, Dictionary> All(const DriveAnswers& answers) {
-  return {answers.whyNotOpened, machines::RecordDrive(answers).answers};
+  return {answers.whyNotOpened, machines::RecordDrive(answers)};
 }
 
 TEST(AskAll, EveryDriveGetsItsOwnAnswersWhateverTheOthersDo) {
@@ -22,17 +25,18 @@ TEST(AskAll, EveryDriveGetsItsOwnAnswersWhateverTheOthersDo) {
                             .exceeded = true,
                             .thresholds = {{1, 2, 3}, false},
                             .identify = HealthyAnswers().identify,
-                            .date = Date(-5)};
+                            .date = Date(-5),
+                            .logs = {{"Sense", {}}, {"LogPage02", Data(200'000, 7)}}};
   const Drive late = [] { return usleep(200'000), HealthyAnswers(); };
   const std::pair<Drive, DriveAnswers> kCases[] = {
       {[]() -> DriveAnswers { pause(), std::abort(); }, NotOpened("no answer within 0 seconds")},
       {[]() -> DriveAnswers { _exit(0); }, NotOpened("the process that asked it ended")},
       {[]() -> DriveAnswers { throw 1; }, NotOpened("the process that asked it ended")},
       {DriveOf(odd), odd},
-      {DriveOf(NotOpened(std::string(300, 'w'))), NotOpened(std::string(255, 'w'))}};
-  std::vector<Drive> drives;
-  for (const auto& [drive, answers] : kCases) drives.push_back(drive);
-  drives.insert(drives.end(), 8, late);  // one after the other they would take too long
+      {DriveOf(NotOpened(std::string(300, 'w'))), NotOpened(std::string(300, 'w'))}};
+  std::vector<machines::Query> drives;
+  for (const auto& [drive, answers] : kCases) drives.push_back({drive});
+  drives.insert(drives.end(), 8, {late});  // one after the other they would take too long
   std::vector<std::vector<bool>> progress;
   const std::vector<DriveAnswers> answers =
       machines::AskAll(drives, 900ms, [&](const auto& awaited) { progress.push_back(awaited); });
@@ -53,7 +57,7 @@ TEST(AskAll, EveryDriveGetsItsOwnAnswersWhateverTheOthersDo) {
 
 TEST(AskAll, AnswersThatHaveComeCountEvenIfTheLimitIsOver) {
   const auto answers =
-      machines::AskAll({DriveOf(HealthyAnswers())}, 50ms, [](const auto&) { usleep(100'000); });
+      machines::AskAll({{DriveOf(HealthyAnswers())}}, 50ms, [](const auto&) { usleep(100'000); });
   EXPECT_EQ(answers.at(0).whyNotOpened, "");
 }
 
@@ -68,10 +72,27 @@ TEST(AskAll, AChildHoldsNothingOfItsParent) {
     return answers;
   };
   // The pipe to the parent, and the folder that is read.
-  for (const DriveAnswers& answers : machines::AskAll({drive, drive}, 900ms, {})) {
+  for (const DriveAnswers& answers : machines::AskAll({{drive}, {drive}}, 900ms, {})) {
     EXPECT_EQ(Replaced(answers.whyNotOpened, "pipe:[^ ]*", "pipe"), "null null null pipe fd ");
   }
   close(far);
+}
+
+// A bit for each.
+std::uint64_t Capabilities() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (!line.starts_with("CapEff:\t")) std::getline(status, line);
+  return std::stoull(line.substr(8), nullptr, 16);
+}
+
+TEST(AskAll, AProcessKeepsOnlyTheCapabilitiesThatItNeeds) {
+  const std::uint64_t before = Capabilities();  // without root's rights there are none
+  const auto tell = [] { return NotOpened(std::to_string(Capabilities())); };
+  const auto answers = machines::AskAll({{tell, {CAP_SYS_RAWIO}}, {tell}}, 900ms, {});
+  EXPECT_EQ(answers[0].whyNotOpened, std::to_string(before & 1U << CAP_SYS_RAWIO));
+  EXPECT_EQ(answers[1].whyNotOpened, "0");
+  EXPECT_EQ(Capabilities(), before & (1U << CAP_DAC_OVERRIDE | 1U << CAP_FOWNER));
 }
 
 }  // namespace test

@@ -124,7 +124,7 @@ TEST(LinuxMachine, DisksAreEntriesWithWhatIsKnownOfThem) {
        kAta + kEnd},
       // Not ATA, and no disks at all
       {{.at = kSas, .vendor = "ATAPI", .page = Page().substr(0, 60) + std::string(512, '\0')},
-       kOther + "sda, 4096"},
+       "IOBlockStorageDevice, ATAPI EXAMPLE DISK 200, sda, 4096"},
       {{.at = kUsb, .type = "7\n", .number = "8:32\n"}, kOther + "sda, 4096"},
       {{.at = "pci0/ata1x/host1x/0:0:0:0"}, kOther + "sda, 4096"},
       {{.name = "nvme0n1", .at = "pci0/nvme/nvme0", .type = ""}, kOther + "nvme0n1, 4096"},

@@ -66,9 +66,7 @@ TEST_F(Recorder, LetsADriveSleepOfWhichItHasRecentAnswers) {
     DriveAnswers earlier = HealthyAnswers();
     earlier.date = base::Now() - std::chrono::hours(hours);
     const platform::Machine machine = {.roots = {AhciDevice(DriveOf(earlier))}};
-    const auto record = [](const Entry& device) {
-      return machines::RecordDrive(device.drive()).answers;
-    };
+    const auto record = [](const Entry& device) { return machines::RecordDrive(device.drive()); };
     fs::remove(file_);
     WriteFile(file_, machines::WritePropertyList(machines::ListingOf(machine, record)));
     answers['P'] = PowerMode(static_cast<std::uint8_t>(mode));

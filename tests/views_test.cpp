@@ -155,8 +155,8 @@ std::string Marked(const std::string& colored) {
 TEST(Report, AsJson) {
   EXPECT_EQ(views::JsonText(drives::ParseReport(kOdd), "1.2.3"),
             R"({"drives":[
-{"device":"d","product":"\u00A0\"q\\:::x ","revision":"  r\u001B[\u028E ","capacity":"1.00 TB","serial":"  s\u0000\uFFFD\uFFFD\uFFFD ","threshold_exceeded":true,"health":"failing","reasons":["the drive's own self-assessment: failed","First is 100, threshold 255: worn, plan to replace","Off\u00A0Tra\uFFFDk is 21, threshold 255: failure predicted","a:::b is 0, threshold 253: worn, plan to replace"],"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00A0Tra\u001Bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
-{"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","threshold_exceeded":false,"health":"no attributes","reasons":[],"attributes":[]}
+{"device":"d","product":"\u00A0\"q\\:::x ","revision":"  r\u001B[\u028E ","capacity":"1.00 TB","serial":"  s\u0000\uFFFD\uFFFD\uFFFD ","protocol":"ATA","threshold_exceeded":true,"health":"failing","reasons":["the drive's own self-assessment: failed","First is 100, threshold 255: worn, plan to replace","Off\u00A0Tra\uFFFDk is 21, threshold 255: failure predicted","a:::b is 0, threshold 253: worn, plan to replace"],"attributes":[{"id":5,"name":"First","flags":0,"flags_ata":0,"value":100,"threshold":255,"valid":true,"pre_failure":false,"reached":true},{"id":5,"name":"Off\u00A0Tra\u001Bk","flags":13056,"flags_ata":51,"value":21,"threshold":255,"valid":true,"pre_failure":true,"reached":true},{"id":255,"name":"a:::b","flags":65535,"flags_ata":65535,"value":0,"threshold":253,"valid":false,"pre_failure":false,"reached":true},{"id":5,"name":"n","flags":0,"flags_ata":0,"value":254,"threshold":254,"valid":false,"pre_failure":true,"reached":false}]},
+{"device":"d","product":"","revision":"01234567890123456789012345678901234567890123456789012345678901234","capacity":"","serial":"","protocol":"ATA","threshold_exceeded":false,"health":"no attributes","reasons":[],"attributes":[]}
 ],"not_read":["d","/dev/a\"\\\u0001\u009B\u061C\u200D\u200E\u200F\u2028\u202E\u202C\u202F\u2065\u2066\u2069\u206A",""],"version":"1.2.3"}
 )");
 }
@@ -167,8 +167,8 @@ TEST(Report, AsPrometheus) {
   const std::string drive = R"(device="d",product=" \"q\\:::x",serial="s����")";
   const std::string expected = R"(smartprobe_drives_read 2
 smartprobe_drives_not_read 3
-smartprobe_drive_info{@,revision="r�[ʎ",capacity="1.00 TB"} 1
-smartprobe_drive_info{device="d",drive="1",revision="012345678901234567890123456789012345678901234567890123456789012…"} 1
+smartprobe_drive_info{@,revision="r�[ʎ",capacity="1.00 TB",protocol="ATA"} 1
+smartprobe_drive_info{device="d",drive="1",revision="012345678901234567890123456789012345678901234567890123456789012…",protocol="ATA"} 1
 smartprobe_drive_threshold_exceeded{@} 1
 smartprobe_drive_threshold_exceeded{device="d",drive="1"} 0
 smartprobe_drive_attributes{@} 4
@@ -268,8 +268,7 @@ Could not be read:
   ssssssssssssssssssss: it hangs
 
 S.M.A.R.T. is missing or off, not read: sdc
-Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1,
-  nvme6n1
+Not asked: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1
 )");
 }
 
@@ -324,7 +323,7 @@ TEST(Report, AsPage) {
 </details>
 <h2>Not in this report</h2>
 <p>S.M.A.R.T. is missing or off, not read: &lt;s&gt;</p>
-<p>Not ATA, not looked at: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>
+<p>Not asked: nvme0n1, nvme1n1, nvme2n1, nvme3n1, nvme4n1, nvme5n1, nvme6n1</p>
 </body>
 </html>
 )");

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "base/dates.h"
+#include "drives/identify_data.h"
 #include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
@@ -17,9 +18,8 @@ namespace test {
 using platform::Machine;
 
 Property Recorded(const Machine& machine) {
-  return machines::ListingOf(machine, [](const platform::Entry& entry) {
-    return machines::RecordDrive(entry.drive()).answers;
-  });
+  return machines::ListingOf(
+      machine, [](const platform::Entry& entry) { return machines::RecordDrive(entry.drive()); });
 }
 
 Machine Replayed(const Machine& machine) {
@@ -108,14 +108,14 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
       {'f', 0, "", false},
       {'f', 0, "it is gone", false}};
   Machine machine = {.roots = {{"Root", "Class"}}};
-  std::vector<base::Block> identities;
+  std::vector<std::string> identities;
   for (const auto& [letter, age, failure, isKept] : kDrives) {
     DriveAnswers answers = HealthyAnswers();
     std::fill_n(answers.identify.bytes.begin() + 20, 20, static_cast<std::uint8_t>(letter));
     if (age) answers.date = base::Now() - std::chrono::seconds(*age);
     answers.whyNotOpened = failure;
     machine.roots[0].children.push_back(AhciDevice(DriveOf(answers)));
-    std::ranges::copy(answers.identify.bytes, identities.emplace_back().begin());
+    identities.push_back(drives::Identity(*answers.identify.Block()));
   }
   WriteFile(file, machines::WritePropertyList(Recorded(machine)));
   const auto kept = tools::ReadKeptAnswers("test", file, 3);
@@ -123,8 +123,8 @@ TEST(KeptAnswers, AreThoseOfOneDriveFromTheLastDays) {
     EXPECT_EQ(kept(identities[i]).has_value(), std::get<bool>(kDrives[i])) << i;
   }
   EXPECT_EQ(kept(identities[0])->data.bytes, HealthyAnswers().data.bytes);
-  base::Block foreign = identities[0];
-  foreign[60] = 'y';  // of the model
+  std::string foreign = identities[0];
+  foreign[0] = 'y';  // of the model
   EXPECT_FALSE(kept(foreign).has_value());
 
   const std::string said = Printed(stderr, [&] {

@@ -12,6 +12,7 @@
 #include "base/dates.h"
 #include "base/standard_streams.h"
 #include "drives/identify_data.h"
+#include "machines/entries/device_entries.h"
 #include "machines/recorded/recording_files.h"
 
 namespace tools {
@@ -23,13 +24,21 @@ using platform::Entry;
 // By the drive's identity; nullopt: those of several drives, or none that can be kept.
 using AnswersByIdentity = std::map<std::string, std::optional<DriveAnswers>>;
 
-bool CanBeKept(const DriveAnswers& answers, int days) {
-  if (!answers.date || !answers.whyNotOpened.empty() || !answers.enables || !answers.exceeded ||
-      !answers.data.succeeds) {
+bool IsATA(const Entry& entry) { return entry.className != machines::kOtherDiskClass; }
+
+bool CanBeKept(const Entry& entry, const DriveAnswers& answers, int days) {
+  if (!answers.date || !answers.whyNotOpened.empty()) return false;
+  if (IsATA(entry) && (!answers.enables || !answers.exceeded || !answers.data.succeeds)) {
     return false;
   }
   const std::chrono::seconds age = base::Now() - *answers.date;
   return age.count() >= 0 && age <= std::chrono::days(days);
+}
+
+std::string IdentityOf(const Entry& entry, const DriveAnswers& answers) {
+  if (IsATA(entry)) return drives::Identity(answers.identify.Block().value_or(base::Block{}));
+  return machines::IdentityOf(machines::Characteristic(entry, machines::kProductNameKey),
+                              machines::Characteristic(entry, machines::kSerialNumberKey));
 }
 
 void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& collected) {
@@ -37,12 +46,12 @@ void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& col
     Collect(entry.children, days, collected);
     if (!entry.drive) continue;
     DriveAnswers answers = entry.drive();
-    const std::string identity = drives::Identity(answers.identify.Block().value_or(base::Block{}));
+    const std::string identity = IdentityOf(entry, answers);
     if (identity.empty()) continue;
     const auto [known, isNew] = collected.try_emplace(identity);
-    if (isNew && CanBeKept(answers, days)) {
+    if (isNew && CanBeKept(entry, answers, days)) {
       known->second = std::move(answers);
-    } else {
+    } else if (isNew || known->second != answers) {
       known->second.reset();
     }
   }
@@ -65,8 +74,8 @@ AnswersByIdentity ReadAnswers(const char* program, const std::string& file, int 
 
 machines::KeptAnswers ReadKeptAnswers(const char* program, const std::string& file, int days) {
   const auto kept = std::make_shared<const AnswersByIdentity>(ReadAnswers(program, file, days));
-  return [kept](const base::Block& identify) {
-    const auto found = kept->find(drives::Identity(identify));
+  return [kept](const std::string& identity) {
+    const auto found = kept->find(identity);
     return found == kept->end() ? std::nullopt : found->second;
   };
 }

@@ -3,19 +3,25 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "base/byte_count.h"
 #include "base/printable_text.h"
 #include "drives/ages.h"
 #include "drives/attribute_blocks.h"
 #include "drives/identify_data.h"
+#include "drives/nvme_logs.h"
 #include "drives/report_lines.h"
+#include "drives/scsi_logs.h"
 #include "machines/entries/device_entries.h"
+#include "machines/entries/drive_logs.h"
 #include "tools/replay.h"
 
 namespace tools {
@@ -112,6 +118,58 @@ void AddDevice(Host& host, const Entry& device) {
   }
 }
 
+// Adds what the drive's logs say. Returns why they say nothing, in words, or an empty text.
+std::string AddLogs(drives::Drive& drive, const platform::DriveAnswers& answers) {
+  const auto log = [&](std::string_view name) {
+    const auto found = answers.logs.find(name);
+    return found == answers.logs.end() ? std::span<const std::uint8_t>() : std::span(found->second);
+  };
+  drive.recorded->date = answers.date;
+  if (answers.logs.contains(machines::kHealthLog)) {
+    drive.protocol = drives::Protocol::kNVMe;
+    if (!AddHealthLog(drive, log(machines::kHealthLog))) return "its health log is not whole";
+    AddController(drive, log(machines::kIdentifyController));
+    return "";
+  }
+  drive.protocol = drives::Protocol::kSCSI;
+  drive.recorded->hasLogPages = false;
+  for (const machines::ScsiPage& page : machines::kScsiPages) {
+    drive.recorded->hasLogPages |= answers.logs.contains(page.name);
+    AddLogPage(drive, log(page.name));
+  }
+  AddSense(drive, log(machines::kSense));
+  AddDefectList(drive, log(machines::kDefectListHeader));
+  drive.recorded->hasCondition = drive.recorded->exception.has_value();
+  return "";
+}
+
+// Adds an NVMe drive or a SCSI disk, which is in no report.
+void AddOther(Host& host, const Entry& disk) {
+  if (!disk.drive) {
+    host.recorded->notAsked.push_back(Name(DiskName(disk)));
+    return;
+  }
+  const platform::DriveAnswers answers = disk.drive();
+  std::string path = std::string(drives::kLocalFolder) + Name(DiskName(disk));
+  drives::UnreadDrive unread = MakeUnread(path, disk);
+  unread.localPath = path;
+  drives::Drive drive;
+  drive.device = drive.localPath = std::move(path);
+  drive.product = unread.product;
+  drive.revision = Name(Characteristic(disk, machines::kRevisionKey));
+  drive.serial = unread.serial;
+  drive.recorded.emplace().capacity = machines::MediumSize(disk);
+  if (const auto capacity = drive.recorded->capacity) {
+    drive.capacity = base::ByteCountText(static_cast<double>(*capacity));
+  }
+  if (unread.why.empty()) unread.why = AddLogs(drive, answers);
+  if (unread.why.empty()) {
+    host.drives.push_back(std::move(drive));
+  } else {
+    host.notRead.push_back(std::move(unread));
+  }
+}
+
 // Adds what the first root says of the host, and gives whether that runs Linux.
 bool AddOrigin(drives::RecordedHost& host, const platform::Machine& machine) {
   if (machine.roots.empty()) return false;
@@ -130,10 +188,12 @@ bool AddOrigin(drives::RecordedHost& host, const platform::Machine& machine) {
 template <typename AnyDrive>
 void UseLinuxPaths(std::vector<AnyDrive>& devices) {
   for (AnyDrive& drive : devices) {
-    const std::string_view disk = drives::DiskOf(drive.device);
-    if (!disk.empty()) drive.localPath = "/dev/" + std::string(disk);
+    const std::string_view disk = drives::DiskOf(std::string_view(drive.device));
+    if (!disk.empty()) drive.localPath = std::string(drives::kLocalFolder).append(disk);
   }
-  std::ranges::stable_sort(devices, machines::IsNamedBefore, &AnyDrive::device);
+  std::ranges::stable_sort(devices, machines::IsNamedBefore, [](const AnyDrive& drive) {
+    return std::string_view(drive.localPath.empty() ? drive.device : drive.localPath);
+  });
 }
 
 }  // namespace
@@ -145,7 +205,7 @@ Host ReadRecordedHost(platform::Machine machine, std::chrono::sys_seconds now) {
   drives::RecordedHost& recorded = host.recorded.emplace();
   for (const Entry* device : disks.ata) AddDevice(host, *device);
   for (const Entry* device : disks.ahci) AddDevice(host, *device);
-  for (const Entry* disk : disks.others) recorded.notATA.push_back(Name(DiskName(*disk)));
+  for (const Entry* disk : disks.others) AddOther(host, *disk);
   if (AddOrigin(recorded, platform::ThisMachine())) {
     UseLinuxPaths(host.drives);
     UseLinuxPaths(host.notRead);

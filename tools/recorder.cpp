@@ -32,12 +32,18 @@ const CommandLine kCommandLine = {
 
 // A drive that does not answer is no failure of the recording: it is recorded so.
 platform::Dictionary Record(const platform::Entry& device) {
-  machines::DriveRecording recording = machines::RecordDrive(device.drive());
-  for (const std::string& failure : recording.failures) {
+  const platform::DriveAnswers answers = device.drive();
+  std::vector<std::string> failures;
+  if (device.className != machines::kOtherDiskClass) {
+    failures = machines::FailuresOf(answers);
+  } else if (!answers.whyNotOpened.empty()) {
+    failures = {answers.whyNotOpened};
+  }
+  for (const std::string& failure : failures) {
     base::PrintError(kCommandLine.program,
                      std::string(machines::DiskName(device)).append(": ").append(failure));
   }
-  return std::move(recording.answers);
+  return machines::RecordDrive(answers);
 }
 
 // "a, b"
@@ -58,8 +64,7 @@ void PrintDisksNotRead(const platform::Machine& machine) {
     (device.className == machines::kOtherDiskClass ? others : without)
         .emplace_back(machines::DiskName(device));
   }
-  if (!others.empty())
-    base::PrintError(kCommandLine.program, "not ATA, not read: " + Joined(others));
+  if (!others.empty()) base::PrintError(kCommandLine.program, "not asked: " + Joined(others));
   if (!without.empty()) {
     base::PrintError(kCommandLine.program, "without S.M.A.R.T., not read: " + Joined(without));
   }

@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 
+#include "base/byte_count.h"
+#include "base/count128.h"
 #include "base/dates.h"
 #include "base/printable_text.h"
 #include "drives/ages.h"
@@ -55,6 +58,11 @@ std::string FieldText(std::string_view field) { return base::OneLine(base::Trimm
 std::string PathText(const Drive& drive) { return PathOf(drive); }
 std::string PathText(const UnreadDrive& drive) { return PathOf(drive); }
 
+std::string_view ProtocolText(const Drive& drive) {
+  constexpr std::array<std::string_view, 3> kWords = {"ATA", "NVMe", "SCSI"};
+  return kWords.at(static_cast<std::size_t>(drive.protocol));
+}
+
 std::string WorstText(const Attribute& attribute) {
   return attribute.counts ? std::to_string(attribute.counts->worst) : "";
 }
@@ -66,6 +74,16 @@ std::string RawText(const Attribute& attribute) {
 std::string TemperatureText(const Drive& drive) {
   if (!drive.recorded || !drive.recorded->temperature) return "";
   return fmt::format("{} °C", *drive.recorded->temperature);
+}
+
+std::string TemperatureLimitText(const Drive& drive) {
+  if (!drive.recorded || !drive.recorded->temperatureLimit) return "";
+  return fmt::format("{} °C", *drive.recorded->temperatureLimit);
+}
+
+std::string UsedText(const Drive& drive) {
+  if (!drive.recorded || !drive.recorded->percentageUsed) return "";
+  return fmt::format("{} %", *drive.recorded->percentageUsed);
 }
 
 std::string PowerOnText(const Drive& drive) {
@@ -88,6 +106,33 @@ std::string RotationText(const Drive& drive) {
 
 std::string ReadDateText(const Drive& drive) {
   return drive.recorded && drive.recorded->date ? base::DateText(*drive.recorded->date) : "";
+}
+
+std::string FigureText(const drives::Figure& figure) {
+  constexpr double kBytesAUnit = 512'000;
+  const std::string number = ToText(figure.value);
+  const double value = ToDouble(figure.value);
+  switch (figure.unit) {
+    case drives::Unit::kNone:
+      return number;
+    case drives::Unit::kPercent:
+      return number + " %";
+    case drives::Unit::kCelsius:
+      return fmt::format("{} °C", static_cast<std::int64_t>(figure.value.low));
+    case drives::Unit::kMinutes:
+      return number + " min";
+    case drives::Unit::kHours:
+      return number + " h";
+    case drives::Unit::kDataUnits:
+      return fmt::format("{} ({})", number, base::ByteCountText(value * kBytesAUnit));
+    case drives::Unit::kBytes:
+      return base::ByteCountText(value);
+  }
+  return number;
+}
+
+std::string RowText(const health::Health& health, const drives::Figure& figure) {
+  return std::string(health::RowOf(FigureGrade(health, figure)).word);
 }
 
 std::string RowText(const health::Health& health, const Attribute& attribute) {
@@ -163,7 +208,7 @@ Texts OtherDisksTexts(const drives::Host& host) {
   Texts texts;
   if (!host.recorded) return texts;
   AddDisks(texts, "S.M.A.R.T. is missing or off, not read", host.recorded->withoutSMART);
-  AddDisks(texts, "Not ATA, not looked at", host.recorded->notATA);
+  AddDisks(texts, "Not asked", host.recorded->notAsked);
   return texts;
 }
 

@@ -19,9 +19,12 @@ std::string FieldText(std::string_view field);
 std::string PathText(const drives::Drive& drive);
 std::string PathText(const drives::UnreadDrive& drive);
 
+std::string_view ProtocolText(const drives::Drive& drive);  // "ATA", "NVMe" or "SCSI"
 std::string WorstText(const drives::Attribute& attribute);
 std::string RawText(const drives::Attribute& attribute);
 std::string TemperatureText(const drives::Drive& drive);  // "34 °C"
+std::string TemperatureLimitText(const drives::Drive& drive);
+std::string UsedText(const drives::Drive& drive);         // "17 %"
 std::string PowerOnText(const drives::Drive& drive);      // "13422 hours (1.5 years)"
 std::string PowerCyclesText(const drives::Drive& drive);  // "903"
 std::string RotationText(const drives::Drive& drive);     // "SSD" or "7200 rpm"
@@ -29,6 +32,10 @@ std::string ReadDateText(const drives::Drive& drive);     // "2026-11-25 16:02 U
 
 // "caution", "once" of a row that was at its threshold and makes no grade, or "OK"
 std::string RowText(const health::Health& health, const drives::Attribute& attribute);
+
+// "17 %", "35 °C", "1234 (631.81 MB)": the figure's value with its unit.
+std::string FigureText(const drives::Figure& figure);
+std::string RowText(const health::Health& health, const drives::Figure& figure);
 
 // "failing: 69 sectors reallocated": the word of the grade, and the reasons.
 std::string HealthText(const health::Health& health);
@@ -54,7 +61,7 @@ std::string OriginText(const drives::Host& host);
 // "line 12: what is wrong"
 std::string DamageText(const drives::Damage& damage);
 
-// "Not ATA, not looked at: nvme0n1" and the like: the disks that are not in the report. None where
+// "Not asked: vda" and the like: the disks of which nothing is known but the name. None where
 // there are none, or nothing is known of any.
 std::vector<std::string> OtherDisksTexts(const drives::Host& host);
 

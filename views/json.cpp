@@ -2,12 +2,17 @@
 #include <rapidjson/writer.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
 
+#include "base/count128.h"
 #include "drives/attribute_blocks.h"
 #include "health/health.h"
+#include "views/field_texts.h"
 #include "views/views.h"
 
 namespace views {
@@ -71,6 +76,59 @@ void PutAttribute(Writer& json, const Attribute& attribute) {
   json.EndObject();
 }
 
+// "12345678" bytes as "0.012345678", exactly.
+std::string GigabytesText(std::string bytes) {
+  constexpr std::size_t kDecimals = 9;
+  if (bytes.size() <= kDecimals) bytes.insert(0, kDecimals + 1 - bytes.size(), '0');
+  return bytes.insert(bytes.size() - kDecimals, 1, '.');
+}
+
+void PutValue(Writer& json, const drives::Figure& figure) {
+  std::string text = ToText(figure.value);
+  if (figure.unit == drives::Unit::kCelsius) {
+    text = std::to_string(static_cast<std::int64_t>(figure.value.low));
+  }
+  if (figure.unit == drives::Unit::kBytes) text = GigabytesText(text);
+  json.RawValue(text.data(), text.size(), rapidjson::kNumberType);
+}
+
+// The figures of a group, which is an array where they have no keys.
+void PutGroup(Writer& json, std::span<const drives::Figure> figures) {
+  const drives::Figure& first = figures.front();
+  const bool isArray = first.key.empty();
+  if (!first.group.empty()) Key(json, first.group);
+  if (!first.group.empty()) isArray ? json.StartArray() : json.StartObject();
+  for (const drives::Figure& figure : figures) {
+    if (!isArray) Key(json, figure.key);
+    PutValue(json, figure);
+  }
+  if (!first.group.empty()) isArray ? json.EndArray() : json.EndObject();
+}
+
+// The figures at the start of `figures` that have the same text in `member` as the first.
+std::span<const drives::Figure> Together(std::span<const drives::Figure> figures,
+                                         std::string_view drives::Figure::*member) {
+  std::size_t size = 1;
+  while (size < figures.size() && figures[size].*member == figures[0].*member) size++;
+  return figures.first(size);
+}
+
+void PutFigures(Writer& json, std::span<const drives::Figure> figures) {
+  while (!figures.empty()) {
+    auto section = Together(figures, &drives::Figure::section);
+    figures = figures.subspan(section.size());
+    const std::string_view name = section.front().section;
+    if (!name.empty()) Key(json, name);
+    if (!name.empty()) json.StartObject();
+    while (!section.empty()) {
+      const auto group = Together(section, &drives::Figure::group);
+      PutGroup(json, group);
+      section = section.subspan(group.size());
+    }
+    if (!name.empty()) json.EndObject();
+  }
+}
+
 void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.temperature) Put(json, "temperature_celsius", *recorded.temperature);
   for (const drives::LossCount& loss : recorded.losses) {
@@ -82,6 +140,11 @@ void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.powerOnHours) Put(json, "power_on_hours", *recorded.powerOnHours);
   if (recorded.powerCycles) Put(json, "power_cycles", *recorded.powerCycles);
   if (recorded.rotationRate) Put(json, "rotation_rate", *recorded.rotationRate);
+  if (recorded.temperatureLimit) {
+    Put(json, "temperature_limit_celsius", *recorded.temperatureLimit);
+  }
+  if (recorded.percentageUsed) Put(json, "percentage_used", *recorded.percentageUsed);
+  PutFigures(json, recorded.figures);
   if (recorded.selfTest) Put(json, "last_self_test_status", *recorded.selfTest);
   PutDate(json, recorded.date);
 }
@@ -101,7 +164,8 @@ void PutDrive(Writer& json, const Drive& drive) {
   Put(json, "revision", drive.revision);
   Put(json, "capacity", drive.capacity);
   Put(json, "serial", drive.serial);
-  if (!drives::DiskOf(drive.device).empty()) Put(json, "disk", drives::DiskOf(drive.device));
+  if (!drives::DiskOf(drive).empty()) Put(json, "disk", drives::DiskOf(drive));
+  Put(json, "protocol", ProtocolText(drive));
   Put(json, "threshold_exceeded", drive.thresholdExceeded);
   PutHealth(json, health::HealthOf(drive));
   if (drive.recorded) PutRecorded(json, *drive.recorded);
@@ -141,7 +205,7 @@ void PutRest(Writer& json, const Host& host) {
   if (host.recorded) {
     PutUnreadDrives(json, host);
     PutNames(json, "without_smart", host.recorded->withoutSMART);
-    PutNames(json, "not_ata", host.recorded->notATA);
+    PutNames(json, "not_asked", host.recorded->notAsked);
     if (!host.recorded->name.empty()) Put(json, "host", host.recorded->name);
     PutDate(json, host.recorded->date);
   }

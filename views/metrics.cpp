@@ -14,6 +14,7 @@
 #include "base/printable_text.h"
 #include "health/health.h"
 #include "health/signs.h"
+#include "views/field_texts.h"
 #include "views/views.h"
 
 namespace views {
@@ -71,7 +72,7 @@ class DeviceLabels {
   std::string Next(const AnyDrive& drive) {
     const int number = counts_[Labels({{"device", drive.device}})]++;
     return Labels({{"device", drive.device},
-                   {"disk", drives::DiskOf(drive.device)},
+                   {"disk", drives::DiskOf(drive)},
                    {"drive", number == 0 ? "" : std::to_string(number)},
                    {"product", base::Trimmed(drive.product, " ")},
                    {"serial", base::Trimmed(drive.serial, " ")}});
@@ -122,7 +123,8 @@ class Metrics {
   }
 
   // Of the metric of the last head.
-  void Sample(std::string_view labels, std::uint64_t value) {
+  template <typename Number>
+  void Sample(std::string_view labels, Number value) {
     text_ += fmt::format("{}{{{}}} {}\n", name_, labels, value);
   }
 
@@ -131,11 +133,10 @@ class Metrics {
     text_ += fmt::format("{} {}\n", name, count);
   }
 
-  // `valueOf` gives nullopt where it is not known.
-  template <typename Subject>
+  // `valueOf` gives a number of the subject, or nullopt where it is not known.
+  template <typename Subject, typename ValueOf>
   void Each(std::string_view name, std::string_view help,
-            const std::vector<Labelled<Subject>>& subjects,
-            std::optional<std::uint64_t> (*valueOf)(const Subject&)) {
+            const std::vector<Labelled<Subject>>& subjects, ValueOf valueOf) {
     Head(name, help);
     for (const auto& [subject, labels] : subjects) {
       if (const auto value = valueOf(*subject)) Sample(labels, *value);
@@ -151,9 +152,13 @@ class Metrics {
 
 using Value = std::optional<std::uint64_t>;
 
-Value Temperature(const Drive& drive) {
-  const auto temperature = drive.recorded ? drive.recorded->temperature : std::nullopt;
-  return temperature ? Value(static_cast<std::uint64_t>(*temperature)) : std::nullopt;
+std::optional<int> Temperature(const Drive& drive) {
+  return drive.recorded ? drive.recorded->temperature : std::nullopt;
+}
+
+std::optional<double> Wear(const Drive& drive) {
+  const auto percent = drive.recorded ? drive.recorded->percentageUsed : std::nullopt;
+  return percent ? std::optional(*percent / 100.0) : std::nullopt;
 }
 
 // nullopt also for a clock that was set before 1970.
@@ -191,8 +196,8 @@ void AppendCounts(Metrics& metrics, const Host& host) {
   metrics.Count("smartprobe_drives_not_read", "How many drives could not be read.",
                 host.notRead.size());
   if (!host.recorded) return;
-  metrics.Count("smartprobe_disks_not_looked_at", "How many disks are not ATA disks.",
-                host.recorded->notATA.size());
+  metrics.Count("smartprobe_disks_not_looked_at", "How many disks were not asked.",
+                host.recorded->notAsked.size());
   metrics.Count("smartprobe_drives_without_smart",
                 "How many drives have no S.M.A.R.T., or none that can be enabled.",
                 host.recorded->withoutSMART.size());
@@ -202,7 +207,8 @@ void AppendInfo(Metrics& metrics, const Devices& devices) {
   metrics.Head("smartprobe_drive_info", "What the drive is; always 1.");
   for (const auto& [drive, labels] : devices.read) {
     metrics.Sample(Joined(labels, Labels({{"revision", base::Trimmed(drive->revision, " ")},
-                                          {"capacity", base::Trimmed(drive->capacity, " ")}})),
+                                          {"capacity", base::Trimmed(drive->capacity, " ")},
+                                          {"protocol", ProtocolText(*drive)}})),
                    1);
   }
 }
@@ -216,6 +222,9 @@ void AppendDrives(Metrics& metrics, const Devices& devices) {
                       [](const Drive& drive) { return Value(drive.attributes.size()); });
   metrics.Each<Drive>("smartprobe_drive_temperature_celsius", "The temperature of the drive.",
                       devices.read, Temperature);
+  metrics.Each<Drive>("smartprobe_drive_wear_ratio",
+                      "How much of its life the drive has used, by its own count; 1 is all.",
+                      devices.read, Wear);
   metrics.Each<Drive>("smartprobe_drive_read_time_seconds",
                       "When the drive answered, in seconds since 1970.", devices.read, ReadTime);
   metrics.Each<Drive>("smartprobe_drive_power_on_seconds", "How long the drive has been on.",

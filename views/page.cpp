@@ -154,6 +154,8 @@ void AppendFacts(std::string& page, const Drive& drive) {
   AppendFact(page, "Power-on time", PowerOnText(drive));
   AppendFact(page, "Power cycles", PowerCyclesText(drive));
   AppendFact(page, "Temperature", TemperatureText(drive));
+  AppendFact(page, "Temperature limit", TemperatureLimitText(drive));
+  AppendFact(page, "Life used", UsedText(drive));
   AppendFact(page, "Read", ReadDateText(drive));
   page += "</dl>\n";
 }
@@ -169,6 +171,7 @@ void AppendDrive(std::string& page, const JudgedDrive& judged) {
   const std::string reasons = ReasonsText(health);
   if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
   AppendAttributes(page, *drive, health);
+  AppendFigures(page, *drive, health);
   page += "</section>\n";
 }
 

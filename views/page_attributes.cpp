@@ -39,11 +39,15 @@ void AppendBar(std::string& page, const Attribute& attribute) {
 
 void AppendCell(std::string& page, std::string_view text) { Append(page, "<td>{}</td>", text); }
 
+void AppendRowStart(std::string& page, const GradeRow& grade) {
+  const bool isGood = grade.grade == Grade::kGood;
+  page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
+}
+
 void AppendRow(std::string& page, const health::Health& health, const Attribute& attribute,
                bool hasCounts) {
   const GradeRow& grade = health::RowOf(RowGrade(health, attribute));
-  const bool isGood = grade.grade == Grade::kGood;
-  page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
+  AppendRowStart(page, grade);
   Append(page, "<th scope=\"row\">{} {} <small>{}</small>", attribute.id,
          Escaped(health::NameText(attribute)), attribute.preFailure ? "pre-failure" : "life-span");
   const std::string word = RowText(health, attribute);
@@ -72,6 +76,21 @@ void AppendAttributes(std::string& page, const Drive& drive, const health::Healt
   }
   page += "</tr></thead>\n<tbody>\n";
   for (const Attribute& attribute : drive.attributes) AppendRow(page, health, attribute, hasCounts);
+  page += "</tbody>\n</table>\n";
+}
+
+void AppendFigures(std::string& page, const Drive& drive, const health::Health& health) {
+  if (!drive.recorded || drive.recorded->figures.empty()) return;
+  page +=
+      "<table>\n<caption>Logs</caption>\n<thead><tr><th scope=\"col\">Name</th>"
+      "<th scope=\"col\">Value</th></tr></thead>\n<tbody>\n";
+  for (const drives::Figure& figure : drive.recorded->figures) {
+    const GradeRow& grade = health::RowOf(FigureGrade(health, figure));
+    AppendRowStart(page, grade);
+    Append(page, "<th scope=\"row\">{}", Escaped(figure.name));
+    if (grade.grade != Grade::kGood) Append(page, " <strong>{}</strong>", grade.word);
+    Append(page, "</th><td>{}</td></tr>\n", FigureText(figure));
+  }
   page += "</tbody>\n</table>\n";
 }
 

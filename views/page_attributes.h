@@ -1,4 +1,5 @@
-// The attributes on the page: a table for each drive, and what the attributes mean.
+// The attributes and the figures of logs on the page: tables for each drive, and what the
+// attributes mean.
 #pragma once
 
 #include <string>
@@ -10,6 +11,9 @@ namespace views {
 
 // Appends the table of the drive's attributes; nothing where it has none.
 void AppendAttributes(std::string& page, const drives::Drive& drive, const health::Health& health);
+
+// Appends the table of the figures in the drive's logs; nothing where there are none.
+void AppendFigures(std::string& page, const drives::Drive& drive, const health::Health& health);
 
 // Appends what the attributes of any of the drives mean, folded away; nothing where none is known.
 void AppendMeanings(std::string& page, const drives::Host& host);

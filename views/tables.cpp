@@ -57,6 +57,18 @@ std::vector<Row> RowsOf(const Drive& drive, const health::Health& health) {
   return rows;
 }
 
+constexpr std::array kFigureColumns{Column{"Name", false, 1, 8}, Column{"Value", true, 2, 8},
+                                    Column{"Status"}};
+
+std::vector<Row> FigureRowsOf(const drives::RecordedFacts& facts, const health::Health& health) {
+  std::vector<Row> rows;
+  for (const drives::Figure& figure : facts.figures) {
+    rows.push_back({{figure.name, FigureText(figure), RowText(health, figure)},
+                    RowOf(FigureGrade(health, figure)).color});
+  }
+  return rows;
+}
+
 void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   if (!text.empty()) text += '\n';
   const health::Health health = health::HealthOf(drive);
@@ -65,6 +77,8 @@ void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   const std::string description = DescriptionText(drive);
   if (!description.empty()) AppendParagraph(text, "  ", description, Color::kGood, screen);
   if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive, health), screen);
+  if (!drive.recorded || drive.recorded->figures.empty()) return;
+  AppendRows(text, kFigureColumns, FigureRowsOf(*drive.recorded, health), screen);
 }
 
 constexpr std::array kDriveColumns{

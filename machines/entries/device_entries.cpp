@@ -32,6 +32,11 @@ std::string_view DiskName(const platform::Entry& device) {
   return product.empty() ? device.name : product;
 }
 
+std::string IdentityOf(std::string_view product, std::string_view serial) {
+  if (serial.empty()) return "";
+  return std::string(product).append("\n").append(serial);
+}
+
 std::string_view Characteristic(const platform::Entry& device, std::string_view key) {
   const auto* all =
       platform::FindValue<platform::Dictionary>(device.properties, kCharacteristicsKey);

@@ -16,10 +16,11 @@ inline constexpr const char* kAHCIDeviceClass = "IOAHCIBlockStorageDevice";
 // The class of the entries of disks that the probe does not look for.
 inline constexpr const char* kOtherDiskClass = "IOBlockStorageDevice";
 
-// The property of a device that says what it is, a dictionary, and two keys in it.
+// The property of a device that says what it is, a dictionary, and keys in it.
 inline constexpr const char* kCharacteristicsKey = "Device Characteristics";
 inline constexpr const char* kProductNameKey = "Product Name";
 inline constexpr const char* kSerialNumberKey = "Serial Number";
+inline constexpr const char* kRevisionKey = "Product Revision Level";
 // A property of the medium below a device: the name of its block device.
 inline constexpr const char* kDiskNameKey = "BSD Name";
 inline constexpr const char* kSizeKey = "Size";  // in bytes
@@ -39,6 +40,10 @@ std::optional<std::int64_t> MediumSize(const platform::Entry& device);
 // without that the entry's name.
 // Borrowed from the entry.
 std::string_view DiskName(const platform::Entry& device);
+
+// What tells a drive from all others: its product and serial number. Empty without a serial number,
+// since then it may be any.
+std::string IdentityOf(std::string_view product, std::string_view serial);
 
 // Whether the kernel of Linux names one disk before the other: sda to sdz, then sdaa.
 inline bool IsNamedBefore(std::string_view one, std::string_view other) {

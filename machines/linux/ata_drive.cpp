@@ -1,19 +1,12 @@
 #include "machines/linux/ata_drive.h"
 
-#include <fcntl.h>
-
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
-#include <string>
 #include <utility>
 
 #include "base/dates.h"
-#include "base/descriptor.h"
 #include "drives/attribute_blocks.h"
 #include "drives/identify_data.h"
 #include "machines/linux/ata_commands.h"
-#include "machines/linux/block_device.h"
 
 namespace machines {
 namespace {
@@ -51,9 +44,9 @@ std::optional<DriveAnswers> AnswersOfSleeper(int node, const std::optional<Block
                                              const KeptAnswers& kept,
                                              std::optional<Block>& identify) {
   if (!kept || !IsInStandby(SendCommand(node, kCheckPowerMode, Registers::kWanted))) return {};
-  if (known) return kept(*known);
+  if (known) return kept(drives::Identity(*known));
   identify = ReadAnswer(node, kIdentifyDevice);
-  return identify ? kept(*identify) : std::nullopt;
+  return identify ? kept(drives::Identity(*identify)) : std::nullopt;
 }
 
 // Asks the drive of an open node, up to the first failure.
@@ -98,28 +91,12 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   return failed("SMART RETURN STATUS gave no registers, and no thresholds tell");
 }
 
-// Opens the node for reading, without waiting for a medium. It checks the device number, because
-// another disk may have the name by now, and any kind of file may lie in the folder.
-DriveAnswers OpenAndAsk(const AtaNode& node, const KeptAnswers& kept) {
-  DriveAnswers none;
-  const base::Descriptor opened(
-      open(node.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!opened.IsOpen()) {
-    const bool isForbidden = errno == EACCES || errno == EPERM;
-    none.whyNotOpened = std::string("cannot open its device node: ") + strerror(errno) +
-                        (isForbidden ? " (run as root)" : "");
-  } else if (!node.number || BlockDeviceNumber(opened.Number()) != node.number) {
-    none.whyNotOpened = "its device node is not known to be the disk's";
-  } else {
-    return Ask(opened.Number(), node.identify, kept);
-  }
-  return none;
-}
-
 }  // namespace
 
 platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept) {
-  return [node = std::move(node), kept = std::move(kept)] { return OpenAndAsk(node, kept); };
+  return [node = std::move(node), kept = std::move(kept)] {
+    return AskNode(node.node, [&](int opened) { return Ask(opened, node.identify, kept); });
+  };
 }
 
 }  // namespace machines

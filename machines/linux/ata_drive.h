@@ -1,24 +1,16 @@
 // A drive of this host, which is asked by ATA commands to its device node.
 #pragma once
 
-#include <sys/types.h>
-
-#include <filesystem>
-#include <functional>
 #include <optional>
 
+#include "machines/linux/disk_node.h"
+#include "machines/linux/kept_answers.h"
 #include "platform/machine.h"
 
 namespace machines {
 
-// Gives the kept answers of the drive with these IDENTIFY DEVICE data, or nullopt if there are none
-// that are still good. An empty function: no answers are kept of any drive.
-using KeptAnswers = std::function<std::optional<platform::DriveAnswers>(const base::Block&)>;
-
 struct AtaNode {
-  std::filesystem::path path;
-  std::optional<dev_t> number;  // the block device that `path` must be; without a number, the node
-                                // is not opened
+  DiskNode node;
   std::optional<base::Block> identify = {};  // if the kernel keeps the data
 };
 

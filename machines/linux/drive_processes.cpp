@@ -15,70 +15,18 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <type_traits>
+#include <string_view>
 #include <utility>
 
 #include "base/descriptor.h"
+#include "machines/linux/answer_bytes.h"
+#include "machines/linux/capabilities.h"
 
 namespace machines {
 namespace {
 
-using platform::BlockAnswer;
 using platform::DriveAnswers;
 using Clock = std::chrono::steady_clock;
-
-// Answers as they go through a pipe. They fit into PIPE_BUF, so that they are written and read
-// whole or not at all.
-struct SentBlock {
-  std::size_t size;
-  bool succeeds;
-  base::Block bytes;
-};
-struct SentAnswers {
-  std::array<char, 256> whyNotOpened;
-  bool enables;
-  bool hasExceeded;
-  bool exceeded;
-  bool hasDate;
-  std::int64_t date;
-  std::array<SentBlock, 3> blocks;  // data, thresholds, identify
-};
-static_assert(sizeof(SentAnswers) <= PIPE_BUF && std::is_trivially_copyable_v<SentAnswers>);
-
-SentBlock Packed(const BlockAnswer& block) {
-  SentBlock sent{block.bytes.size(), block.succeeds, {}};
-  std::ranges::copy(block.bytes, sent.bytes.begin());
-  return sent;
-}
-
-BlockAnswer Unpacked(const SentBlock& sent) {
-  return {{sent.bytes.begin(), sent.bytes.begin() + static_cast<std::ptrdiff_t>(sent.size)},
-          sent.succeeds};
-}
-
-SentAnswers Packed(const DriveAnswers& answers) {
-  SentAnswers sent{};
-  answers.whyNotOpened.copy(sent.whyNotOpened.data(), sent.whyNotOpened.size() - 1);
-  sent.enables = answers.enables;
-  sent.hasExceeded = answers.exceeded.has_value();
-  sent.exceeded = answers.exceeded.value_or(false);
-  sent.hasDate = answers.date.has_value();
-  sent.date = answers.date.value_or(std::chrono::sys_seconds()).time_since_epoch().count();
-  sent.blocks = {Packed(answers.data), Packed(answers.thresholds), Packed(answers.identify)};
-  return sent;
-}
-
-DriveAnswers Unpacked(const SentAnswers& sent) {
-  DriveAnswers answers;
-  answers.whyNotOpened = sent.whyNotOpened.data();
-  answers.enables = sent.enables;
-  if (sent.hasExceeded) answers.exceeded = sent.exceeded;
-  if (sent.hasDate) answers.date = std::chrono::sys_seconds(std::chrono::seconds(sent.date));
-  answers.data = Unpacked(sent.blocks[0]);
-  answers.thresholds = Unpacked(sent.blocks[1]);
-  answers.identify = Unpacked(sent.blocks[2]);
-  return answers;
-}
 
 DriveAnswers Failed(std::string why) {
   DriveAnswers answers;
@@ -101,41 +49,53 @@ void GiveUpDescriptorsBut(int kept) {
 }
 
 // Any exception ends the child here, so that it does nothing that the parent does too.
-[[noreturn]] void AnswerAndExit(const platform::Drive& drive, int pipe) noexcept {
+[[noreturn]] void AnswerAndExit(const Query& query, int pipe) noexcept {
   std::signal(SIGPIPE, SIG_DFL);  // ends the child if the parent is gone
   GiveUpDescriptorsBut(pipe);
-  const SentAnswers answers = Packed(drive());
-  const ssize_t written = write(kKept, &answers, sizeof answers);
-  _exit(written == sizeof answers ? 0 : 1);
+  KeepCapabilities(query.capabilities);
+  const std::string bytes = Packed(query.drive());
+  std::string_view rest = bytes;
+  while (!rest.empty()) {
+    const ssize_t written = write(kKept, rest.data(), rest.size());
+    if (written < 0) _exit(1);
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+  _exit(0);
 }
 
 struct Child {
   pid_t process = -1;
   base::Descriptor pipe = {};  // open as long as the answers are awaited
+  std::string bytes = {};      // what has come of them
   DriveAnswers answers = {};   // set once the pipe is closed
 };
 
-Child Start(const platform::Drive& drive) {
+Child Start(const Query& query) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-    return {-1, {}, Failed(std::string("no pipe to ask it through: ") + strerror(errno))};
+    return {-1, {}, {}, Failed(std::string("no pipe to ask it through: ") + strerror(errno))};
   }
   base::Descriptor reading(ends[0]);
   const base::Descriptor writing(ends[1]);
+  fcntl(reading.Number(), F_SETFL, O_NONBLOCK);
   const pid_t process = fork();
-  if (process == 0) AnswerAndExit(drive, writing.Number());
+  if (process == 0) AnswerAndExit(query, writing.Number());
   if (process < 0) {
-    return {-1, {}, Failed(std::string("no process to ask it in: ") + strerror(errno))};
+    return {-1, {}, {}, Failed(std::string("no process to ask it in: ") + strerror(errno))};
   }
-  return {process, std::move(reading), {}};
+  return {process, std::move(reading)};
 }
 
-// Reads the child's answers from its pipe, or the pipe's end, and closes the pipe.
+// Reads all that has come of the child's answers. At their end it takes them and closes the pipe.
 void Receive(Child& child) {
-  SentAnswers sent;
-  const ssize_t count = read(child.pipe.Number(), &sent, sizeof sent);
-  const bool isWhole = count == sizeof sent;
-  child.answers = isWhole ? Unpacked(sent) : Failed("the process that asked it ended");
+  std::array<char, PIPE_BUF> bytes{};
+  ssize_t count = 0;
+  while ((count = read(child.pipe.Number(), bytes.data(), bytes.size())) > 0) {
+    child.bytes.append(bytes.data(), static_cast<std::size_t>(count));
+  }
+  if (count < 0 && errno == EAGAIN) return;
+  const auto answers = Unpacked(child.bytes);
+  child.answers = answers ? *answers : Failed("the process that asked it ended");
   close(child.pipe.Release());
 }
 
@@ -182,13 +142,14 @@ void AllowManyDescriptors() {
 
 }  // namespace
 
-std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
-                                 std::chrono::milliseconds limit, const Progress& progress) {
+std::vector<DriveAnswers> AskAll(const std::vector<Query>& queries, std::chrono::milliseconds limit,
+                                 const Progress& progress) {
   const Clock::time_point end = Clock::now() + limit;
   AllowManyDescriptors();
   std::vector<Child> children;
-  children.reserve(drives.size());
-  for (const platform::Drive& drive : drives) children.push_back(Start(drive));
+  children.reserve(queries.size());
+  for (const Query& query : queries) children.push_back(Start(query));
+  KeepCapabilities(kCapabilitiesOfFiles);
   do {
     if (progress) progress(Awaited(children));
   } while (ReceiveSome(children, end));
@@ -199,7 +160,7 @@ std::vector<DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
     if (child.process > 0) waitpid(child.process, nullptr, WNOHANG);
     answers.push_back(std::move(child.answers));
   }
-  if (progress) progress(std::vector<bool>(drives.size()));
+  if (progress) progress(std::vector<bool>(queries.size()));
   return answers;
 }
 

@@ -18,15 +18,22 @@ inline constexpr std::chrono::milliseconds kAnswerLimit = std::chrono::seconds(6
 // answers are still awaited.
 using Progress = std::function<void(const std::vector<bool>& isAwaited)>;
 
-// The answers of `drives`, in their order. Each drive is called in a child process, which gives up
-// every descriptor of this one and sends the answers through a pipe. whyNotOpened says so if a
-// drive has not answered after `limit`, or if its child cannot be made or ends without answers.
+struct Query {
+  platform::Drive drive;
+  std::vector<int> capabilities = {};  // that asking takes, such as CAP_SYS_RAWIO
+};
+
+// The answers to `queries`, in their order. Each drive is called in a child process, which gives up
+// every descriptor of this one and all other capabilities, and sends the answers through a pipe.
+// whyNotOpened says so if a drive has not answered after `limit`, or if its child cannot be made or
+// ends without answers.
 //
 // A child that is late is killed but not waited for, because a process that hangs in the kernel
-// cannot be ended. No child is waited for, so some may remain until this process ends. Only the
-// first 255 bytes of whyNotOpened are kept. `progress` may be empty. The limit of open files
-// becomes the highest that is allowed. Do not call this in a program with threads.
-std::vector<platform::DriveAnswers> AskAll(const std::vector<platform::Drive>& drives,
+// cannot be ended. No child is waited for, so some may remain until this process ends. `progress`
+// may be empty. The limit of open files becomes the highest that is allowed, and this process keeps
+// only the capabilities that reading and writing files may take. Do not call this in a program with
+// threads.
+std::vector<platform::DriveAnswers> AskAll(const std::vector<Query>& queries,
                                            std::chrono::milliseconds limit,
                                            const Progress& progress);
 

@@ -39,15 +39,28 @@ bool IsAHCI(const fs::path& host) {
   return driver.find("ahci") != std::string::npos;
 }
 
+// Whether a disk with an exchangeable medium has none, as an empty slot of a card reader.
+bool HasNoMedium(const Disk& disk) {
+  return ReadText(disk.folder / "removable") == "1" && ReadText(disk.folder / "size") == "0";
+}
+
+// "nvme0n1", a namespace of an NVMe drive.
+bool IsNamespace(std::string_view name) {
+  const std::size_t number = name.rfind('n');
+  return number != std::string_view::npos && IsNumbered(name.substr(0, number), "nvme") &&
+         IsNumbered(name.substr(number), "n");
+}
+
 // Finds out whether a SCSI disk speaks ATA, directly or behind a translation layer. It does if the
 // kernel gives "ATA" as its vendor, as libata and most layers do, if its layer gives IDENTIFY
 // DEVICE data, or if udev has asked it.
-void ReadKind(const fs::path& sysfs, Disk& disk) {
+void ReadSCSIKind(const fs::path& sysfs, Disk& disk) {
   const fs::path host = HostOf(sysfs, disk.folder);
   const fs::path device = disk.folder / "device";
   const std::string type = ReadText(device / "type");
   // Direct access, or the same with zones that the host manages.
   if (host.empty() || (type != "0" && type != "20")) return;
+  disk.kind = HasNoMedium(disk) ? DiskKind::kOther : DiskKind::kSCSI;
   if (const auto page = ReadFile(device / "vpd_pg89"))
     disk.identify = drives::FindIdentifyData(*page);
   if (!disk.identify && ReadText(device / "vendor") != "ATA") {
@@ -56,6 +69,13 @@ void ReadKind(const fs::path& sysfs, Disk& disk) {
     disk.isModelKnown = false;
   }
   disk.kind = IsAHCI(host) ? DiskKind::kAHCI : DiskKind::kATA;
+}
+
+void ReadKind(const fs::path& sysfs, Disk& disk) {
+  if (!IsNamespace(disk.name)) return ReadSCSIKind(sysfs, disk);
+  std::error_code error;
+  disk.drive = fs::canonical(disk.folder / "device", error);
+  if (!error) disk.kind = DiskKind::kNVMe;
 }
 
 // Whether the device counts as a disk. A disk has hardware of its own, and sysfs has a link to it.

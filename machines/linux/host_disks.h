@@ -14,7 +14,7 @@ namespace machines {
 inline constexpr const char* kSysfs = "/sys";
 inline constexpr const char* kDev = "/dev";
 
-enum class DiskKind { kAHCI, kATA, kOther };
+enum class DiskKind { kAHCI, kATA, kNVMe, kSCSI, kOther };
 
 struct Disk {
   std::string name;              // the kernel's: sda
@@ -22,6 +22,7 @@ struct Disk {
   DiskKind kind = DiskKind::kOther;
   std::optional<base::Block> identify = {};  // of an ATA disk, if the kernel keeps the data
   bool isModelKnown = true;                  // false: the kernel only knows the model of a bridge
+  std::filesystem::path drive = {};          // the folder of an NVMe disk's controller in sysfs
 };
 
 // The disks in the kernel's order of naming: sda to sdz, then sdaa. Devices without hardware of

@@ -1,7 +1,9 @@
 #include "machines/linux/host_machine.h"
 
 #include <IOKit/storage/ata/ATASMARTLib.h>
+#include <linux/capability.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -11,6 +13,8 @@
 #include "base/printable_text.h"
 #include "drives/identify_data.h"
 #include "machines/entries/device_entries.h"
+#include "machines/linux/nvme_drive.h"
+#include "machines/linux/scsi_drive.h"
 #include "machines/linux/sysfs_files.h"
 
 namespace machines {
@@ -27,8 +31,75 @@ SInt32 AtaFeatures(const Disk& disk) {
 }
 
 // A drive that the probe would turn away is not asked. The probe turns no AHCI drive away.
-bool IsAsked(const Disk& disk) {
-  return disk.kind == DiskKind::kAHCI || (disk.kind == DiskKind::kATA && AtaFeatures(disk) != 0);
+bool IsAsked(const Disk& disk, const Asking& asking) {
+  if (disk.kind == DiskKind::kATA) return AtaFeatures(disk) != 0;
+  if (disk.kind == DiskKind::kAHCI) return true;
+  return asking.others && disk.kind != DiskKind::kOther;
+}
+
+bool IsATA(const Disk& disk) { return disk.kind == DiskKind::kATA || disk.kind == DiskKind::kAHCI; }
+
+// Without IDENTIFY data the kernel knows only the first 16 characters of the model. If it knows
+// only the name of a bridge, the model comes from the drive's own answer, and is empty without one.
+std::string Model(const Disk& disk, const DriveAnswers* answers) {
+  std::optional<base::Block> identify = disk.identify;
+  if (!identify && !disk.isModelKnown) {
+    identify = answers ? answers->identify.Block().value_or(base::Block{}) : base::Block{};
+  }
+  if (identify) return drives::ModelNumber(*identify);
+  const fs::path device = disk.folder / "device";
+  const std::string model = base::PrintableASCII(ReadText(device / "model"));
+  if (disk.kind != DiskKind::kSCSI) return model;
+  return base::PrintableASCII(ReadText(device / "vendor") + " " + model);
+}
+
+// The serial number that the kernel keeps, which identifies a drive that does not answer. Empty if
+// there is none, or if it is that of a bridge.
+std::string Serial(const Disk& disk) {
+  constexpr std::size_t kHeaderSize = 4;  // of the page of the vital product data
+  if (disk.identify) return drives::SerialNumber(*disk.identify);
+  if (disk.kind == DiskKind::kNVMe) {
+    return base::PrintableASCII(ReadText(disk.folder / "device" / "serial"));
+  }
+  const std::string page = ReadFile(disk.folder / "device" / "vpd_pg80").value_or("");
+  if (!disk.isModelKnown || page.size() < kHeaderSize) return {};
+  return base::PrintableASCII(page.substr(kHeaderSize));
+}
+
+// Of a disk that does not speak ATA; the others give it with their IDENTIFY DEVICE data.
+std::string Revision(const Disk& disk) {
+  if (IsATA(disk)) return {};
+  const char* file = disk.kind == DiskKind::kNVMe ? "firmware_rev" : "rev";
+  return base::PrintableASCII(ReadText(disk.folder / "device" / file));
+}
+
+// By what its answers are kept. Empty if that takes asking it.
+std::string Identity(const Disk& disk) {
+  if (!IsATA(disk)) return IdentityOf(Model(disk, nullptr), Serial(disk));
+  return disk.identify ? drives::Identity(*disk.identify) : "";
+}
+
+// Whether the kernel has suspended the drive, which opening its node would end. An NVMe drive is
+// suspended together with its port.
+bool IsSuspended(const Disk& disk) {
+  const fs::path device = disk.folder / "device";
+  for (const fs::path& folder : {device, device / "device"}) {
+    if (ReadText(folder / "power" / "runtime_status") == "suspended") return true;
+  }
+  return false;
+}
+
+std::optional<DriveAnswers> AnswersOfSuspended(const Disk& disk, const KeptAnswers& kept) {
+  if (!kept || !IsSuspended(disk)) return std::nullopt;
+  const std::string identity = Identity(disk);
+  return identity.empty() ? std::nullopt : kept(identity);
+}
+
+Query MakeQuery(const Disk& disk, const fs::path& dev, const KeptAnswers& kept) {
+  const DiskNode node = {dev / disk.name, ReadDeviceNumber(disk.folder / "dev")};
+  if (disk.kind == DiskKind::kNVMe) return {MakeNvmeDrive(node), {CAP_SYS_ADMIN}};
+  if (disk.kind == DiskKind::kSCSI) return {MakeScsiDrive({node, Identity(disk)}, kept)};
+  return {MakeAtaDrive({node, disk.identify}, kept), {CAP_SYS_RAWIO}};
 }
 
 std::vector<std::string> AwaitedNames(const std::vector<const Disk*>& asked,
@@ -42,45 +113,40 @@ std::vector<std::string> AwaitedNames(const std::vector<const Disk*>& asked,
 
 using Answers = std::map<const Disk*, DriveAnswers>;
 
+// The disk whose answers are this disk's too: itself, or the first namespace of its drive.
+const Disk* AskedFor(const Disk& disk, const std::vector<const Disk*>& asked) {
+  const auto isOfDrive = [&](const Disk* other) {
+    return !disk.drive.empty() && other->drive == disk.drive;
+  };
+  const auto found = std::ranges::find_if(asked, isOfDrive);
+  return found == asked.end() ? &disk : *found;
+}
+
 Answers AskAllOf(const std::vector<Disk>& disks, const fs::path& dev, const Asking& asking) {
+  Answers answers;
   std::vector<const Disk*> asked;
-  std::vector<platform::Drive> queries;
+  std::vector<Query> queries;
   for (const Disk& disk : disks) {
-    if (!IsAsked(disk)) continue;
+    if (!IsAsked(disk, asking) || AskedFor(disk, asked) != &disk) continue;
+    if (auto kept = AnswersOfSuspended(disk, asking.kept)) {
+      answers.emplace(&disk, std::move(*kept));
+      continue;
+    }
     asked.push_back(&disk);
-    queries.push_back(MakeAtaDrive(
-        {dev / disk.name, ReadDeviceNumber(disk.folder / "dev"), disk.identify}, asking.kept));
+    queries.push_back(MakeQuery(disk, dev, asking.kept));
   }
   auto all = AskAll(queries, asking.limit, [&](const std::vector<bool>& isAwaited) {
     if (asking.progress) asking.progress(asked.size(), AwaitedNames(asked, isAwaited));
   });
-  Answers answers;
   for (std::size_t i = 0; i < asked.size(); i++) answers.emplace(asked[i], std::move(all[i]));
+  for (const Disk& disk : disks) {
+    const auto found = answers.find(AskedFor(disk, asked));
+    if (found != answers.end()) answers.emplace(&disk, found->second);
+  }
   return answers;
 }
 
 constexpr SInt32 kSystemVersion = 0x1068;  // 10.6.8
-
-// Without IDENTIFY data the kernel knows only the first 16 characters of the model. If it knows
-// only the name of a bridge, the model comes from the drive's own answer, and is empty without one.
-std::string Model(const Disk& disk, const DriveAnswers* answers) {
-  std::optional<base::Block> identify = disk.identify;
-  if (!identify && !disk.isModelKnown) {
-    identify = answers ? answers->identify.Block().value_or(base::Block{}) : base::Block{};
-  }
-  if (identify) return drives::ModelNumber(*identify);
-  return base::PrintableASCII(ReadText(disk.folder / "device" / "model"));
-}
-
-// The serial number that the kernel keeps, which identifies a drive that does not answer. Empty if
-// there is none, or if it is that of a bridge.
-std::string Serial(const Disk& disk) {
-  constexpr std::size_t kHeaderSize = 4;  // of the page of the vital product data
-  if (disk.identify) return drives::SerialNumber(*disk.identify);
-  const std::string page = ReadFile(disk.folder / "device" / "vpd_pg80").value_or("");
-  if (!disk.isModelKnown || page.size() < kHeaderSize) return {};
-  return base::PrintableASCII(page.substr(kHeaderSize));
-}
 
 Property Text(std::string text) { return {std::move(text)}; }
 
@@ -103,15 +169,20 @@ Entry MakeMedium(const Disk& disk, const std::string& model) {
 }
 
 const char* ClassOf(const Disk& disk) {
-  if (disk.kind == DiskKind::kOther) return kOtherDiskClass;
+  if (!IsATA(disk)) return kOtherDiskClass;
   return disk.kind == DiskKind::kAHCI ? kAHCIDeviceClass : kATADeviceName;
+}
+
+// Of a SCSI disk that refuses LOG SENSE.
+bool HasNothingToSay(const DriveAnswers& answers) {
+  return answers.whyNotOpened.empty() && !answers.date;
 }
 
 // `answers` is null if the disk was not asked.
 Entry MakeDevice(const Disk& disk, const DriveAnswers* answers) {
   const std::string model = Model(disk, answers);
   Dictionary characteristics = {{kProductNameKey, Text(model)}};
-  if (disk.kind != DiskKind::kOther) {
+  if (IsATA(disk)) {
     const Property features = {platform::IntegerNumber(AtaFeatures(disk))};
     characteristics.emplace("ATA Features", features);
   }
@@ -119,8 +190,11 @@ Entry MakeDevice(const Disk& disk, const DriveAnswers* answers) {
   if (const std::string serial = Serial(disk); !serial.empty()) {
     characteristics.emplace(kSerialNumberKey, Text(serial));
   }
+  if (const std::string revision = Revision(disk); !revision.empty()) {
+    characteristics.emplace(kRevisionKey, Text(revision));
+  }
   device.properties.emplace(kCharacteristicsKey, Property{std::move(characteristics)});
-  if (answers) device.drive = [copy = *answers] { return copy; };
+  if (answers && !HasNothingToSay(*answers)) device.drive = [copy = *answers] { return copy; };
   return device;
 }
 

@@ -20,18 +20,20 @@ struct Asking {
   std::chrono::milliseconds limit = kAnswerLimit;  // a drive without answers by then is given up
   // Called on the way: how many drives are asked, and the names of those that are still awaited.
   std::function<void(std::size_t drives, const std::vector<std::string>& awaited)> progress = {};
-  KeptAnswers kept = {};
+  KeptAnswers kept = {};  // of drives that sleep
+  bool others = false;    // asks NVMe drives and SCSI disks too
 };
 
-// Asks the disks that speak ATA in parallel, each in a process of its own that opens the disk's
-// node in `dev`. It does not ask a disk that says that it lacks S.M.A.R.T., unless that is an AHCI
-// disk.
+// Asks the disks that speak ATA, and others where that is wanted, in parallel, each in a process of
+// its own that opens the disk's node in `dev`. It does not ask a disk that says that it lacks
+// S.M.A.R.T., unless that is an AHCI disk. An NVMe drive with several namespaces is asked once. If
+// answers are kept, a disk that the kernel has suspended gives them, and its node is not opened.
 //
 // Returns the machine of all disks in their order. Each disk is an entry, with an entry for its
-// medium below. A disk that is not asked has no drive. A disk that does not speak ATA is of
-// kOtherDiskClass. If sysfs does not have a size, it is left out; if it does not have a model, that
-// is empty; if it does not say whether there is S.M.A.R.T., it is taken to be supported. The
-// machine of a host without disks is only a root.
+// medium below. A disk that is not asked, or has nothing to say, has no drive. A disk that does not
+// speak ATA is of kOtherDiskClass. If sysfs does not have a size, it is left out; if it does not
+// have a model, that is empty; if it does not say whether there is S.M.A.R.T., it is taken to be
+// supported. The machine of a host without disks is only a root.
 platform::Machine AskDisks(const std::vector<Disk>& disks, const std::filesystem::path& dev,
                            const Asking& asking = {});
 

@@ -4,10 +4,13 @@
 #include <cctype>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "base/block.h"
 #include "drives/identify_data.h"
+#include "drives/nvme_logs.h"
 #include "machines/entries/device_entries.h"
+#include "machines/entries/drive_logs.h"
 #include "machines/recorded/recording_format.h"
 
 namespace machines {
@@ -39,11 +42,14 @@ std::string Masked(const std::string& text) {
   return masked;
 }
 
-void MaskIdentify(Data& bytes) {
-  base::Block identify{};
-  std::copy_n(bytes.begin(), std::min(bytes.size(), identify.size()), identify.begin());
-  drives::MaskIdentity(identify);
-  bytes.assign(identify.begin(), identify.end());
+void MaskBlock(Dictionary& recorded, std::string_view key, void (*mask)(base::Block&)) {
+  const auto found = recorded.find(key);
+  if (found == recorded.end()) return;
+  auto& bytes = std::get<Data>(found->second.value);
+  base::Block block{};
+  std::copy_n(bytes.begin(), std::min(bytes.size(), block.size()), block.begin());
+  mask(block);
+  bytes.assign(block.begin(), block.end());
 }
 
 // A number becomes 0; what holds several values has each of them masked.
@@ -72,8 +78,8 @@ void MaskSerials(Property& listing) {
   for (auto& [key, property] : *dictionary) {
     if (key == kDriveKey) {
       auto& recorded = std::get<Dictionary>(property.value);
-      const auto identify = recorded.find(kIdentifyKey);
-      if (identify != recorded.end()) MaskIdentify(std::get<Data>(identify->second.value));
+      MaskBlock(recorded, kIdentifyKey, drives::MaskIdentity);
+      MaskBlock(recorded, kIdentifyController, drives::MaskController);
     } else if (key == kHostKey) {
       auto& host = std::get<Dictionary>(property.value);
       if (const auto name = host.find(kHostNameKey); name != host.end()) {

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "machines/entries/drive_logs.h"
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/recording_format.h"
 
@@ -69,7 +70,7 @@ platform::BlockAnswer MoveBlockAnswer(Dictionary& recorded, std::string_view key
 
 void CheckKeys(const Dictionary& recorded) {
   for (const auto& [key, property] : recorded) {
-    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end()) {
+    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end() && !IsDriveLog(key)) {
       throw RecordingError("unknown key " + Excerpt(key));
     }
   }
@@ -90,6 +91,9 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   const auto why = Take<std::string>(recorded, kWhyKey);
   if (Flag(recorded, kQueryFailsKey)) {
     answers.whyNotOpened = why.empty() ? "it was not opened when recorded" : why;
+  }
+  for (auto& [key, property] : recorded) {
+    if (IsDriveLog(key)) answers.logs.emplace(key, MoveBlock(key, property));
   }
   return answers;
 }

@@ -26,17 +26,6 @@ void PutBlock(Dictionary& recorded, std::string_view key, std::string_view fails
   if (!block.succeeds && !block.bytes.empty()) Put(recorded, failsKey, true);
 }
 
-// Missing thresholds are no failure: a drive may refuse to send any.
-std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers) {
-  if (!answers.whyNotOpened.empty()) return {answers.whyNotOpened};
-  if (!answers.enables) return {"S.M.A.R.T. cannot be enabled"};
-  std::vector<std::string> failures;
-  if (!answers.exceeded) failures.emplace_back("SMART RETURN STATUS failed");
-  if (!answers.data.succeeds) failures.emplace_back("SMART READ DATA failed");
-  if (!answers.identify.succeeds) failures.emplace_back("IDENTIFY DEVICE failed");
-  return failures;
-}
-
 Dictionary ListEntry(const Entry& entry, const DriveRecorder& record) {
   Dictionary listed;
   if (!entry.name.empty()) Put(listed, kNameKey, entry.name);
@@ -60,7 +49,7 @@ std::string ProductVersion(SInt32 systemVersion) {
 
 }  // namespace
 
-DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
+Dictionary RecordDrive(const platform::DriveAnswers& answers) {
   Dictionary recorded;
   if (!answers.whyNotOpened.empty()) {
     Put(recorded, kQueryFailsKey, true);
@@ -73,7 +62,19 @@ DriveRecording RecordDrive(const platform::DriveAnswers& answers) {
   if (answers.identify.succeeds) Put(recorded, kIdentifyKey, answers.identify.bytes);
   // A clock may be wrong, so that the date cannot be written.
   if (answers.date && IsWritableDate(*answers.date)) Put(recorded, kDateKey, *answers.date);
-  return {std::move(recorded), FailuresOf(answers)};
+  for (const auto& [name, bytes] : answers.logs) Put(recorded, name, bytes);
+  return recorded;
+}
+
+// Missing thresholds are no failure: a drive may refuse to send any.
+std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers) {
+  if (!answers.whyNotOpened.empty()) return {answers.whyNotOpened};
+  if (!answers.enables) return {"S.M.A.R.T. cannot be enabled"};
+  std::vector<std::string> failures;
+  if (!answers.exceeded) failures.emplace_back("SMART RETURN STATUS failed");
+  if (!answers.data.succeeds) failures.emplace_back("SMART READ DATA failed");
+  if (!answers.identify.succeeds) failures.emplace_back("IDENTIFY DEVICE failed");
+  return failures;
 }
 
 platform::Property ListingOf(const platform::Machine& machine, const DriveRecorder& record) {

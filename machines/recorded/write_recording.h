@@ -10,15 +10,13 @@
 
 namespace machines {
 
-struct DriveRecording {
-  platform::Dictionary answers;       // what stands under RecordedDrive
-  std::vector<std::string> failures;  // what the drive did not answer, in words
-};
+// The answers of a drive as they stand under RecordedDrive. An answer that failed is recorded so
+// that it fails again. If the drive could not be opened or enabled, the answers that came are
+// recorded too, because people send recordings of just such drives.
+platform::Dictionary RecordDrive(const platform::DriveAnswers& answers);
 
-// Records the answers of a drive. An answer that failed is recorded so that it fails again. If the
-// drive could not be opened or enabled, the answers that came are recorded too, because people send
-// recordings of just such drives.
-DriveRecording RecordDrive(const platform::DriveAnswers& answers);
+// What an ATA drive did not answer, in words.
+std::vector<std::string> FailuresOf(const platform::DriveAnswers& answers);
 
 // Gives the RecordedDrive of an entry that has a drive.
 using DriveRecorder = std::function<platform::Dictionary(const platform::Entry&)>;

@@ -102,7 +102,7 @@ judge() {
   drives | expect live
   awk '/scsi_debug/ { print "smartprobe-record: " $1 ": IDENTIFY DEVICE failed" }
     /SCSI DISK/ { other = $1 }
-    END { print "smartprobe-record: not ATA, not read: " other ", vda" }' "$results/devices" >"$work/said"
+    END { print "smartprobe-record: not asked: " other ", vda" }' "$results/devices" >"$work/said"
   expect record "$(cat "$work/said")" </dev/null
   drives | expect late
   read -r one all <"$results/times"

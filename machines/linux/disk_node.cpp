@@ -1,0 +1,38 @@
+#include "machines/linux/disk_node.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "base/descriptor.h"
+#include "machines/linux/block_device.h"
+
+namespace machines {
+
+// Checks the device number, because another disk may have the name by now, and any kind of file may
+// lie in the folder.
+platform::DriveAnswers AskNode(const DiskNode& node,
+                               const std::function<platform::DriveAnswers(int)>& ask) {
+  const base::Descriptor opened(
+      open(node.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!opened.IsOpen()) {
+    const bool isForbidden = errno == EACCES || errno == EPERM;
+    return NotAnswered(std::string("cannot open its device node: ") + strerror(errno) +
+                       (isForbidden ? " (run as root)" : ""));
+  }
+  if (!node.number || BlockDeviceNumber(opened.Number()) != node.number) {
+    return NotAnswered("its device node is not known to be the disk's");
+  }
+  return ask(opened.Number());
+}
+
+platform::DriveAnswers NotAnswered(std::string why) {
+  platform::DriveAnswers answers;
+  answers.whyNotOpened = std::move(why);
+  return answers;
+}
+
+}  // namespace machines

@@ -1,0 +1,30 @@
+// The device node of a disk of this host, through which its drive is asked.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/machine.h"
+
+namespace machines {
+
+struct DiskNode {
+  std::filesystem::path path;
+  std::optional<dev_t> number;  // the block device that `path` must be; without a number, the node
+                                // is not opened
+};
+
+// Opens the node for reading, without waiting for a medium, and gives what `ask` answers through
+// it; `ask` must leave it open. If the node cannot be opened or is not the disk's, it is not asked,
+// and whyNotOpened says so.
+platform::DriveAnswers AskNode(const DiskNode& node,
+                               const std::function<platform::DriveAnswers(int)>& ask);
+
+// Answers that say why a drive could not be asked, or not to the end.
+platform::DriveAnswers NotAnswered(std::string why);
+
+}  // namespace machines
