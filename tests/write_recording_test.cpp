@@ -69,10 +69,20 @@ Data Identify(std::string_view serial, std::uint8_t elsewhere) {
   return identify;
 }
 
-Property Listing(const Data& identify, const char* text, std::uint8_t byte) {
+// Identify Controller data with that serial number and FRU identifier.
+Data Controller(std::string_view serial, std::uint8_t elsewhere) {
+  Data controller(512, 0x11);
+  std::copy(serial.begin(), serial.end(), controller.begin() + 4);
+  std::fill_n(controller.begin() + 112, 16, elsewhere);
+  return controller;
+}
+
+Property Listing(const Data& identify, const Data& controller, const char* text,
+                 std::uint8_t byte) {
   const Property several = {
       platform::Array{Integer(byte == 'X' ? 0 : 1), Dict({{"a", Text(text)}})}};
-  return Dict({{"RecordedDrive", Dict({{"Identify", Bytes(identify)}})},
+  return Dict({{"RecordedDrive",
+                Dict({{"Identify", Bytes(identify)}, {"IdentifyController", Bytes(controller)}})},
                {"Serial Number", Text(text)},
                {"SerialNumbers", several},
                {"k", {platform::Array{Dict({{"serial-number", Bytes({byte, 0})}})}}},
@@ -83,9 +93,10 @@ TEST(Masking, LeavesNothingThatTellsADrive) {
   Data identify = Identify("BA1  DC2            ", 0x11);
   Data masked = Identify("XXX  XXX            ", 0);
   const auto expectMasked = [&] {
-    Property listing = Listing(identify, " a\xC3\xA9 9", 'a');
+    Property listing =
+        Listing(identify, Controller("BA1  DC2            ", 0x11), " a\xC3\xA9 9", 'a');
     machines::MaskSerials(listing);
-    EXPECT_EQ(listing, Listing(masked, " XX X", 'X'));
+    EXPECT_EQ(listing, Listing(masked, Controller("XXX  XXX            ", 0), " XX X", 'X'));
   };
   expectMasked();
   identify[511] ^= 1;
