@@ -12,6 +12,11 @@ struct Count128 {
   bool operator==(const Count128&) const = default;
 };
 
+// The count whose bits are those of the number.
+constexpr Count128 Signed(std::int64_t number) {
+  return {number < 0 ? ~std::uint64_t{0} : 0, static_cast<std::uint64_t>(number)};
+}
+
 // The number in decimal, as 1 to 39 digits.
 std::string ToText(Count128 count);
 

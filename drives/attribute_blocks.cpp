@@ -70,10 +70,11 @@ struct LossAttribute {
   std::string_view name;
   bool ofSectors;
 };
-constexpr std::array kLossAttributes{
-    LossAttribute{5, "reallocated", true}, LossAttribute{197, "pending", true},
-    LossAttribute{198, "uncorrectable", true}, LossAttribute{187, "uncorrectable", false},
-    LossAttribute{184, "end-to-end", false}};
+constexpr std::array kLossAttributes{LossAttribute{kReallocatedId, "reallocated", true},
+                                     LossAttribute{197, "pending", true},
+                                     LossAttribute{198, "uncorrectable", true},
+                                     LossAttribute{kUncorrectableId, "uncorrectable", false},
+                                     LossAttribute{184, "end-to-end", false}};
 
 bool IsInitial(std::uint8_t value) { return value == 100 || value == 200 || value == 253; }
 
@@ -126,13 +127,12 @@ std::uint32_t UnitsAnHour(std::string_view product) {
 // nullopt also for what is no time that a drive has been on: more than 30 years, or seconds that
 // are less than a minute a power cycle, which a drive must count in another unit.
 std::optional<std::uint32_t> PowerOnHours(const Block& data, std::string_view product) {
-  constexpr std::uint32_t kMaxHours = 30 * 365 * 24;
   const auto count = LowCount(data, 9);
   if (!count) return std::nullopt;
   const std::uint32_t unitsAnHour = UnitsAnHour(product);
   const std::uint64_t minutes = std::uint64_t{*count} * 60 / unitsAnHour;
   const bool isOtherUnit = unitsAnHour > 60 && minutes < LowCount(data, 12).value_or(0);
-  if (isOtherUnit || minutes / 60 > kMaxHours) return std::nullopt;
+  if (isOtherUnit || minutes / 60 > kMaxPowerOnHours) return std::nullopt;
   return static_cast<std::uint32_t>(minutes / 60);
 }
 

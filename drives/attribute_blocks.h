@@ -9,6 +9,12 @@
 
 namespace drives {
 
+// Attributes that count what the standard's statistics count too.
+inline constexpr std::uint8_t kReallocatedId = 5;
+inline constexpr std::uint8_t kUncorrectableId = 187;
+
+inline constexpr std::uint32_t kMaxPowerOnHours = 30 * 365 * 24;  // more are none
+
 // The worst and the raw value of an attribute: of the first one with that identifier that has a
 // normalized value, which is the one in a report, or, where none has, of the first one. nullopt if
 // the data hold none.

@@ -53,6 +53,16 @@ struct Figure {
   std::string name;          // for people: "Read errors, not corrected"
   base::Count128 value;
   Unit unit = Unit::kNone;
+  std::uint32_t unitSize = 0;  // in bytes, of a data unit
+};
+
+// A self-test in a drive's own log.
+struct SelfTest {
+  std::string_view type;                  // "short", "extended" and so on; empty: not known
+  std::string status = {};                // how it ended, in the standard's words
+  std::optional<bool> passed = {};        // nullopt: it did not come to an end
+  std::uint64_t powerOnHours = 0;         // when it ended
+  std::optional<std::uint64_t> lba = {};  // the sector at which it failed
 };
 
 // An exception that a SCSI disk reports of its health.
@@ -82,17 +92,23 @@ struct LifeLeft {
 // What a recording knows of a drive that was read, and a report does not.
 struct RecordedFacts {
   std::optional<int> temperature = {};       // in degrees Celsius; of an attribute, from 1 to 100
-  std::uint8_t temperatureId = 0;            // of the attribute that has it
+  std::uint8_t temperatureId = 0;            // of the attribute that has it, or
+  std::string_view temperatureKey = {};      // of the figure that has it
   std::optional<int> temperatureLimit = {};  // the drive's own, from which on it is too hot
   bool hasCondition = true;                  // false: the drive gave no verdict of its own
   std::vector<Figure> figures = {};          // of the drive's logs
   std::optional<std::uint8_t> criticalWarning = {};  // of an NVMe drive, as the standard has it
   std::optional<Exception> exception = {};           // of a SCSI disk
-  bool hasLogPages = true;                           // false: a SCSI disk sent none
+  bool hasExceptionPage = false;                     // that has it; else sense data have
   std::optional<int> percentageUsed = {};            // of the drive's life; may be above 100
-  std::vector<LossCount> losses = {};                // of the attributes that the drive has
-  std::vector<LifeLeft> lifeLeft = {};  // of a drive that does not rotate, the least first
-  std::optional<int> selfTest = {};     // status of the last one: 0 to 15, as the standard has it
+  std::string_view percentageUsedKey = {};           // of the figure that has it
+  std::optional<double> bytesRead = {};              // in all
+  std::optional<double> bytesWritten = {};
+  std::vector<SelfTest> selfTests = {};  // of the drive's log, the last one first
+  bool hasBadSelfTestLog = false;        // that log cannot be trusted
+  std::vector<LossCount> losses = {};    // of the attributes that the drive has
+  std::vector<LifeLeft> lifeLeft = {};   // of a drive that does not rotate, the least first
+  std::optional<int> selfTest = {};      // status of the last one: 0 to 15, as the standard has it
   std::optional<std::uint32_t> powerOnHours = {};
   std::optional<std::uint32_t> powerCycles = {};
   std::optional<int> rotationRate = {};               // revolutions a minute; 0: nothing rotates
@@ -151,6 +167,12 @@ inline const Figure* FindFigure(const RecordedFacts& facts, std::string_view key
     if (figure.key == key && figure.group == group) return &figure;
   }
   return nullptr;
+}
+
+// How many bytes the data units of that figure are. nullopt if there is none.
+inline std::optional<double> BytesOf(const RecordedFacts& facts, std::string_view key) {
+  const Figure* figure = FindFigure(facts, key);
+  return figure ? std::optional(ToDouble(figure->value) * figure->unitSize) : std::nullopt;
 }
 
 // "sda" of "/dev/rsda", the path of a raw device; empty for another path.

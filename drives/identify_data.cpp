@@ -49,6 +49,14 @@ std::uint8_t Sum(const Block& block) {
   return static_cast<std::uint8_t>(std::accumulate(block.begin(), block.end(), 0U));
 }
 
+// Whether a bit of the words 84 and 87 is set, in one of them that is valid.
+bool HasFeature(const Block& identify, std::uint16_t feature) {
+  const auto says = [feature](std::uint16_t word) {
+    return word >> 14 == 0b01 && (word & feature) != 0;
+  };
+  return says(Word(identify, 84)) || says(Word(identify, 87));
+}
+
 std::string_view FormFactor(std::uint16_t word) {
   constexpr std::array<std::string_view, 10> kFormFactors = {
       "",      "5.25 inch", "3.5 inch", "2.5 inch", "1.8 inch", "less than 1.8 inch",
@@ -99,6 +107,17 @@ std::string SerialNumber(const Block& identify) { return Text(identify, kSerialN
 bool LacksSMART(const Block& identify) {
   const bool isValid = Word(identify, 83) >> 14 == 0b01;
   return isValid && (Word(identify, 82) & 0x0001) == 0;
+}
+
+bool HasSelfTests(const Block& identify) { return HasFeature(identify, 0x0002); }
+bool HasLogs(const Block& identify) { return HasFeature(identify, 0x0020); }
+
+std::uint32_t LogicalSectorSize(const Block& identify) {
+  constexpr std::uint32_t kUsual = 512;
+  const std::uint16_t sizes = Word(identify, 106);
+  const bool isOther = sizes >> 14 == 0b01 && (sizes & 0x1000) != 0;
+  const std::uint32_t words = Word(identify, 117) | std::uint32_t{Word(identify, 118)} << 16;
+  return isOther && words >= kUsual / 2 && words <= 0xFFFF ? words * 2 : kUsual;
 }
 
 void MakePrintable(Block& identify) {

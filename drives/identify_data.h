@@ -2,6 +2,7 @@
 // and what tells it from all others of its model.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,13 @@ std::string SerialNumber(const base::Block& identify);
 // Whether the drive says that it has no S.M.A.R.T. False is no promise that it has: old drives do
 // not say.
 bool LacksSMART(const base::Block& identify);
+
+// Whether the drive says that it has self-tests, and logs that READ LOG EXT reads.
+bool HasSelfTests(const base::Block& identify);
+bool HasLogs(const base::Block& identify);
+
+// In bytes: 512, or what the drive says.
+std::uint32_t LogicalSectorSize(const base::Block& identify);
 
 // Puts a question mark in the place of each byte of serial number and revision that is
 // neither printable ASCII nor NUL: a line feed there would break a report. NULs stay, as the

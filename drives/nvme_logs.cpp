@@ -13,7 +13,8 @@ namespace {
 using base::Count128;
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr int kKelvin = 273;  // at 0 °C, in whole degrees as drives count them
+constexpr std::uint32_t kDataUnit = 512'000;  // in bytes
+constexpr int kKelvin = 273;                  // at 0 °C, in whole degrees as drives count them
 
 Count128 Number(Bytes bytes) {
   Count128 number;
@@ -27,11 +28,6 @@ Count128 Number(Bytes bytes) {
 std::optional<int> Celsius(Bytes bytes) {
   const auto kelvin = static_cast<int>(Number(bytes).low);
   return kelvin == 0 ? std::nullopt : std::optional(kelvin - kKelvin);
-}
-
-Count128 Signed(int number) {
-  const auto low = static_cast<std::uint64_t>(std::int64_t{number});
-  return {number < 0 ? std::numeric_limits<std::uint64_t>::max() : 0, low};
 }
 
 struct Field {
@@ -71,15 +67,16 @@ void AddFigures(RecordedFacts& facts, Bytes log) {
     if (unit == Unit::kCelsius) {
       const auto degrees = Celsius(bytes);
       if (!degrees) continue;
-      value = Signed(*degrees);
+      value = base::Signed(*degrees);
     }
-    facts.figures.push_back({kHealthSection, "", key, std::string(name), value, unit});
+    const std::uint32_t unitSize = unit == Unit::kDataUnits ? kDataUnit : 0;
+    facts.figures.push_back({kHealthSection, "", key, std::string(name), value, unit, unitSize});
   }
   for (std::size_t i = 0; i < kSensors; i++) {
     const auto degrees = Celsius(log.subspan(kFirstSensor + 2 * i, 2));
     if (!degrees) continue;
     facts.figures.push_back({kHealthSection, "temperature_sensors", "",
-                             "Temperature sensor " + std::to_string(i + 1), Signed(*degrees),
+                             "Temperature sensor " + std::to_string(i + 1), base::Signed(*degrees),
                              Unit::kCelsius});
   }
 }
@@ -99,10 +96,14 @@ bool AddHealthLog(Drive& drive, Bytes log) {
   facts.criticalWarning = log[0];
   drive.thresholdExceeded = (log[0] & ~kTemperatureWarning) != 0;
   facts.temperature = Celsius(log.subspan(1, 2));
+  facts.temperatureKey = "temperature";
   facts.percentageUsed = log[5];
+  facts.percentageUsedKey = "percentage_used";
   facts.powerOnHours = SmallCount(facts, "power_on_hours");
   facts.powerCycles = SmallCount(facts, "power_cycles");
   facts.rotationRate = 0;
+  facts.bytesRead = BytesOf(facts, "data_units_read");
+  facts.bytesWritten = BytesOf(facts, "data_units_written");
   constexpr std::string_view kMediaErrors = "media_errors";
   facts.losses = {{.name = "media",
                    .ofSectors = false,
@@ -121,9 +122,15 @@ void AddController(Drive& drive, Bytes controller) {
     const auto degrees = Celsius(controller.subspan(offset, size));
     if (!degrees) continue;
     facts.figures.push_back({"nvme_composite_temperature_threshold", "", key, std::string(name),
-                             Signed(*degrees), unit});
+                             base::Signed(*degrees), unit});
     if (!facts.temperatureLimit) facts.temperatureLimit = degrees;
   }
+}
+
+bool HasNVMeSelfTests(Bytes controller) {
+  constexpr std::size_t kOptionalCommands = 256;
+  constexpr std::uint8_t kSelfTest = 0x10;
+  return controller.size() > kOptionalCommands && (controller[kOptionalCommands] & kSelfTest) != 0;
 }
 
 void MaskController(base::Block& controller) {

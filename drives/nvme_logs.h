@@ -22,6 +22,9 @@ bool AddHealthLog(Drive& drive, std::span<const std::uint8_t> log);
 // and have any.
 void AddController(Drive& drive, std::span<const std::uint8_t> controller);
 
+// Whether the Identify Controller data say that the drive has self-tests.
+bool HasNVMeSelfTests(std::span<const std::uint8_t> controller);
+
 // Puts an X in the place of each character of the serial number, and zeros in that of the FRU
 // identifier, which is another name of the one drive.
 void MaskController(base::Block& controller);

@@ -62,8 +62,10 @@ struct ErrorKind {
   std::string_view group, name;
   std::string_view loss;  // what its errors that were not corrected are called
 };
-constexpr std::array kErrorKinds = {ErrorKind{0x03, "read", "Read", "uncorrected read"},
-                                    ErrorKind{0x02, "write", "Write", "uncorrected write"},
+constexpr std::uint8_t kReadPage = 0x03;
+constexpr std::uint8_t kWritePage = 0x02;
+constexpr std::array kErrorKinds = {ErrorKind{kReadPage, "read", "Read", "uncorrected read"},
+                                    ErrorKind{kWritePage, "write", "Write", "uncorrected write"},
                                     ErrorKind{0x05, "verify", "Verify", "uncorrected verify"}};
 
 // The names come after that of the kind.
@@ -84,6 +86,8 @@ void AddErrors(RecordedFacts& facts, const ErrorKind& kind, Bytes page) {
     facts.figures.push_back({kErrorSection, kind.group, row->key,
                              std::string(kind.name).append(" ").append(row->name), count,
                              row->unit});
+    if (row->unit == Unit::kBytes && kind.page == kReadPage) facts.bytesRead = ToDouble(count);
+    if (row->unit == Unit::kBytes && kind.page == kWritePage) facts.bytesWritten = ToDouble(count);
     if (row->key != kUncorrected) return;
     facts.losses.push_back({.name = kind.loss,
                             .ofSectors = false,
@@ -128,14 +132,11 @@ void AddCycles(RecordedFacts& facts, int code, Bytes value) {
 }
 
 void AddWear(RecordedFacts& facts, int code, Bytes value) {
+  constexpr std::string_view kKey = "scsi_percentage_used_endurance_indicator";
   if (code != 1 || value.size() < 4) return;
   facts.percentageUsed = value[3];
-  facts.figures.push_back({"",
-                           "",
-                           "scsi_percentage_used_endurance_indicator",
-                           "Percentage used",
-                           {0, value[3]},
-                           Unit::kPercent});
+  facts.percentageUsedKey = kKey;
+  facts.figures.push_back({"", "", kKey, "Percentage used", {0, value[3]}, Unit::kPercent});
 }
 
 void AddPowerOnTime(RecordedFacts& facts, int code, Bytes value) {
@@ -164,6 +165,7 @@ void AddExceptionPage(Drive& drive, int code, Bytes value) {
   if (code != 0 || value.size() < 2) return;
   AddException(drive, value[0], value[1]);
   RecordedFacts& facts = FactsOf(drive);
+  facts.hasExceptionPage = true;
   const bool isKnown = value.size() > 2 && value[2] != 0 && value[2] != 0xFF;
   if (isKnown && !facts.temperature) facts.temperature = value[2];
 }

@@ -72,18 +72,9 @@ void AddException(Reasons& reasons, const RecordedFacts& facts) {
   reasons.push_back({grade, "the disk reports: " + words});
 }
 
-// Of 100 %, which a drive may outlive.
-void AddWear(Reasons& reasons, const RecordedFacts& facts) {
-  const int used = facts.percentageUsed.value_or(0);
-  if (used < 100) return;
-  const std::string text = fmt::format("{} % of its life used", used);
-  Add(reasons, facts, Grade::kWorn, text,
-      facts.criticalWarning ? "percentage_used" : "scsi_percentage_used_endurance_indicator");
-}
-
-// Without a log page, "no exception" is what every disk answers.
+// Sense data without an exception are what every disk answers.
 bool IsNothingKnown(const RecordedFacts& facts) {
-  const bool hasAnswer = facts.exception && (facts.hasLogPages || !facts.exception->words.empty());
+  const bool hasAnswer = facts.exception && (facts.hasExceptionPage || !facts.exception->words.empty());
   return !hasAnswer && facts.figures.empty() && !facts.temperature && !facts.powerOnHours;
 }
 
@@ -95,7 +86,6 @@ void AddLogSigns(Reasons& reasons, const Drive& drive) {
   AddCriticalWarning(reasons, facts);
   AddException(reasons, facts);
   AddSpare(reasons, facts);
-  AddWear(reasons, facts);
   if (IsNothingKnown(facts)) {
     reasons.push_back({Grade::kNothingKnown, "the disk sends no log page of its health"});
   }

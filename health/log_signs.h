@@ -8,7 +8,7 @@
 
 namespace health {
 
-// Adds the reasons that the drive's own warnings give, its spare room and its wear, or that nothing
+// Adds the reasons that the drive's own warnings and its spare room give, or that nothing
 // is known of it. What drives of all kinds count is judged by AddSigns (health/signs.h).
 void AddLogSigns(std::vector<Reason>& reasons, const drives::Drive& drive);
 

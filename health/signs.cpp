@@ -4,19 +4,29 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string_view>
+
+#include "drives/self_tests.h"
 
 namespace health {
 namespace {
 
 using drives::LossCount;
 using drives::RecordedFacts;
+using drives::SelfTest;
 using Reasons = std::vector<Reason>;
+
+void MarkFigure(Reason& reason, const RecordedFacts& facts, std::string_view key,
+                std::string_view group = "") {
+  const drives::Figure* figure = FindFigure(facts, key, group);
+  if (figure) reason.figures.push_back(figure);
+}
 
 // Marks what counts the loss.
 void Mark(Reason& reason, const RecordedFacts& facts, const LossCount& loss) {
   reason.ids.push_back(loss.id);
-  if (!loss.key.empty()) reason.figures.push_back(FindFigure(facts, loss.key, loss.group));
+  MarkFigure(reason, facts, loss.key, loss.group);
 }
 
 // "69 sectors reallocated, 2 pending"
@@ -58,22 +68,41 @@ void AddUnclearCounts(Reasons& reasons, const RecordedFacts& facts) {
   }
 }
 
+// The last one of the log that came to an end. Null if there is none. An aborted one after it says
+// nothing.
+const SelfTest* LastEnded(const RecordedFacts& facts) {
+  const auto ended = std::ranges::find_if(
+      facts.selfTests, [](const SelfTest& test) { return test.passed.has_value(); });
+  return ended == facts.selfTests.end() ? nullptr : &*ended;
+}
+
+// The words without what does not foretell anything.
+std::string FailureText(std::string_view status, std::optional<std::uint64_t> lba) {
+  constexpr std::string_view kCompleted = "completed: ";
+  if (status.starts_with(kCompleted)) status.remove_prefix(kCompleted.size());
+  const std::string sector = lba ? fmt::format(" at sector {}", *lba) : "";
+  return fmt::format("last self-test failed: {}{}", status, sector);
+}
+
+// The status in the S.M.A.R.T. data is that of a test that runs, or else of the last one.
 void AddSelfTest(Reasons& reasons, const RecordedFacts& facts) {
-  // From status 3 on.
-  constexpr std::array<std::string_view, 6> kFailures = {
-      "an unknown error",      "an unknown element", "an electrical error",
-      "a servo or seek error", "a read error",       "handling damage suspected"};
   const int status = facts.selfTest.value_or(0);
-  if (IsFailedSelfTest(status)) {
-    const std::string_view failure = kFailures.at(static_cast<std::size_t>(status - 3));
-    reasons.push_back({Grade::kCaution, fmt::format("last self-test failed: {}", failure)});
+  const SelfTest* ended = LastEnded(facts);
+  if (ended && !*ended->passed) {
+    reasons.push_back({Grade::kCaution, FailureText(ended->status, ended->lba)});
+  } else if (drives::IsFailedATASelfTest(status)) {
+    reasons.push_back({Grade::kCaution, FailureText(drives::ATASelfTestWords(status), {})});
   }
   if (status == 1) reasons.push_back({Grade::kGood, "last self-test aborted"});
   if (status == 2) reasons.push_back({Grade::kGood, "last self-test interrupted"});
   if (status == 15) reasons.push_back({Grade::kGood, "self-test running"});
+  if (!facts.hasBadSelfTestLog) return;
+  Reason reason{Grade::kGood, "self-test log not readable"};
+  reason.limitsJudgement = true;
+  reasons.push_back(reason);
 }
 
-void AddWear(Reasons& reasons, const RecordedFacts& facts) {
+void AddLifeLeft(Reasons& reasons, const RecordedFacts& facts) {
   constexpr int kLittle = 10;
   Reason reason{Grade::kWorn, ""};
   for (const auto& [id, percent] : facts.lifeLeft) {
@@ -85,12 +114,21 @@ void AddWear(Reasons& reasons, const RecordedFacts& facts) {
   if (!reason.ids.empty()) reasons.push_back(reason);
 }
 
+// By the drive's own count, which may go beyond 100 %.
+void AddLifeUsed(Reasons& reasons, const RecordedFacts& facts) {
+  const int used = facts.percentageUsed.value_or(0);
+  if (used < 100) return;
+  Reason reason{Grade::kWorn, fmt::format("{} % of its life used", used)};
+  MarkFigure(reason, facts, facts.percentageUsedKey);
+  reasons.push_back(reason);
+}
+
 void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
   const int usual = facts.rotationRate == 0 ? 71 : 61;  // in degrees Celsius
   if (!facts.temperature || *facts.temperature < facts.temperatureLimit.value_or(usual)) return;
   Reason reason{Grade::kHot, fmt::format("{} °C", *facts.temperature), {facts.temperatureId}};
   if (facts.temperatureLimit) reason.text += fmt::format(", limit {} °C", *facts.temperatureLimit);
-  if (const auto* figure = FindFigure(facts, "temperature")) reason.figures = {figure};
+  MarkFigure(reason, facts, facts.temperatureKey);
   reasons.push_back(reason);
 }
 
@@ -116,13 +154,19 @@ void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
   AddErrors(reasons, facts);
   AddUnclearCounts(reasons, facts);
   AddSelfTest(reasons, facts);
-  AddWear(reasons, facts);
+  AddLifeLeft(reasons, facts);
+  AddLifeUsed(reasons, facts);
   AddHeat(reasons, facts);
   AddMissingCondition(reasons, facts);
   AddAge(reasons, facts);
 }
 
-bool IsFailedSelfTest(int status) { return status >= 3 && status <= 8; }
+std::optional<bool> HasFailedSelfTest(const RecordedFacts& facts) {
+  const SelfTest* ended = LastEnded(facts);
+  if (ended && !*ended->passed) return true;
+  if (facts.selfTest) return drives::IsFailedATASelfTest(*facts.selfTest);
+  return ended ? std::optional(false) : std::nullopt;
+}
 
 std::string StudyText(const Reason& reason, const drives::Drive& drive) {
   struct Odds {

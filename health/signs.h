@@ -1,6 +1,7 @@
 // The signs of trouble beside the thresholds, in what a recording knows of a drive.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,9 @@ namespace health {
 // self-test, wear, temperature, an answer that is missing, and the age of the answers.
 void AddSigns(std::vector<Reason>& reasons, const drives::RecordedFacts& facts);
 
-// Whether a self-test with that status found a fault, or could not go on because of one.
-bool IsFailedSelfTest(int status);
+// Whether the last self-test that came to an end found a fault. nullopt where nothing is known of
+// any.
+std::optional<bool> HasFailedSelfTest(const drives::RecordedFacts& facts);
 
 // What a study found of many drives with such a reason, a sentence. Empty where it found nothing,
 // and for a drive without moving parts, which it did not look at.

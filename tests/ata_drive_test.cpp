@@ -155,6 +155,76 @@ TEST_F(AtaDrive, OneThatSleepsIsAskedOnlyForWhatIsNotKept) {
   }
 }
 
+Answer Block(const std::vector<std::pair<std::size_t, int>>& bytes) {
+  Answer answer;
+  for (const auto& [offset, byte] : bytes) answer.block[offset] = static_cast<std::uint8_t>(byte);
+  return answer;
+}
+
+TEST_F(AtaDrive, IsAskedForTheLogsThatItHas) {
+  const std::map<char, Answer> kLogs = {{'L', Block({{0, 1}})},
+                                        {'G', Block({{8, 1}})},
+                                        {'0', Block({{8, 4}, {9, 0}, {10, 1}, {11, 2}, {12, 7}})},
+                                        {'1', Block({{2, 1}})},
+                                        {'7', Block({{2, 7}})}};
+  constexpr int kAll = 0x4022;
+  struct Case {
+    int word84, word87;
+    std::map<char, Answer> answers;
+    std::string logs, commands;
+  };
+  const Answer kUntouched = {.block = {}};
+  const Case kCases[] = {
+      {kAll, 0, {}, "SelfTestLog:512 Statistics:1024 ", "LG017"},
+      {0, kAll, {}, "SelfTestLog:512 Statistics:1024 ", "LG017"},
+      {0x4002, 0, {}, "SelfTestLog:512 ", "L"},
+      {0x4020, 0, {}, "Statistics:1024 ", "G017"},
+      {0x8022, 0x0022, {}, "", ""},  // not valid
+      {kAll, 0, {{'L', kAborted}, {'1', kAborted}}, "Statistics:512 ", "LG017"},
+      {kAll, 0, {{'G', Block({{12, 1}})}}, "SelfTestLog:512 ", "LG"},
+      {kAll, 0, {{'0', kAborted}}, "SelfTestLog:512 ", "LG0"},
+      // What the drive did not send: nothing at all, zeros, or the block before.
+      {kAll, 0, {{'L', kUntouched}, {'7', Block({})}}, "Statistics:512 ", "LG017"},
+      {kAll, 0, {{'7', Block({{2, 1}})}}, "SelfTestLog:512 Statistics:512 ", "LG017"},
+      {kAll, 0, {{'0', {kGone}}}, "SelfTestLog:512 ", "LG0"},
+      {kAll, 0, {{'L', {kGone}}}, "", "L"},
+      {kAll, 0, {{'T', {kGone}}}, "", ""}};
+  const auto answer = [&](int word84, int word87) {
+    AnswerWell();
+    answers.insert(kLogs.begin(), kLogs.end());
+    Data& identify = answers['I'].block;
+    for (const auto& [word, value] : {std::pair(84, word84), {87, word87}}) {
+      identify[static_cast<std::size_t>(2 * word)] = static_cast<std::uint8_t>(value);
+      identify[static_cast<std::size_t>(2 * word + 1)] = static_cast<std::uint8_t>(value >> 8);
+    }
+  };
+  for (const auto& [word84, word87, changed, logs, commands] : kCases) {
+    answer(word84, word87);
+    for (const auto& [letter, given] : changed) answers[letter] = given;
+    sent.clear();
+    std::string taken;
+    for (const auto& [name, bytes] : machines::MakeAtaDrive({{node_, number_}, true})().logs) {
+      taken += name + ":" + std::to_string(bytes.size()) + " ";
+    }
+    EXPECT_EQ(taken, logs) << commands;
+    EXPECT_EQ(sent, "IESDT" + commands);
+    sent.clear();
+    machines::MakeAtaDrive({{node_, number_}})();
+    EXPECT_EQ(sent, "IESDT");
+  }
+  // A bridge may reset on such commands.
+  for (const auto& [vendor, bus, isAsked] : {std::tuple("ATA\n", "pci0", true),
+                                             {"ATA\n", "pci0/usb2/2-1", false},
+                                             {"MAKER\n", "pci0", false}}) {
+    answer(kAll, 0);
+    const fs::path root = EmptyFolder();
+    AddDisk(root, vendor, bus);
+    const platform::Machine machine =
+        machines::AskDisks(machines::ListDisks(root / "sys"), root / "dev", {.beyondReport = true});
+    EXPECT_EQ(machine.roots.at(0).children.at(0).drive().logs.size(), isAsked ? 2U : 0U) << bus;
+  }
+}
+
 // Nobody but the drive knows its model, and nothing is asked of it twice.
 TEST_F(AtaDrive, BehindABridgeHasTheModelOfItsIdentifyData) {
   const fs::path root = EmptyFolder();

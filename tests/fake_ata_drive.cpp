@@ -27,12 +27,17 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
       {{6, 0x20, 0, 0xDA, 0, 0, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'S'},
       {{8, 0x0E, 0, 0xD0, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'D'},
       {{8, 0x0E, 0, 0xD1, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'T'},
-      {{6, 0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE5, 0}, 'P'}};
-  const char letter = letters.at({cdb + 1, cdb + 16});
+      {{6, 0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE5, 0}, 'P'},
+      {{8, 0x0E, 0, 0xD5, 0, 1, 0, 6, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'L'},
+      {{9, 0x0E, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x2F, 0}, 'G'}};
+  // A page of the device statistics by its number.
+  const bool isStatistics = cdb[14] == 0x2F && cdb[8] == 4;
+  const char letter =
+      isStatistics ? static_cast<char>('0' + cdb[10]) : letters.at({cdb + 1, cdb + 16});
   sent += letter;
   const Answer& answer = answers[letter];
   std::copy(answer.sense.begin(), answer.sense.end(), sense);
-  if (length > 0) std::memcpy(in, answer.block.data(), static_cast<std::size_t>(length));
+  if (length > 0) std::memcpy(in, answer.block.data(), answer.block.size());
   if (length > 0) *missing = answer.missing;
   return answer.status;
 }
@@ -66,8 +71,8 @@ void AnswerWell() {
              {'T', {.block = drive.thresholds.bytes}}};
 }
 
-void AddDisk(const fs::path& root, const std::string& vendor) {
-  const fs::path folder = root / "sys/devices/usb2/host6/6:0:0:0/block/sda";
+void AddDisk(const fs::path& root, const std::string& vendor, const std::string& bus) {
+  const fs::path folder = root / "sys/devices" / bus / "host6/6:0:0:0/block/sda";
   for (const char* made : {"sys/block", "dev"}) fs::create_directories(root / made);
   fs::create_directory_symlink(folder, root / "sys/block/sda");
   fs::create_symlink("/dev/null", root / "dev/sda");

@@ -27,7 +27,8 @@ const Answer kAborted = {kCheckCondition, {0x72, 0x0B, 0, 0, 0, 0, 0, 0}};
 // To CHECK POWER MODE, with that count in the registers: 0x01 is standby, 0xFF is active.
 Answer PowerMode(std::uint8_t count);
 
-// By a letter for each command: I E S D T, and P for CHECK POWER MODE.
+// By a letter for each command: I E S D T, P for CHECK POWER MODE, L for the self-test log, G for
+// the directory of logs, and digits for the pages of device statistics.
 extern std::map<char, Answer> answers;
 extern std::string sent;  // the letters, but for what a child process sends
 extern const dev_t kNodeNumber;
@@ -35,8 +36,8 @@ extern const dev_t kNodeNumber;
 // Makes `answers` those of a healthy drive that is awake, as HealthyAnswers() has them.
 void AnswerWell();
 
-// A folder in which `root`/sys has such a disk, sda, and `root`/dev its node. The kernel knows the
-// model "Bridge" of it, and `vendor`.
-void AddDisk(const fs::path& root, const std::string& vendor);
+// A folder in which `root`/sys has such a disk, sda, on that bus, and `root`/dev its node. The
+// kernel knows the model "Bridge" of it, and `vendor`.
+void AddDisk(const fs::path& root, const std::string& vendor, const std::string& bus = "usb2");
 
 }  // namespace test

@@ -125,6 +125,9 @@ TEST(Logs, OfSCSIDisksMakeGrades) {
       {{{"Sense", {0x72, 1, 0x5D, 0x10, 0, 0, 0, 0}}},
        "failing: the disk reports: Hardware impending failure general hard drive failure"},
       // Nothing that could be good.
+      {{{"LogPage0D", Page(0x0D, {{0, {0, 0xFF}}})},
+        {"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0}}},
+       "nothing known: the disk sends no log page of its health"},
       {{{"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0}}},
        "nothing known: the disk sends no log page of its health"},
       {{}, "nothing known: the disk sends no log page of its health" + kNoAnswer},

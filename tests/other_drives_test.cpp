@@ -53,10 +53,16 @@ int __wrap_ioctl(int /*node*/, unsigned long request, ...) {
   va_end(rest);
   const bool isLog = command.opcode == 2 && command.nsid == 0xFFFFFFFF && command.data_len == 512 &&
                      command.cdw10 == 0x007F0002;
+  const bool isSelfTests = command.opcode == 2 && command.nsid == 0xFFFFFFFF &&
+                           command.data_len == 564 && command.cdw10 == 0x008C0006;
   const bool isIdentify = command.opcode == 6 && command.data_len == 4096 && command.cdw10 == 1;
-  EXPECT_TRUE(request == NVME_IOCTL_ADMIN_CMD && (isLog || isIdentify) && command.timeout_ms > 0);
+  EXPECT_TRUE(request == NVME_IOCTL_ADMIN_CMD && (isLog || isIdentify || isSelfTests) &&
+              command.timeout_ms > 0);
   void* const bytes = reinterpret_cast<void*>(static_cast<std::uintptr_t>(command.addr));
-  const int status = Take(isLog ? "log" : "identify", bytes, command.data_len);
+  const int status = Take(isLog         ? "log"
+                          : isSelfTests ? "tests"
+                                        : "identify",
+                          bytes, command.data_len);
   if (status < 0) errno = -status;
   return status < 0 ? -1 : status;
 }
@@ -93,7 +99,11 @@ std::string Told(const Drive& drive) {
 TEST(OtherDrives, AnNVMeDriveIsAskedForItsLogAndItsLimits) {
   const Answer kLog = {0, Data(512, 1)};
   const std::tuple<Answer, Answer, std::string, std::string> kCases[] = {
-      {kLog, {0, Data(4096, 2)}, "HealthLog:512 IdentifyController:512 ", "log identify "},
+      {kLog, {0, Data(4096, 0x0F)}, "HealthLog:512 IdentifyController:512 ", "log identify "},
+      {kLog,
+       {0, Data(4096, 0x10)},
+       "HealthLog:512 IdentifyController:512 SelfTestLog:564 ",
+       "log identify tests "},
       {kLog, {0x4002}, "HealthLog:512 ", "log identify "},
       {{0x4002},
        {},
@@ -127,9 +137,14 @@ TEST(OtherDrives, ASCSIDiskIsAskedForThePagesThatItHas) {
     std::string told, commands;
   };
   const Case kCases[] = {
-      {{{"0", kList}, {"2", kPage2}, {"13", kHeat}, {"47", kPage2F}, {"defects", kDefects}},
+      {{{"0", kList},
+        {"2", kPage2},
+        {"13", kHeat},
+        {"16", {SG_LIB_CAT_ILLEGAL_REQ}},
+        {"47", kPage2F},
+        {"defects", kDefects}},
        "DefectListHeader:4 LogPage02:5 LogPage0D:4 LogPage2F:6 ",
-       "0 2 13 47 defects "},
+       "0 2 13 16 47 defects "},
       {{{"0", kWithout2F},
         {"13", kHeat},
         {"sense", {0, kNoException}},
@@ -234,15 +249,15 @@ class OtherDisks : public testing::Test {
 };
 
 TEST_F(OtherDisks, AreAskedWhereThatIsWanted) {
-  EXPECT_EQ(Disks({.others = false}), "sda\nnvme0n1\nnvme0n2\n");
-  EXPECT_EQ(Disks({.others = true}),
+  EXPECT_EQ(Disks({.beyondReport = false}), "sda\nnvme0n1\nnvme0n2\n");
+  EXPECT_EQ(Disks({.beyondReport = true}),
             "sda, MAKER SAS 4, R3, S4: Sense:18 \n"
             "nvme0n1, FAST 1, F2, N1: HealthLog:512 IdentifyController:512 \n"
             "nvme0n2, FAST 1, F2, N1: HealthLog:512 IdentifyController:512 \n");
   answers["0"] = {SG_LIB_CAT_INVALID_OP};
   fs::remove(root_ / "dev/nvme0n2");
   answers["log"] = {0x0F};
-  EXPECT_EQ(Disks({.others = true}),
+  EXPECT_EQ(Disks({.beyondReport = true}),
             "sda\n"
             "nvme0n1, FAST 1, F2, N1: "
             "cannot read its health log: the drive refused, NVMe status 15undated \n"
@@ -261,22 +276,22 @@ TEST_F(OtherDisks, SleepOnIfTheKernelHasSuspendedThem) {
     WriteFile(sys_ / "devices/pci0/host3/target3:0:0/3:0:0:0/power/runtime_status", text);
   };
   set("suspended\n");
-  EXPECT_EQ(Disks({.kept = kept, .others = true}),
+  EXPECT_EQ(Disks({.kept = kept, .beyondReport = true}),
             "sda, MAKER SAS 4, R3, S4: MAKER SAS 4/S4:0 \n"
             "nvme0n1, FAST 1, F2, N1: FAST 1/N1:0 \n"
             "nvme0n2, FAST 1, F2, N1: FAST 1/N1:0 \n");
-  const std::string asked = Disks({.others = true});
+  const std::string asked = Disks({.beyondReport = true});
   EXPECT_EQ(asked.find("/N1"), std::string::npos) << asked;
   set("active\n");
-  EXPECT_EQ(Disks({.kept = kept, .others = true}), asked);
+  EXPECT_EQ(Disks({.kept = kept, .beyondReport = true}), asked);
 }
 
 TEST_F(OtherDisks, AreNotAskedWithoutAMedium) {
   const fs::path disk = sys_ / "devices/pci0/host3/target3:0:0/3:0:0:0/block/sda";
   WriteFile(disk / "removable", "1\n");
-  EXPECT_TRUE(Disks({.others = true}).starts_with("sda, "));
+  EXPECT_TRUE(Disks({.beyondReport = true}).starts_with("sda, "));
   WriteFile(disk / "size", "0\n");
-  EXPECT_TRUE(Disks({.others = true}).starts_with("sda\n"));
+  EXPECT_TRUE(Disks({.beyondReport = true}).starts_with("sda\n"));
 }
 
 }  // namespace test

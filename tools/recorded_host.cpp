@@ -20,6 +20,8 @@
 #include "drives/nvme_logs.h"
 #include "drives/report_lines.h"
 #include "drives/scsi_logs.h"
+#include "drives/self_tests.h"
+#include "drives/statistics.h"
 #include "machines/entries/device_entries.h"
 #include "machines/entries/drive_logs.h"
 #include "tools/replay.h"
@@ -67,13 +69,31 @@ std::string Name(std::string_view text) {
   return base::Shortened(text, kMaxCharacters);
 }
 
+std::span<const std::uint8_t> LogOf(const platform::DriveAnswers& answers, std::string_view name) {
+  const auto found = answers.logs.find(name);
+  return found == answers.logs.end() ? std::span<const std::uint8_t>() : std::span(found->second);
+}
+
+// Adds the self-tests in that log, which one of the functions in drives/self_tests.h reads.
+template <typename Parse>
+void AddSelfTests(drives::RecordedFacts& facts, const platform::DriveAnswers& answers,
+                  std::string_view log, Parse parse) {
+  if (!answers.logs.contains(log)) return;
+  const auto tests = parse(LogOf(answers, log));
+  facts.hasBadSelfTestLog = !tests;
+  if (tests) facts.selfTests = *tests;
+}
+
 void AddAnswers(drives::Drive& drive, const Entry& device) {
   drive.recorded.emplace().capacity = machines::MediumSize(device);
   if (!device.drive) return;
   const platform::DriveAnswers answers = device.drive();
-  if (const auto identify = answers.identify.Block())
-    drives::AddIdentify(*drive.recorded, *identify);
+  const auto identify = answers.identify.Block();
+  if (identify) drives::AddIdentify(*drive.recorded, *identify);
   if (const auto data = answers.data.Block()) drives::AddData(drive, *data);
+  AddSelfTests(*drive.recorded, answers, machines::kSelfTestLog, drives::ParseATASelfTests);
+  AddStatistics(drive, LogOf(answers, machines::kStatistics),
+                drives::LogicalSectorSize(identify.value_or(base::Block{})));
   drive.recorded->date = answers.date;
   drive.recorded->hasCondition = answers.exceeded.has_value();
 }
@@ -120,23 +140,18 @@ void AddDevice(Host& host, const Entry& device) {
 
 // Adds what the drive's logs say. Returns why they say nothing, in words, or an empty text.
 std::string AddLogs(drives::Drive& drive, const platform::DriveAnswers& answers) {
-  const auto log = [&](std::string_view name) {
-    const auto found = answers.logs.find(name);
-    return found == answers.logs.end() ? std::span<const std::uint8_t>() : std::span(found->second);
-  };
+  const auto log = [&](std::string_view name) { return LogOf(answers, name); };
   drive.recorded->date = answers.date;
   if (answers.logs.contains(machines::kHealthLog)) {
     drive.protocol = drives::Protocol::kNVMe;
     if (!AddHealthLog(drive, log(machines::kHealthLog))) return "its health log is not whole";
     AddController(drive, log(machines::kIdentifyController));
+    AddSelfTests(*drive.recorded, answers, machines::kSelfTestLog, drives::ParseNVMeSelfTests);
     return "";
   }
   drive.protocol = drives::Protocol::kSCSI;
-  drive.recorded->hasLogPages = false;
-  for (const machines::ScsiPage& page : machines::kScsiPages) {
-    drive.recorded->hasLogPages |= answers.logs.contains(page.name);
-    AddLogPage(drive, log(page.name));
-  }
+  for (const machines::ScsiPage& page : machines::kScsiPages) AddLogPage(drive, log(page.name));
+  AddSelfTests(*drive.recorded, answers, machines::kScsiSelfTests, drives::ParseSCSISelfTests);
   AddSense(drive, log(machines::kSense));
   AddDefectList(drive, log(machines::kDefectListHeader));
   drive.recorded->hasCondition = drive.recorded->exception.has_value();

@@ -20,6 +20,7 @@
 #include "base/numbers.h"
 #include "base/standard_streams.h"
 #include "drives/ages.h"
+#include "machines/linux/capabilities.h"
 #include "tools/host_input.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
@@ -131,7 +132,11 @@ void AddAgeFault(Reading& reading, const Options& options) {
 
 void Read(const Options& options, Reading& reading) {
   WarnOfWaiting(options);
-  if (options.readsThisHost) tools::CheckOutputFile(options.output);  // before any drive is asked
+  if (options.readsThisHost) {
+    tools::CheckOutputFile(options.output);  // before any drive is asked
+  } else {
+    machines::KeepCapabilities(machines::kCapabilitiesOfFiles);  // a file takes no others
+  }
   reading.host = options.readsThisHost ? tools::ReadThisHost() : tools::ReadHostFile(options.file);
   if (const auto& damage = reading.host.damage) {
     reading.faults.push_back(options.file + ": " + views::DamageText(*damage));

@@ -41,7 +41,7 @@ platform::Dictionary Origin() {
 platform::Machine AskHost(const HostFolders& folders, machines::KeptAnswers kept) {
   machines::Asking asking;
   asking.kept = std::move(kept);
-  asking.others = true;
+  asking.beyondReport = true;
   if (isatty(STDERR_FILENO) != 0) asking.progress = ShowProgress;
   platform::Machine machine =
       machines::AskDisks(machines::ListDisks(folders.sysfs), folders.dev, asking);

@@ -81,6 +81,11 @@ std::string TemperatureLimitText(const Drive& drive) {
   return fmt::format("{} °C", *drive.recorded->temperatureLimit);
 }
 
+std::string WrittenText(const Drive& drive) {
+  if (!drive.recorded || !drive.recorded->bytesWritten) return "";
+  return base::ByteCountText(*drive.recorded->bytesWritten);
+}
+
 std::string UsedText(const Drive& drive) {
   if (!drive.recorded || !drive.recorded->percentageUsed) return "";
   return fmt::format("{} %", *drive.recorded->percentageUsed);
@@ -108,8 +113,21 @@ std::string ReadDateText(const Drive& drive) {
   return drive.recorded && drive.recorded->date ? base::DateText(*drive.recorded->date) : "";
 }
 
+// A count of 16 bits, as most drives have it, begins again after 7 years.
+SelfTestTexts TextsOf(const drives::SelfTest& test, const Drive& drive) {
+  constexpr std::uint64_t kRound = 0x10000;
+  std::string hours = fmt::format("{} h", test.powerOnHours);
+  if (drive.recorded && drive.recorded->powerOnHours) {
+    const std::uint64_t now = *drive.recorded->powerOnHours;
+    const bool isOfRound = test.powerOnHours < kRound;
+    const std::uint64_t age =
+        isOfRound ? (now - test.powerOnHours) % kRound : now - test.powerOnHours;
+    if (now >= test.powerOnHours) hours += fmt::format(", {} h ago", age);
+  }
+  return {std::string(test.type), test.status, hours, test.lba ? std::to_string(*test.lba) : ""};
+}
+
 std::string FigureText(const drives::Figure& figure) {
-  constexpr double kBytesAUnit = 512'000;
   const std::string number = ToText(figure.value);
   const double value = ToDouble(figure.value);
   switch (figure.unit) {
@@ -124,7 +142,7 @@ std::string FigureText(const drives::Figure& figure) {
     case drives::Unit::kHours:
       return number + " h";
     case drives::Unit::kDataUnits:
-      return fmt::format("{} ({})", number, base::ByteCountText(value * kBytesAUnit));
+      return fmt::format("{} ({})", number, base::ByteCountText(value * figure.unitSize));
     case drives::Unit::kBytes:
       return base::ByteCountText(value);
   }

@@ -24,6 +24,7 @@ std::string WorstText(const drives::Attribute& attribute);
 std::string RawText(const drives::Attribute& attribute);
 std::string TemperatureText(const drives::Drive& drive);  // "34 °C"
 std::string TemperatureLimitText(const drives::Drive& drive);
+std::string WrittenText(const drives::Drive& drive);      // "12.30 TB"
 std::string UsedText(const drives::Drive& drive);         // "17 %"
 std::string PowerOnText(const drives::Drive& drive);      // "13422 hours (1.5 years)"
 std::string PowerCyclesText(const drives::Drive& drive);  // "903"
@@ -32,6 +33,13 @@ std::string ReadDateText(const drives::Drive& drive);     // "2026-11-25 16:02 U
 
 // "caution", "once" of a row that was at its threshold and makes no grade, or "OK"
 std::string RowText(const health::Health& health, const drives::Attribute& attribute);
+
+// "short", "completed without error", "123 h, 2 h ago", "4711": a self-test of the drive. The hours
+// are those that the drive had been on.
+struct SelfTestTexts {
+  std::string type, status, hours, sector;
+};
+SelfTestTexts TextsOf(const drives::SelfTest& test, const drives::Drive& drive);
 
 // "17 %", "35 °C", "1234 (631.81 MB)": the figure's value with its unit.
 std::string FigureText(const drives::Figure& figure);

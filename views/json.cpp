@@ -129,6 +129,17 @@ void PutFigures(Writer& json, std::span<const drives::Figure> figures) {
   }
 }
 
+void PutSelfTest(Writer& json, const drives::SelfTest& test) {
+  Key(json, "last_self_test");
+  json.StartObject();
+  Put(json, "type", test.type);
+  Put(json, "status", test.status);
+  if (test.passed) Put(json, "passed", *test.passed);
+  Put(json, "power_on_hours", test.powerOnHours);
+  if (test.lba) Put(json, "lba", *test.lba);
+  json.EndObject();
+}
+
 void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.temperature) Put(json, "temperature_celsius", *recorded.temperature);
   for (const drives::LossCount& loss : recorded.losses) {
@@ -146,6 +157,7 @@ void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.percentageUsed) Put(json, "percentage_used", *recorded.percentageUsed);
   PutFigures(json, recorded.figures);
   if (recorded.selfTest) Put(json, "last_self_test_status", *recorded.selfTest);
+  if (!recorded.selfTests.empty()) PutSelfTest(json, recorded.selfTests.front());
   PutDate(json, recorded.date);
 }
 

@@ -179,8 +179,22 @@ Value Capacity(const Drive& drive) {
 }
 
 Value SelfTestFailed(const Drive& drive) {
-  const auto status = drive.recorded ? drive.recorded->selfTest : std::nullopt;
-  return status ? Value(health::IsFailedSelfTest(*status)) : std::nullopt;
+  const auto hasFailed = drive.recorded ? health::HasFailedSelfTest(*drive.recorded) : std::nullopt;
+  return hasFailed ? Value(*hasFailed) : std::nullopt;
+}
+
+// Whether it came to an end or not.
+Value SelfTestTime(const Drive& drive) {
+  if (!drive.recorded || drive.recorded->selfTests.empty()) return std::nullopt;
+  return drive.recorded->selfTests.front().powerOnHours * 3600;
+}
+
+std::optional<double> BytesRead(const Drive& drive) {
+  return drive.recorded ? drive.recorded->bytesRead : std::nullopt;
+}
+
+std::optional<double> BytesWritten(const Drive& drive) {
+  return drive.recorded ? drive.recorded->bytesWritten : std::nullopt;
 }
 
 Value Worst(const Attribute& attribute) {
@@ -234,6 +248,13 @@ void AppendDrives(Metrics& metrics, const Devices& devices) {
   metrics.Each<Drive>("smartprobe_drive_self_test_failed",
                       "Whether the last self-test of the drive has failed.", devices.read,
                       SelfTestFailed);
+  metrics.Each<Drive>("smartprobe_drive_self_test_power_on_seconds",
+                      "How long the drive had been on when its last self-test ended.", devices.read,
+                      SelfTestTime);
+  metrics.Each<Drive>("smartprobe_drive_read_bytes", "How much was read from the drive in all.",
+                      devices.read, BytesRead);
+  metrics.Each<Drive>("smartprobe_drive_written_bytes", "How much was written to the drive in all.",
+                      devices.read, BytesWritten);
 }
 
 // Sectors or errors, told apart by the label `label`.

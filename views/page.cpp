@@ -155,6 +155,7 @@ void AppendFacts(std::string& page, const Drive& drive) {
   AppendFact(page, "Power cycles", PowerCyclesText(drive));
   AppendFact(page, "Temperature", TemperatureText(drive));
   AppendFact(page, "Temperature limit", TemperatureLimitText(drive));
+  AppendFact(page, "Written", WrittenText(drive));
   AppendFact(page, "Life used", UsedText(drive));
   AppendFact(page, "Read", ReadDateText(drive));
   page += "</dl>\n";
@@ -172,6 +173,7 @@ void AppendDrive(std::string& page, const JudgedDrive& judged) {
   if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
   AppendAttributes(page, *drive, health);
   AppendFigures(page, *drive, health);
+  AppendSelfTests(page, *drive);
   page += "</section>\n";
 }
 

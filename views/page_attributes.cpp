@@ -39,6 +39,15 @@ void AppendBar(std::string& page, const Attribute& attribute) {
 
 void AppendCell(std::string& page, std::string_view text) { Append(page, "<td>{}</td>", text); }
 
+void AppendTableStart(std::string& page, std::string_view caption,
+                      const std::vector<std::string_view>& headings) {
+  Append(page, "<table>\n<caption>{}</caption>\n<thead><tr>", caption);
+  for (const std::string_view heading : headings) {
+    Append(page, "<th scope=\"col\">{}</th>", heading);
+  }
+  page += "</tr></thead>\n<tbody>\n";
+}
+
 void AppendRowStart(std::string& page, const GradeRow& grade) {
   const bool isGood = grade.grade == Grade::kGood;
   page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
@@ -70,26 +79,33 @@ void AppendAttributes(std::string& page, const Drive& drive, const health::Healt
   const std::vector<std::string_view> headings =
       hasCounts ? std::vector<std::string_view>{"Name", "Value", "Worst", "Threshold", "Raw"}
                 : std::vector<std::string_view>{"Name", "Value", "Threshold"};
-  page += "<table>\n<caption>Attributes</caption>\n<thead><tr>";
-  for (const std::string_view heading : headings) {
-    Append(page, "<th scope=\"col\">{}</th>", heading);
-  }
-  page += "</tr></thead>\n<tbody>\n";
+  AppendTableStart(page, "Attributes", headings);
   for (const Attribute& attribute : drive.attributes) AppendRow(page, health, attribute, hasCounts);
   page += "</tbody>\n</table>\n";
 }
 
 void AppendFigures(std::string& page, const Drive& drive, const health::Health& health) {
   if (!drive.recorded || drive.recorded->figures.empty()) return;
-  page +=
-      "<table>\n<caption>Logs</caption>\n<thead><tr><th scope=\"col\">Name</th>"
-      "<th scope=\"col\">Value</th></tr></thead>\n<tbody>\n";
+  AppendTableStart(page, drive.attributes.empty() ? "Logs" : "Statistics", {"Name", "Value"});
   for (const drives::Figure& figure : drive.recorded->figures) {
     const GradeRow& grade = health::RowOf(FigureGrade(health, figure));
     AppendRowStart(page, grade);
     Append(page, "<th scope=\"row\">{}", Escaped(figure.name));
     if (grade.grade != Grade::kGood) Append(page, " <strong>{}</strong>", grade.word);
     Append(page, "</th><td>{}</td></tr>\n", FigureText(figure));
+  }
+  page += "</tbody>\n</table>\n";
+}
+
+void AppendSelfTests(std::string& page, const Drive& drive) {
+  if (!drive.recorded || drive.recorded->selfTests.empty()) return;
+  AppendTableStart(page, "Self-tests", {"Self-test", "Result", "Power-on time", "Sector"});
+  for (const drives::SelfTest& test : drive.recorded->selfTests) {
+    const auto [type, status, hours, sector] = TextsOf(test, drive);
+    AppendRowStart(page, health::RowOf(test.passed == false ? Grade::kCaution : Grade::kGood));
+    Append(page, "<th scope=\"row\">{}</th>", type);
+    for (const std::string& text : {status, hours, sector}) AppendCell(page, text);
+    page += "</tr>\n";
   }
   page += "</tbody>\n</table>\n";
 }

@@ -15,6 +15,9 @@ void AppendAttributes(std::string& page, const drives::Drive& drive, const healt
 // Appends the table of the figures in the drive's logs; nothing where there are none.
 void AppendFigures(std::string& page, const drives::Drive& drive, const health::Health& health);
 
+// Appends the table of the self-tests in the drive's log; nothing where there are none.
+void AppendSelfTests(std::string& page, const drives::Drive& drive);
+
 // Appends what the attributes of any of the drives mean, folded away; nothing where none is known.
 void AppendMeanings(std::string& page, const drives::Host& host);
 

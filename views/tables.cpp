@@ -57,7 +57,7 @@ std::vector<Row> RowsOf(const Drive& drive, const health::Health& health) {
   return rows;
 }
 
-constexpr std::array kFigureColumns{Column{"Name", false, 1, 8}, Column{"Value", true, 2, 8},
+constexpr std::array kFigureColumns{Column{"Name", false, 2, 8}, Column{"Value", true, 1, 20},
                                     Column{"Status"}};
 
 std::vector<Row> FigureRowsOf(const drives::RecordedFacts& facts, const health::Health& health) {
@@ -65,6 +65,23 @@ std::vector<Row> FigureRowsOf(const drives::RecordedFacts& facts, const health::
   for (const drives::Figure& figure : facts.figures) {
     rows.push_back({{figure.name, FigureText(figure), RowText(health, figure)},
                     RowOf(FigureGrade(health, figure)).color});
+  }
+  return rows;
+}
+
+constexpr std::array kSelfTestColumns{Column{"Self-test"}, Column{"Result", false, 1, 12},
+                                      Column{"Power-on time", false, 3, 8},
+                                      Column{"Sector", true, 2, 8}};
+
+// The last ones; the page has all.
+std::vector<Row> SelfTestRowsOf(const Drive& drive) {
+  constexpr std::size_t kShown = 5;
+  std::vector<Row> rows;
+  for (const drives::SelfTest& test : drive.recorded->selfTests) {
+    if (rows.size() == kShown) break;
+    const auto [type, status, hours, sector] = TextsOf(test, drive);
+    const Grade grade = test.passed == false ? Grade::kCaution : Grade::kGood;
+    rows.push_back({{type, status, hours, sector}, RowOf(grade).color});
   }
   return rows;
 }
@@ -77,8 +94,11 @@ void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   const std::string description = DescriptionText(drive);
   if (!description.empty()) AppendParagraph(text, "  ", description, Color::kGood, screen);
   if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive, health), screen);
-  if (!drive.recorded || drive.recorded->figures.empty()) return;
-  AppendRows(text, kFigureColumns, FigureRowsOf(*drive.recorded, health), screen);
+  if (!drive.recorded) return;
+  if (!drive.recorded->figures.empty())
+    AppendRows(text, kFigureColumns, FigureRowsOf(*drive.recorded, health), screen);
+  if (!drive.recorded->selfTests.empty())
+    AppendRows(text, kSelfTestColumns, SelfTestRowsOf(drive), screen);
 }
 
 constexpr std::array kDriveColumns{

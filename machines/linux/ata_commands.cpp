@@ -137,9 +137,11 @@ constexpr std::uint8_t kReadCountedBlocks = 0x08 | 0x04 | 0x02;
 
 Cdb Wrap(const AtaRegisters& registers, std::uint8_t protocol, std::uint8_t flags) {
   Cdb cdb{};
-  cdb[1] = protocol;
+  constexpr std::uint8_t kExtend = 1;
+  cdb[1] = registers.isExtended ? protocol | kExtend : protocol;
   cdb[2] = flags;
   cdb[4] = registers.features;
+  cdb[8] = registers.lbaLow;
   cdb[10] = registers.lbaMid;
   cdb[12] = registers.lbaHigh;
   cdb[14] = registers.command;
@@ -173,10 +175,10 @@ CommandResult SendCommand(int node, const AtaRegisters& registers, Registers ret
   return Send(node, Wrap(registers, kNonData, flags), {}, missing);
 }
 
-BlockResult ReadBlock(int node, const AtaRegisters& registers) {
+BlockResult ReadBlock(int node, const AtaRegisters& registers, const Block& fill) {
   Cdb cdb = Wrap(registers, kPIODataIn, kReadCountedBlocks);
   cdb[6] = 1;
-  Block block{};
+  Block block = fill;
   int missing = 0;
   const CommandEnd end = Send(node, cdb, block, missing).end;
   if (end != CommandEnd::kSucceeded) return {end};

@@ -57,9 +57,17 @@ bool IsInStandby(const CommandResult& result);
 struct AtaRegisters {
   std::uint8_t command = 0;
   std::uint8_t features = 0;
+  std::uint8_t lbaLow = 0;
   std::uint8_t lbaMid = 0;
   std::uint8_t lbaHigh = 0;
+  bool isExtended = false;  // a command of 48-bit addresses
 };
+
+// Every S.M.A.R.T. command carries the same signature.
+constexpr AtaRegisters SMARTCommand(std::uint8_t operation, std::uint8_t lbaLow = 0) {
+  return {
+      .command = 0xB0, .features = operation, .lbaLow = lbaLow, .lbaMid = 0x4F, .lbaHigh = 0xC2};
+}
 
 // SendCommand and ReadBlock send one command to the open `node`, once, and wait for its end: at
 // most 20 seconds, and then as long as the kernel needs to free the drive. `node` stays open and
@@ -76,8 +84,9 @@ struct BlockResult {
   std::optional<base::Block> block = std::nullopt;  // after a success, and only then
 };
 
-// Sends a command that reads one block. It has failed if the block is short. The bytes are not
-// checked: zeros or a wrong checksum are not noticed here.
-BlockResult ReadBlock(int node, const AtaRegisters& registers);
+// Sends a command that reads one block, whose bytes are `fill` where the layers before the drive
+// send none. It has failed if the block is short. The bytes are not checked: zeros or a wrong
+// checksum are not noticed here.
+BlockResult ReadBlock(int node, const AtaRegisters& registers, const base::Block& fill = {});
 
 }  // namespace machines

@@ -7,6 +7,7 @@
 #include "drives/attribute_blocks.h"
 #include "drives/identify_data.h"
 #include "machines/linux/ata_commands.h"
+#include "machines/linux/ata_logs.h"
 
 namespace machines {
 namespace {
@@ -16,11 +17,6 @@ using platform::DriveAnswers;
 
 constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
 constexpr AtaRegisters kCheckPowerMode = {.command = 0xE5};
-
-// Every S.M.A.R.T. command carries the same signature.
-constexpr AtaRegisters SMARTCommand(std::uint8_t operation) {
-  return {.command = 0xB0, .features = operation, .lbaMid = 0x4F, .lbaHigh = 0xC2};
-}
 
 constexpr AtaRegisters kReadData = SMARTCommand(0xD0);
 constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
@@ -49,11 +45,9 @@ std::optional<DriveAnswers> AnswersOfSleeper(int node, const std::optional<Block
   return identify ? kept(drives::Identity(*identify)) : std::nullopt;
 }
 
-// Asks the drive of an open node, up to the first failure.
-DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers& kept) {
-  std::optional<Block> identify;
-  if (auto answers = AnswersOfSleeper(node, known, kept, identify)) return *answers;
-
+// Asks the drive of an open node what a report takes, up to the first failure. `identify` are its
+// IDENTIFY DEVICE data if it has been asked for them.
+DriveAnswers AskForReport(int node, std::optional<Block> identify) {
   DriveAnswers told;
   const auto failed = [&told](const char* why) {
     told.whyNotOpened = why;
@@ -91,11 +85,21 @@ DriveAnswers Ask(int node, const std::optional<Block>& known, const KeptAnswers&
   return failed("SMART RETURN STATUS gave no registers, and no thresholds tell");
 }
 
+DriveAnswers Ask(int opened, const AtaNode& node, const KeptAnswers& kept) {
+  std::optional<Block> identify;
+  if (auto answers = AnswersOfSleeper(opened, node.identify, kept, identify)) return *answers;
+  DriveAnswers told = AskForReport(opened, identify);
+  if (node.hasLogs && told.data.succeeds && told.whyNotOpened.empty()) {
+    told.logs = ReadAtaLogs(opened, *told.identify.Block());
+  }
+  return told;
+}
+
 }  // namespace
 
 platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept) {
   return [node = std::move(node), kept = std::move(kept)] {
-    return AskNode(node.node, [&](int opened) { return Ask(opened, node.identify, kept); });
+    return AskNode(node.node, [&](int opened) { return Ask(opened, node, kept); });
   };
 }
 

@@ -11,6 +11,7 @@ namespace machines {
 
 struct AtaNode {
   DiskNode node;
+  bool hasLogs = false;                      // its logs are asked for too
   std::optional<base::Block> identify = {};  // if the kernel keeps the data
 };
 
@@ -23,6 +24,8 @@ struct AtaNode {
 // drops the registers of RETURN STATUS, the data and the thresholds give the condition. If they do
 // not give it either, the drive does not count as opened. An adapter that did not ask the drive
 // gives a block of zeros: IDENTIFY DEVICE or READ DATA has then failed.
+//
+// Then its logs (machines/linux/ata_logs.h), if they are asked for: they may be missing.
 //
 // If answers are kept, CHECK POWER MODE is sent first. A drive in standby then gives its kept
 // answers and is not woken: it is sent only IDENTIFY DEVICE, and not even that if the node has the

@@ -61,6 +61,8 @@ void ReadSCSIKind(const fs::path& sysfs, Disk& disk) {
   // Direct access, or the same with zones that the host manages.
   if (host.empty() || (type != "0" && type != "20")) return;
   disk.kind = HasNoMedium(disk) ? DiskKind::kOther : DiskKind::kSCSI;
+  disk.isOnUSB = std::ranges::any_of(
+      disk.folder, [](const fs::path& part) { return IsNumbered(part.native(), "usb"); });
   if (const auto page = ReadFile(device / "vpd_pg89"))
     disk.identify = drives::FindIdentifyData(*page);
   if (!disk.identify && ReadText(device / "vendor") != "ATA") {

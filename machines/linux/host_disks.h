@@ -22,6 +22,7 @@ struct Disk {
   DiskKind kind = DiskKind::kOther;
   std::optional<base::Block> identify = {};  // of an ATA disk, if the kernel keeps the data
   bool isModelKnown = true;                  // false: the kernel only knows the model of a bridge
+  bool isOnUSB = false;                      // of a SCSI or ATA disk
   std::filesystem::path drive = {};          // the folder of an NVMe disk's controller in sysfs
 };
 

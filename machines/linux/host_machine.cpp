@@ -34,7 +34,7 @@ SInt32 AtaFeatures(const Disk& disk) {
 bool IsAsked(const Disk& disk, const Asking& asking) {
   if (disk.kind == DiskKind::kATA) return AtaFeatures(disk) != 0;
   if (disk.kind == DiskKind::kAHCI) return true;
-  return asking.others && disk.kind != DiskKind::kOther;
+  return asking.beyondReport && disk.kind != DiskKind::kOther;
 }
 
 bool IsATA(const Disk& disk) { return disk.kind == DiskKind::kATA || disk.kind == DiskKind::kAHCI; }
@@ -95,11 +95,15 @@ std::optional<DriveAnswers> AnswersOfSuspended(const Disk& disk, const KeptAnswe
   return identity.empty() ? std::nullopt : kept(identity);
 }
 
-Query MakeQuery(const Disk& disk, const fs::path& dev, const KeptAnswers& kept) {
+// Some bridges reset when they are sent a command for a log.
+bool HasLogs(const Disk& disk) { return disk.isModelKnown && !disk.isOnUSB; }
+
+Query MakeQuery(const Disk& disk, const fs::path& dev, const Asking& asking) {
   const DiskNode node = {dev / disk.name, ReadDeviceNumber(disk.folder / "dev")};
   if (disk.kind == DiskKind::kNVMe) return {MakeNvmeDrive(node), {CAP_SYS_ADMIN}};
-  if (disk.kind == DiskKind::kSCSI) return {MakeScsiDrive({node, Identity(disk)}, kept)};
-  return {MakeAtaDrive({node, disk.identify}, kept), {CAP_SYS_RAWIO}};
+  if (disk.kind == DiskKind::kSCSI) return {MakeScsiDrive({node, Identity(disk)}, asking.kept)};
+  const AtaNode ata = {node, asking.beyondReport && HasLogs(disk), disk.identify};
+  return {MakeAtaDrive(ata, asking.kept), {CAP_SYS_RAWIO}};
 }
 
 std::vector<std::string> AwaitedNames(const std::vector<const Disk*>& asked,
@@ -133,7 +137,7 @@ Answers AskAllOf(const std::vector<Disk>& disks, const fs::path& dev, const Aski
       continue;
     }
     asked.push_back(&disk);
-    queries.push_back(MakeQuery(disk, dev, asking.kept));
+    queries.push_back(MakeQuery(disk, dev, asking));
   }
   auto all = AskAll(queries, asking.limit, [&](const std::vector<bool>& isAwaited) {
     if (asking.progress) asking.progress(asked.size(), AwaitedNames(asked, isAwaited));

@@ -21,7 +21,9 @@ struct Asking {
   // Called on the way: how many drives are asked, and the names of those that are still awaited.
   std::function<void(std::size_t drives, const std::vector<std::string>& awaited)> progress = {};
   KeptAnswers kept = {};  // of drives that sleep
-  bool others = false;    // asks NVMe drives and SCSI disks too
+  // Asks for more than a report shows: NVMe drives, SCSI disks, and the logs of ATA drives. A disk
+  // behind USB, or that only udev calls an ATA disk, is not asked for its logs.
+  bool beyondReport = false;
 };
 
 // Asks the disks that speak ATA, and others where that is wanted, in parallel, each in a process of

@@ -13,6 +13,7 @@
 
 #include "base/block.h"
 #include "base/dates.h"
+#include "drives/nvme_logs.h"
 #include "machines/entries/drive_logs.h"
 
 namespace machines {
@@ -32,6 +33,7 @@ constexpr std::size_t kControllerSize = 4096;
 
 // Of all namespaces. The command counts in words of 4 bytes, from 0.
 constexpr Command kGetHealthLog = {0x02, 0xFFFFFFFF, 0x02 | (kLogSize / 4 - 1) << 16};
+constexpr Command kGetSelfTestLog = {0x02, 0xFFFFFFFF, 0x06 | (kNvmeSelfTestLogSize / 4 - 1) << 16};
 constexpr Command kIdentify = {0x06, 0, 0x01};
 
 // Fills `data`. Returns why it cannot, in words, or an empty text.
@@ -60,10 +62,13 @@ DriveAnswers Ask(int node) {
   answers.date = base::Now();
   answers.logs.emplace(kHealthLog, std::move(log));
   Data controller(kControllerSize);
-  if (Send(node, kIdentify, controller).empty()) {
-    controller.resize(base::kBlockSize);
-    answers.logs.emplace(kIdentifyController, std::move(controller));
+  if (!Send(node, kIdentify, controller).empty()) return answers;
+  controller.resize(base::kBlockSize);
+  Data selfTests(kNvmeSelfTestLogSize);
+  if (drives::HasNVMeSelfTests(controller) && Send(node, kGetSelfTestLog, selfTests).empty()) {
+    answers.logs.emplace(kSelfTestLog, std::move(selfTests));
   }
+  answers.logs.emplace(kIdentifyController, std::move(controller));
   return answers;
 }
 

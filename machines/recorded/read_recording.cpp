@@ -46,10 +46,10 @@ Type Take(Dictionary& dictionary, std::string_view key) {
   return value;
 }
 
-Data MoveBlock(std::string_view key, Property& recorded) {
+Data MoveBytes(std::string_view key, Property& recorded, std::size_t maxSize) {
   Data& bytes = TypedValue<Data>(key, recorded);
-  if (bytes.size() > base::kBlockSize) {
-    throw RecordingError(std::string(key) + " is longer than " + std::to_string(base::kBlockSize) +
+  if (bytes.size() > maxSize) {
+    throw RecordingError(std::string(key) + " is longer than " + std::to_string(maxSize) +
                          " bytes");
   }
   return std::move(bytes);
@@ -65,12 +65,12 @@ bool Flag(Dictionary& recorded, std::string_view key) {
 platform::BlockAnswer MoveBlockAnswer(Dictionary& recorded, std::string_view key, bool fails) {
   const auto found = recorded.find(key);
   if (found == recorded.end()) return {};
-  return {MoveBlock(key, found->second), !fails};
+  return {MoveBytes(key, found->second, base::kBlockSize), !fails};
 }
 
 void CheckKeys(const Dictionary& recorded) {
   for (const auto& [key, property] : recorded) {
-    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end() && !IsDriveLog(key)) {
+    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end() && MaxLogSize(key) == 0) {
       throw RecordingError("unknown key " + Excerpt(key));
     }
   }
@@ -93,7 +93,8 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
     answers.whyNotOpened = why.empty() ? "it was not opened when recorded" : why;
   }
   for (auto& [key, property] : recorded) {
-    if (IsDriveLog(key)) answers.logs.emplace(key, MoveBlock(key, property));
+    const std::size_t maxSize = MaxLogSize(key);
+    if (maxSize > 0) answers.logs.emplace(key, MoveBytes(key, property, maxSize));
   }
   return answers;
 }
