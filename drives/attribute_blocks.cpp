@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+#include "drives/self_tests.h"
+
 namespace drives {
 namespace {
 
@@ -23,10 +25,6 @@ constexpr std::size_t kValue = 3;
 constexpr std::size_t kWorst = 4;
 constexpr std::size_t kRaw = 5;
 constexpr std::size_t kRawSize = 6;
-
-// Of the data: the status of the last self-test in the high half, what is left of it in the low
-// one.
-constexpr std::size_t kSelfTest = 363;
 
 Entry EntryOf(const Block& block, std::size_t index) {
   return Entry(block.data() + kFirstEntry + index * Entry::extent, Entry::extent);
@@ -154,7 +152,7 @@ void AddData(Drive& drive, const Block& data) {
   RecordedFacts& facts = drive.recorded ? *drive.recorded : drive.recorded.emplace();
   AddTemperature(facts, data);
   facts.losses = Losses(data);
-  facts.selfTest = data[kSelfTest] >> 4;
+  facts.selfTest = SelfTestStatusOf(data).status;
   facts.powerOnHours = PowerOnHours(data, drive.product);
   facts.powerCycles = LowCount(data, 12);
   if (facts.rotationRate == 0) facts.lifeLeft = LivesLeft(data);

@@ -43,9 +43,6 @@ Ending EndingOf(const std::array<Ending, kSize>& endings, int status) {
   return index < kSize ? endings.at(index) : Ending{"an unknown status"};
 }
 
-constexpr int kInProgress = 15;
-constexpr std::string_view kInProgressWords = "in progress";
-
 constexpr std::array kATAEndings = {Ending{"completed without error", true},
                                     Ending{"aborted by the host"},
                                     Ending{"interrupted by the host with a reset"},
@@ -64,13 +61,17 @@ std::string_view ATAType(std::uint8_t number) {
   return index < kTypes.size() ? kTypes.at(index) : "vendor-specific";
 }
 
+Ending ATAEnding(int status) {
+  return status == kATASelfTestRuns ? Ending{kSelfTestRuns} : EndingOf(kATAEndings, status);
+}
+
 SelfTest ParseATADescriptor(Bytes descriptor) {
   constexpr int kReadError = 7;
   constexpr std::uint64_t kNoSector = 0xFFFFFFFF;
   const int status = descriptor[1] >> 4;
   SelfTest test{ATAType(descriptor[0])};
-  test.status = ATASelfTestWords(status);
-  test.passed = status == kInProgress ? std::nullopt : EndingOf(kATAEndings, status).passed;
+  test.status = std::string(ATAEnding(status).words);
+  test.passed = ATAEnding(status).passed;
   test.powerOnHours = LowFirst(descriptor.subspan(2, 2));
   const std::uint64_t sector = LowFirst(descriptor.subspan(5, 4));
   if (status == kReadError && sector != kNoSector) test.lba = sector;
@@ -124,7 +125,7 @@ SelfTest ParseSCSIResult(Bytes result) {
   constexpr std::uint64_t kNoSector = ~std::uint64_t{0};
   const int status = result[0] & 0x0F;
   const Ending ending =
-      status == kInProgress ? Ending{kInProgressWords} : EndingOf(kSCSIEndings, status);
+      status == kATASelfTestRuns ? Ending{kSelfTestRuns} : EndingOf(kSCSIEndings, status);
   SelfTest test{SCSIType(result[0] >> 5), std::string(ending.words), ending.passed};
   test.powerOnHours = HighFirst(result.subspan(2, 2));
   const std::uint64_t sector = HighFirst(result.subspan(4, 8));
@@ -134,8 +135,38 @@ SelfTest ParseSCSIResult(Bytes result) {
 
 }  // namespace
 
-std::string_view ATASelfTestWords(int status) {
-  return status == kInProgress ? kInProgressWords : EndingOf(kATAEndings, status).words;
+SelfTest ATASelfTestOf(int status) {
+  const Ending ending = ATAEnding(status);
+  return {"", std::string(ending.words), ending.passed};
+}
+
+SelfTestStatus SelfTestStatusOf(const base::Block& data) {
+  constexpr std::size_t kStatus = 363;  // and in the low half what is left of the test, of 10
+  return {data[kStatus] >> 4, 100 - 10 * std::min(data[kStatus] & 0x0F, 10)};
+}
+
+std::optional<int> SelfTestMinutes(const base::Block& data, bool isExtended) {
+  constexpr std::size_t kShort = 372;
+  constexpr std::size_t kExtended = 373;
+  constexpr std::size_t kLongExtended = 375;
+  constexpr int kLong = 0xFF;
+  int minutes = data[isExtended ? kExtended : kShort];
+  if (isExtended && minutes == kLong) minutes = data[kLongExtended] | data[kLongExtended + 1] << 8;
+  return minutes == 0 ? std::nullopt : std::optional(minutes);
+}
+
+std::optional<int> NVMeSelfTestPercent(Bytes log) {
+  if (log.size() < 2 || (log[0] & 0x0F) == 0) return std::nullopt;
+  return log[1] & 0x7F;
+}
+
+// The standard has a short test end within two minutes.
+std::optional<int> NVMeSelfTestMinutes(Bytes controller, bool isExtended) {
+  constexpr std::size_t kMinutes = 316;
+  if (!isExtended) return 2;
+  if (controller.size() < kMinutes + 2) return std::nullopt;
+  const auto minutes = static_cast<int>(LowFirst(controller.subspan(kMinutes, 2)));
+  return minutes == 0 ? std::nullopt : std::optional(minutes);
 }
 
 // The index counts from 1, and 0 means that there was no test. The descriptors are a ring.

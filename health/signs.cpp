@@ -91,11 +91,11 @@ void AddSelfTest(Reasons& reasons, const RecordedFacts& facts) {
   if (ended && !*ended->passed) {
     reasons.push_back({Grade::kCaution, FailureText(ended->status, ended->lba)});
   } else if (drives::IsFailedATASelfTest(status)) {
-    reasons.push_back({Grade::kCaution, FailureText(drives::ATASelfTestWords(status), {})});
+    reasons.push_back({Grade::kCaution, FailureText(drives::ATASelfTestOf(status).status, {})});
   }
   if (status == 1) reasons.push_back({Grade::kGood, "last self-test aborted"});
   if (status == 2) reasons.push_back({Grade::kGood, "last self-test interrupted"});
-  if (status == 15) reasons.push_back({Grade::kGood, "self-test running"});
+  if (status == drives::kATASelfTestRuns) reasons.push_back({Grade::kGood, "self-test running"});
   if (!facts.hasBadSelfTestLog) return;
   Reason reason{Grade::kGood, "self-test log not readable"};
   reason.limitsJudgement = true;

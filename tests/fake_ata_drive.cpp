@@ -3,6 +3,7 @@
 #include <scsi/sg_cmds_extra.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -13,6 +14,7 @@
 namespace test {
 
 std::map<char, Answer> answers;
+std::map<char, std::vector<Answer>> later;
 std::string sent;
 
 // The linker sends the commands here. Nothing goes to the node.
@@ -29,7 +31,9 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
       {{8, 0x0E, 0, 0xD1, 0, 1, 0, 0, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'T'},
       {{6, 0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE5, 0}, 'P'},
       {{8, 0x0E, 0, 0xD5, 0, 1, 0, 6, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'L'},
-      {{9, 0x0E, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x2F, 0}, 'G'}};
+      {{9, 0x0E, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x2F, 0}, 'G'},
+      {{6, 0, 0, 0xD4, 0, 0, 0, 1, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'X'},
+      {{6, 0, 0, 0xD4, 0, 0, 0, 2, 0, 0x4F, 0, 0xC2, 0, 0xB0, 0}, 'Y'}};
   // A page of the device statistics by its number.
   const bool isStatistics = cdb[14] == 0x2F && cdb[8] == 4;
   const char letter =
@@ -39,7 +43,13 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
   std::copy(answer.sense.begin(), answer.sense.end(), sense);
   if (length > 0) std::memcpy(in, answer.block.data(), answer.block.size());
   if (length > 0) *missing = answer.missing;
-  return answer.status;
+  while (answer.status == kHangs) pause();
+  const int status = answer.status;
+  if (auto& next = later[letter]; !next.empty()) {
+    answers[letter] = next.front();
+    next.erase(next.begin());
+  }
+  return status;
 }
 
 const dev_t kNodeNumber = makedev(8, 16);

@@ -21,6 +21,7 @@ struct Answer {
 };
 
 constexpr int kGone = -1;
+constexpr int kHangs = -2;  // does not come back
 constexpr int kCheckCondition = 2;
 const Answer kAborted = {kCheckCondition, {0x72, 0x0B, 0, 0, 0, 0, 0, 0}};
 
@@ -28,8 +29,10 @@ const Answer kAborted = {kCheckCondition, {0x72, 0x0B, 0, 0, 0, 0, 0, 0}};
 Answer PowerMode(std::uint8_t count);
 
 // By a letter for each command: I E S D T, P for CHECK POWER MODE, L for the self-test log, G for
-// the directory of logs, and digits for the pages of device statistics.
+// the directory of logs, digits for the pages of device statistics, and X or Y to start the
+// short or the extended self-test.
 extern std::map<char, Answer> answers;
+extern std::map<char, std::vector<Answer>> later;  // what takes the places of these, in turn
 extern std::string sent;  // the letters, but for what a child process sends
 extern const dev_t kNodeNumber;
 

@@ -73,7 +73,9 @@ Arguments ParseArguments(const CommandLine& line, int argc, char** argv) {
     }
   }
   if (optind < argc) arguments.file = argv[optind++];
-  if (optind < argc) throw UsageError(std::string("one FILE too many, ") + argv[optind]);
+  if (optind < argc) {
+    throw UsageError(std::string("one ") + line.fileName + " too many, " + argv[optind]);
+  }
   return arguments;
 }
 
@@ -83,13 +85,14 @@ std::string Form(const Option& option) {
 }
 
 std::string HelpText(const CommandLine& line) {
-  std::vector<std::pair<std::string, std::string>> rows = {{"FILE", line.fileHelp}};
+  std::vector<std::pair<std::string, std::string>> rows = {{line.fileName, line.fileHelp}};
   for (const Option& option : AllOptions(line)) rows.emplace_back(Form(option), option.help);
   std::size_t width = 0;
   for (const auto& [form, help] : rows) width = std::max(width, form.size());
 
+  const std::string file = line.fileName;
   std::string text = std::string("Usage: ") + line.program + " [OPTION...] " +
-                     (line.needsFile ? "FILE" : "[FILE]") + "\n" + line.purpose + "\n\n";
+                     (line.needsFile ? file : "[" + file + "]") + "\n" + line.purpose + "\n\n";
   for (const auto& [form, help] : rows) {
     text.append("  ").append(form).append(width - form.size() + 2, ' ').append(help).append("\n");
   }
@@ -103,8 +106,12 @@ int RunOrAnswer(const CommandLine& line, const Arguments& arguments, const Run& 
     base::Print(wantsVersion ? version : HelpText(line));
     return 0;
   }
-  if (line.needsFile && !arguments.file) throw UsageError("there is no FILE");
-  if (arguments.file && arguments.file->empty()) throw UsageError("the name of FILE is empty");
+  if (line.needsFile && !arguments.file) {
+    throw UsageError(std::string("there is no ") + line.fileName);
+  }
+  if (arguments.file && arguments.file->empty()) {
+    throw UsageError(std::string("the name of ") + line.fileName + " is empty");
+  }
   return run(arguments);
 }
 

@@ -22,7 +22,8 @@ struct CommandLine {
   const char* purpose;          // a sentence
   std::vector<Option> options;  // in the order of the help, which adds --help and --version
   const char* fileHelp;
-  bool needsFile;  // false: it may be left out, and `run` is called without
+  bool needsFile;                 // false: it may be left out, and `run` is called without
+  const char* fileName = "FILE";  // what messages call it
 };
 
 struct Arguments {

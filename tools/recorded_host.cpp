@@ -147,6 +147,8 @@ std::string AddLogs(drives::Drive& drive, const platform::DriveAnswers& answers)
     if (!AddHealthLog(drive, log(machines::kHealthLog))) return "its health log is not whole";
     AddController(drive, log(machines::kIdentifyController));
     AddSelfTests(*drive.recorded, answers, machines::kSelfTestLog, drives::ParseNVMeSelfTests);
+    const bool isTesting = drives::NVMeSelfTestPercent(log(machines::kSelfTestLog)).has_value();
+    if (isTesting) drive.recorded->selfTest = drives::kATASelfTestRuns;
     return "";
   }
   drive.protocol = drives::Protocol::kSCSI;

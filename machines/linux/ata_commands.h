@@ -69,6 +69,10 @@ constexpr AtaRegisters SMARTCommand(std::uint8_t operation, std::uint8_t lbaLow 
       .command = 0xB0, .features = operation, .lbaLow = lbaLow, .lbaMid = 0x4F, .lbaHigh = 0xC2};
 }
 
+inline constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
+inline constexpr AtaRegisters kReadData = SMARTCommand(0xD0);
+inline constexpr AtaRegisters kEnableOperations = SMARTCommand(0xD8);
+
 // SendCommand and ReadBlock send one command to the open `node`, once, and wait for its end: at
 // most 20 seconds, and then as long as the kernel needs to free the drive. `node` stays open and
 // the caller's. They remove two variables that change the SCSI library from the environment.

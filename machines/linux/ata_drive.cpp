@@ -15,12 +15,8 @@ namespace {
 using base::Block;
 using platform::DriveAnswers;
 
-constexpr AtaRegisters kIdentifyDevice = {.command = 0xEC};
 constexpr AtaRegisters kCheckPowerMode = {.command = 0xE5};
-
-constexpr AtaRegisters kReadData = SMARTCommand(0xD0);
 constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
-constexpr AtaRegisters kEnableOperations = SMARTCommand(0xD8);
 constexpr AtaRegisters kReturnStatus = SMARTCommand(0xDA);
 
 // The block that the drive sends. nullopt also for a block of zeros, which an adapter gives that

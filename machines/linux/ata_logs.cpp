@@ -70,6 +70,8 @@ platform::Data ReadStatistics(LogReader& reader) {
 
 }  // namespace
 
+std::optional<Block> ReadSelfTestLog(int node) { return LogReader(node).Read(kReadSelfTestLog); }
+
 decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const Block& identify) {
   decltype(platform::DriveAnswers::logs) logs;
   LogReader reader(node);

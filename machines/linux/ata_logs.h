@@ -1,6 +1,8 @@
 // The logs that an ATA drive keeps of itself.
 #pragma once
 
+#include <optional>
+
 #include "base/block.h"
 #include "platform/machine.h"
 
@@ -13,5 +15,8 @@ namespace machines {
 // where the drive does not send it, or a layer before it gives zeros or an earlier block; after a
 // command that fails otherwise than by a refusal, nothing more is sent.
 decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const base::Block& identify);
+
+// The log of self-tests alone. nullopt as above.
+std::optional<base::Block> ReadSelfTestLog(int node);
 
 }  // namespace machines

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "base/descriptor.h"
 #include "platform/machine.h"
 
 namespace machines {
@@ -18,9 +19,12 @@ struct DiskNode {
                                 // is not opened
 };
 
-// Opens the node for reading, without waiting for a medium, and gives what `ask` answers through
-// it; `ask` must leave it open. If the node cannot be opened or is not the disk's, it is not asked,
-// and whyNotOpened says so.
+// Opens the node for reading, without waiting for a medium. If that fails, or the node is not the
+// disk's, the result is not open, and `why` says so in words.
+base::Descriptor OpenNode(const DiskNode& node, std::string& why);
+
+// Gives what `ask` answers through the open node; `ask` must leave it open. If the node cannot be
+// opened, it is not asked, and whyNotOpened says so.
 platform::DriveAnswers AskNode(const DiskNode& node,
                                const std::function<platform::DriveAnswers(int)>& ask);
 

@@ -26,6 +26,10 @@ struct Disk {
   std::filesystem::path drive = {};          // the folder of an NVMe disk's controller in sysfs
 };
 
+// Whether an ATA disk may be asked for its logs: some bridges reset when they are sent such a
+// command.
+inline bool HasLogs(const Disk& disk) { return disk.isModelKnown && !disk.isOnUSB; }
+
 // The disks in the kernel's order of naming: sda to sdz, then sdaa. Devices without hardware of
 // their own, such as loop devices, are left out, and so are optical and floppy drives. A disk that
 // goes away meanwhile is left out too. Throws std::system_error if the disks in `sysfs` cannot be

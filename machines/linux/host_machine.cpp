@@ -95,9 +95,6 @@ std::optional<DriveAnswers> AnswersOfSuspended(const Disk& disk, const KeptAnswe
   return identity.empty() ? std::nullopt : kept(identity);
 }
 
-// Some bridges reset when they are sent a command for a log.
-bool HasLogs(const Disk& disk) { return disk.isModelKnown && !disk.isOnUSB; }
-
 Query MakeQuery(const Disk& disk, const fs::path& dev, const Asking& asking) {
   const DiskNode node = {dev / disk.name, ReadDeviceNumber(disk.folder / "dev")};
   if (disk.kind == DiskKind::kNVMe) return {MakeNvmeDrive(node), {CAP_SYS_ADMIN}};

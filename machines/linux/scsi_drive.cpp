@@ -1,6 +1,5 @@
 #include "machines/linux/scsi_drive.h"
 
-#include <scsi/sg_cmds_basic.h>
 #include <scsi/sg_cmds_extra.h>
 #include <scsi/sg_lib.h>
 
@@ -14,58 +13,13 @@
 #include "base/block.h"
 #include "base/dates.h"
 #include "machines/entries/drive_logs.h"
+#include "machines/linux/scsi_commands.h"
 
 namespace machines {
 namespace {
 
 using platform::Data;
 using platform::DriveAnswers;
-
-constexpr bool kNotNoisy = false;
-constexpr int kSilent = 0;
-
-// Sends what `send` sends, and once more where the disk only had news of a reset.
-template <typename Send>
-int Sent(Send send) {
-  const int status = send();
-  return status == SG_LIB_CAT_UNIT_ATTENTION ? send() : status;
-}
-
-// The log page, without what the disk does not send. The status of the library if that fails.
-int ReadLogPage(int node, std::uint8_t code, Data& page) {
-  constexpr int kCumulativeValues = 1;
-  constexpr int kTimeoutSeconds = 20;
-  constexpr std::size_t kHeaderSize = 4;
-  page.assign(base::kBlockSize, 0);
-  int missing = 0;
-  const int status = Sent([&] {
-    return sg_ll_log_sense_v2(node, false, false, kCumulativeValues, code, 0, 0, page.data(),
-                              static_cast<int>(page.size()), kTimeoutSeconds, &missing, kNotNoisy,
-                              kSilent);
-  });
-  if (status != SG_LIB_CAT_CLEAN) return status;
-  const std::size_t size = kHeaderSize + static_cast<std::size_t>(page[2] << 8 | page[3]);
-  const std::size_t sent = page.size() - static_cast<std::size_t>(std::max(missing, 0));
-  page.resize(std::min({size, sent, page.size()}));
-  const bool isThePage = page.size() >= kHeaderSize && (page[0] & 0x3F) == code;
-  return isThePage ? SG_LIB_CAT_CLEAN : SG_LIB_CAT_MALFORMED;
-}
-
-bool IsRefusal(int status) {
-  return status == SG_LIB_CAT_INVALID_OP || status == SG_LIB_CAT_ILLEGAL_REQ ||
-         status == SG_LIB_CAT_ILLEGAL_REQ_WITH_INFO;
-}
-
-// Empty if the disk does not answer.
-Data ReadSense(int node) {
-  Data sense(18);  // a longer answer ends in what is not looked at
-  const int status = Sent([&] {
-    return sg_ll_request_sense(node, false, sense.data(), static_cast<int>(sense.size()), kNotNoisy,
-                               kSilent);
-  });
-  if (status != SG_LIB_CAT_CLEAN) sense.clear();
-  return sense;
-}
 
 // Whether the sense data say that the disk is stopped, or in a power condition from which it would
 // have to spin up. In an idle one it spins.
@@ -84,9 +38,9 @@ bool IsAsleep(const Data& sense) {
 Data ReadDefectListHeader(int node) {
   constexpr int kBytesFromIndex = 4;
   Data header(4);
-  const int status = Sent([&] {
+  const int status = SendScsi([&] {
     return sg_ll_read_defect10(node, false, true, kBytesFromIndex, header.data(),
-                               static_cast<int>(header.size()), kNotNoisy, kSilent);
+                               static_cast<int>(header.size()), false, 0);
   });
   const bool isSent = status == SG_LIB_CAT_CLEAN || status == SG_LIB_CAT_RECOVERED;
   const bool isGrownList = (header[1] & 0x08) != 0;
@@ -102,7 +56,7 @@ std::string AddPages(int node, const Data& list, DriveAnswers& answers) {
     const int status = ReadLogPage(node, code, page);
     if (status == SG_LIB_CAT_CLEAN) {
       answers.logs.emplace(name, std::move(page));
-    } else if (!IsRefusal(status)) {
+    } else if (!IsScsiRefusal(status)) {
       return "LOG SENSE failed for " + std::string(name);
     }
   }
@@ -113,7 +67,7 @@ DriveAnswers Ask(int node) {
   constexpr std::string_view kExceptions = "LogPage2F";
   Data list;
   const int status = ReadLogPage(node, 0, list);
-  if (IsRefusal(status)) return {};
+  if (IsScsiRefusal(status)) return {};
   if (status != SG_LIB_CAT_CLEAN) return NotAnswered("LOG SENSE failed");
   DriveAnswers answers;
   answers.whyNotOpened = AddPages(node, list, answers);
