@@ -21,10 +21,15 @@ run() {
   echo $? >"/results/$name.status"
 }
 
-until [ "$(ls /sys/block | grep -c sd)" = 7 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ]; do
+# disks PATTERN: the names of the disks that match.
+disks() {
+  ls /sys/block | grep -E "$1"
+}
+
+until [ "$(disks '^(sd|nvme[0-9]+n)' | wc -l)" = 12 ] && [ -b /dev/sr0 ] && [ -b /dev/vda ]; do
   sleep 1
 done
-for disk in $(ls /sys/block | grep sd); do
+for disk in $(disks sd); do
   echo "$disk $(cat "/sys/block/$disk/device/model")"
 done >/results/devices
 
@@ -35,19 +40,47 @@ run live smartprobe
 run record smartprobe-record --no-serials /results/host.plist
 run replay smartprobe-replay /results/host.plist
 
-# now: hundredths of a second since the start.
-now() {
-  cut -d ' ' -f 1 /proc/uptime | tr -d .
+# From now on the disks of scsi_debug count as SCSI disks: they have no ATA Information page.
+scsi=$(awk '/scsi_debug/ { print $1 }' /results/devices)
+first=$(echo "$scsi" | head -1)
+for disk in $scsi; do
+  mount --bind /dev/null "/sys/block/$disk/device/vpd_pg89"
+done
+
+# look NAME OPTION...: records and shows the drives. The next recording finds their answers.
+look() {
+  local name=$1
+  shift
+  run "$name" smartprobe-record "$@" /results/all.plist
+  run "read_$name" smartprobe-read --json /results/all.plist
 }
 
-# From now on each disk of scsi_debug takes its time to be opened: what one does, and what all do.
-echo 250 >/sys/bus/pseudo/drivers/scsi_debug/delay
-start=$(now)
-: <"/dev/$(awk '/scsi_debug/ { print $1; exit }' /results/devices)"
-middle=$(now)
-run late smartprobe
-echo $((middle - start)) $(($(now) - middle)) >/results/times
-echo 1 >/sys/bus/pseudo/drivers/scsi_debug/delay
+# set_exception BITS: writes these bits, in octal, to the mode page of exceptions, which all disks
+# of scsi_debug share. Bit TEST, 4, makes them report one.
+set_exception() {
+  printf '\0\0\0\0\034\012%b\006\0\0\0\0\0\0\0\0' "\\0$1" >/tmp/page
+  run "set_exception_$1" sg_raw -s 16 -i /tmp/page "/dev/$first" 15 10 00 00 10 00
+}
+
+set_exception 4
+dd if=/dev/zero of=/dev/nvme0n1 bs=1M count=4 conv=fsync # for its counters
+look all
+for disk in $scsi $(disks '^nvme[0-9]+n'); do
+  run "smartctl_$disk" smartctl -j -a "/dev/$disk"
+done
+
+# A disk that has stopped is left alone, so its recording does not learn that all is well again.
+set_exception 0
+run stop sg_raw "/dev/$first" 1b 00 00 00 00 00
+look asleep --let-sleep 1
+
+# From now on the disks of scsi_debug answer nothing.
+echo 4 >/sys/bus/pseudo/drivers/scsi_debug/opts
+echo 1 >/sys/bus/pseudo/drivers/scsi_debug/every_nth
+start=$(date +%s)
+look hanging
+echo $(($(date +%s) - start)) >/results/waited
+echo 0 >/sys/bus/pseudo/drivers/scsi_debug/every_nth
 
 touch /results/complete
 tar -cf /dev/vda -C /results .

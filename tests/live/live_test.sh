@@ -19,14 +19,15 @@ make_initramfs() {
   cp "$here/guest_init.sh" "$root/init"
   cp /bin/busybox "$root/bin/"
   cp -r "$kernel/modules" "$root/"
-  for program in "$@" "$(command -v sg_raw)"; do
+  for program in "$@" "$(command -v sg_raw)" "$(command -v smartctl)"; do
     cp -L "$program" "$root/programs/"
     ldd "$program" | grep -o '/[^ ]*' | xargs cp -L --parents -t "$root"
   done
   (cd "$root" && find . | cpio --quiet -o -H newc -R 0:0) >"$work/initramfs"
 }
 
-# Of the drives only the virtio disk keeps anything: the results.
+# Of the drives only the virtio disk keeps anything: the results. GOOD is an NVMe drive with two
+# namespaces, PATHS one with two controllers, which are two paths to its namespace.
 boot() {
   truncate -s 16M "$work/results.tar"
   local blank=driver=null-co,read-zeroes=on
@@ -39,6 +40,11 @@ boot() {
     -blockdev "$blank,node-name=plain,size=500107862016" \
     -blockdev "$blank,node-name=scsi,size=1048576" \
     -blockdev "$blank,node-name=cd,size=1048576,read-only=on" \
+    -blockdev "$blank,node-name=good1,size=1000204886016" \
+    -blockdev "$blank,node-name=good2,size=1048576" \
+    -blockdev "$blank,node-name=weak,size=1048576" \
+    -blockdev "$blank,node-name=warm,size=1048576" \
+    -blockdev "$blank,node-name=paths,size=1048576" \
     -blockdev "driver=file,node-name=results,filename=$work/results.tar" \
     -device "ide-hd,bus=ide.0,drive=piix,model=PIIX DISK,serial=  WD-1,ver=1.0" \
     -device ide-cd,bus=ide.1,drive=cd \
@@ -47,6 +53,13 @@ boot() {
     -device ide-hd,bus=ahci.1,drive=plain,serial=S,ver=2 \
     -device virtio-blk-pci,drive=results \
     -device virtio-scsi-pci -device 'scsi-hd,drive=scsi,product=SCSI DISK' \
+    -device nvme,id=good,serial=GOOD -device nvme-ns,bus=good,drive=good1,nsid=1 \
+    -device nvme-ns,bus=good,drive=good2,nsid=2 \
+    -device nvme,serial=WEAK,drive=weak,smart_critical_warning=4 \
+    -device nvme,serial=WARM,drive=warm,smart_critical_warning=2 \
+    -device nvme-subsys,id=both \
+    -device nvme,serial=PATHS,subsys=both,id=path1 -device nvme,serial=PATHS,subsys=both \
+    -device nvme-ns,bus=path1,drive=paths,shared=on \
     </dev/null >"$work/emulator" 2>&1 || echo "the emulator ended with status $?" >>"$work/emulator"
   mkdir "$results"
   if ! tar -xf "$work/results.tar" -C "$results" || [ ! -e "$results/complete" ]; then
@@ -97,19 +110,63 @@ drives() {
   done
 }
 
+# expect_grades NAME LINE...: the recording of that name grades the NVMe drives as they were made,
+# and the SCSI disks as these lines say.
+expect_grades() {
+  local name=$1
+  shift
+  jq -r '.drives[] | select(.protocol != "ATA") |
+    [if .protocol == "SCSI" then .disk else .serial end, .health, .reasons[]] | join(": ")' \
+    "$results/read_$name.out" | sort >"$work/grades"
+  printf '%s\n' "$@" 'WEAK: failing: the reliability is degraded' 'GOOD: OK' 'GOOD: OK' \
+    'WARM: hot: a temperature is above or below its threshold' 'PATHS: OK' | sort |
+    diff -u --label "expected of $name" --label "shown of $name" - "$work/grades" >&2 ||
+    fail "the grades of $name"
+}
+
+# smartctl and the recording agree about the drives that do not speak ATA. smartctl shows no
+# temperature limit of NVMe drives.
+compare_facts() {
+  jq -S -s '[.[] | {device: .device.name, protocol: .device.protocol,
+    model: (.model_name // .scsi_model_name), revision: (.firmware_version // .scsi_revision),
+    serial: .serial_number, capacity: .user_capacity.bytes, passed: .smart_status.passed,
+    temperature: .temperature.current, limit: .temperature.drive_trip,
+    hours: .power_on_time.hours, cycles: .power_cycle_count,
+    log: .nvme_smart_health_information_log}]' "$results"/smartctl_*.out >"$work/smartctl"
+  jq -S '[.drives[] | select(.protocol != "ATA") | {device, protocol, model: .product, revision,
+    serial, capacity: .capacity_bytes, passed: (.health == "OK"), temperature: .temperature_celsius,
+    limit: (if .protocol == "SCSI" then .temperature_limit_celsius else null end),
+    hours: .power_on_hours, cycles: .power_cycles, log: .nvme_smart_health_information_log}] |
+    sort_by(.device)' "$results/read_all.out" |
+    diff -u --label smartctl --label smartprobe-read "$work/smartctl" - >&2 ||
+    fail 'smartctl shows other facts'
+}
+
+judge_others() {
+  local scsi predicted='failing: the disk reports: Failure prediction threshold exceeded (false)'
+  mapfile -t scsi < <(awk '/scsi_debug/ { print $1 }' "$results/devices")
+  expect_grades all "${scsi[@]/%/: $predicted}"
+  expect_grades asleep "${scsi[0]}: $predicted" "${scsi[1]}: OK" "${scsi[2]}: OK"
+  expect_grades hanging
+  expect all "$1" </dev/null
+  expect asleep "$1" </dev/null
+  expect hanging "$(printf 'smartprobe-record: %s: no answer within 60 seconds\n' "${scsi[@]}")
+$1" </dev/null
+  [ "$(cat "$results/waited")" -lt 90 ] || fail "waited $(cat "$results/waited") s for silent disks"
+  compare_facts
+}
+
 judge() {
+  local not_asked
   [ "$(cat "$results/switch_off.status")" = 0 ] || fail 'S.M.A.R.T. cannot be switched off'
   drives | expect live
-  awk '/scsi_debug/ { print "smartprobe-record: " $1 ": IDENTIFY DEVICE failed" }
-    /SCSI DISK/ { other = $1 }
-    END { print "smartprobe-record: not asked: " other ", vda" }' "$results/devices" >"$work/said"
-  expect record "$(cat "$work/said")" </dev/null
-  drives | expect late
-  read -r one all <"$results/times"
-  [ "$one" -gt 100 ] && [ "$all" -lt $((2 * one)) ] ||
-    fail "one late disk takes $one, all three take $all hundredths of a second"
+  not_asked="smartprobe-record: not asked: $(awk '/SCSI DISK/ { print $1 }' "$results/devices"), vda"
+  expect record "$(awk '/scsi_debug/ { print "smartprobe-record: " $1 ": IDENTIFY DEVICE failed" }' \
+    "$results/devices")
+$not_asked" </dev/null
   drives | sed "/^SmartDeviceStart/ { s/$long_serial/XXXXXXXXXXXXXXXXXXXX/; s/WD-1/XXXX/; s/:S /:X / }" |
     expect replay
+  judge_others "$not_asked"
 }
 
 make_initramfs "$@"
