@@ -152,6 +152,10 @@ void AddData(Drive& drive, const Block& data) {
   RecordedFacts& facts = drive.recorded ? *drive.recorded : drive.recorded.emplace();
   AddTemperature(facts, data);
   facts.losses = Losses(data);
+  if (const auto crc = FindLargest(data, kCRCId)) {
+    facts.crcErrors = LossCount{
+        .id = kCRCId, .name = "CRC", .ofSectors = false, .count = ClearCount(CountsOf(*crc).raw)};
+  }
   facts.selfTest = SelfTestStatusOf(data).status;
   facts.powerOnHours = PowerOnHours(data, drive.product);
   facts.powerCycles = LowCount(data, 12);

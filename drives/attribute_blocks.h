@@ -12,6 +12,7 @@ namespace drives {
 // Attributes that count what the standard's statistics count too.
 inline constexpr std::uint8_t kReallocatedId = 5;
 inline constexpr std::uint8_t kUncorrectableId = 187;
+inline constexpr std::uint8_t kCRCId = 199;
 
 inline constexpr std::uint32_t kMaxPowerOnHours = 30 * 365 * 24;  // more are none
 

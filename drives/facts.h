@@ -81,12 +81,25 @@ struct LossCount {
   bool hasFallen = false;     // the value or the worst value differs from those of new drives
   std::string_view key = {};  // of the figure that counts them, where one does, and its group
   std::string_view group = {};
+  std::uint64_t growth = 0;  // how many of them came within kGrowthDays
 };
+
+// For so many days before its last answer a count is said to have grown.
+inline constexpr std::chrono::days kGrowthDays{7};
 
 // How much of its life a drive without moving parts has left.
 struct LifeLeft {
   std::uint8_t id = 0;       // of the attribute that says so
   std::uint8_t percent = 0;  // of 100
+};
+
+// What a drive told at one time.
+struct Moment {
+  std::chrono::sys_seconds date = {};
+  std::optional<int> temperature = {};     // in degrees Celsius
+  std::optional<int> percentageUsed = {};  // of its life
+  std::vector<LossCount> losses = {};
+  std::optional<LossCount> crcErrors = {};
 };
 
 // What a recording knows of a drive that was read, and a report does not.
@@ -104,11 +117,13 @@ struct RecordedFacts {
   std::string_view percentageUsedKey = {};           // of the figure that has it
   std::optional<double> bytesRead = {};              // in all
   std::optional<double> bytesWritten = {};
-  std::vector<SelfTest> selfTests = {};  // of the drive's log, the last one first
-  bool hasBadSelfTestLog = false;        // that log cannot be trusted
-  std::vector<LossCount> losses = {};    // of the attributes that the drive has
-  std::vector<LifeLeft> lifeLeft = {};   // of a drive that does not rotate, the least first
-  std::optional<int> selfTest = {};      // status of the last one: 0 to 15, as the standard has it
+  std::vector<SelfTest> selfTests = {};     // of the drive's log, the last one first
+  bool hasBadSelfTestLog = false;           // that log cannot be trusted
+  std::vector<LossCount> losses = {};       // of the attributes that the drive has
+  std::optional<LossCount> crcErrors = {};  // between drive and computer: nothing is lost by them
+  std::vector<Moment> history = {};  // if there are earlier answers: the oldest first, and now last
+  std::vector<LifeLeft> lifeLeft = {};  // of a drive that does not rotate, the least first
+  std::optional<int> selfTest = {};     // status of the last one: 0 to 15, as the standard has it
   std::optional<std::uint32_t> powerOnHours = {};
   std::optional<std::uint32_t> powerCycles = {};
   std::optional<int> rotationRate = {};               // revolutions a minute; 0: nothing rotates
@@ -139,7 +154,7 @@ struct Drive {
 // A drive that could not be read. Only a recording has its names, as far as they were known, and
 // knows why.
 struct UnreadDrive {
-  std::string device, product = {}, serial = {}, why = {}, localPath = {};
+  std::string device = {}, product = {}, serial = {}, why = {}, localPath = {};
 };
 
 // Where a report cannot be read any further.
@@ -190,9 +205,17 @@ std::string_view DiskOf(const AnyDrive& drive) {
   return path.empty() ? DiskOf(std::string_view(drive.device)) : path.substr(kLocalFolder.size());
 }
 
+// A drive that is no longer there.
+struct GoneDrive {
+  UnreadDrive names = {};           // and why it was not read the last time, if so
+  std::optional<Drive> drive = {};  // what it said the last time, if it was read
+  std::chrono::sys_seconds since = {};
+};
+
 struct Host {
   std::vector<Drive> drives = {};         // those that were read, in order
   std::vector<UnreadDrive> notRead = {};  // in order
+  std::vector<GoneDrive> gone = {};       // of a recording
   std::optional<Damage> damage = {};      // of a report; then the rest is what came before it
   std::optional<RecordedHost> recorded = {};
 };

@@ -33,6 +33,9 @@ struct SelfTestStatus {
 };
 SelfTestStatus SelfTestStatusOf(const base::Block& data);
 
+// Whether S.M.A.R.T. data say that the drive has self-tests.
+bool HasSelfTestsByData(const base::Block& data);
+
 // How long the drive expects a test to take, in minutes. nullopt if the data do not say.
 std::optional<int> SelfTestMinutes(const base::Block& data, bool isExtended);
 

@@ -20,6 +20,7 @@ constexpr std::string_view kSectorsWritten = "sectors_written";
 constexpr std::string_view kSectorsRead = "sectors_read";
 constexpr std::string_view kReallocated = "reallocated_sectors";
 constexpr std::string_view kUncorrectable = "uncorrectable_errors";
+constexpr std::string_view kCRCErrors = "crc_errors";
 constexpr std::string_view kTemperature = "temperature_celsius";
 constexpr std::string_view kMaximumTemperature = "maximum_temperature_celsius";
 constexpr std::string_view kPercentageUsed = "percentage_used";
@@ -40,7 +41,7 @@ constexpr std::array kRows = {
     Row{5, 8, 1, kTemperature, "Temperature", Unit::kCelsius},
     Row{5, 32, 1, "highest_temperature_celsius", "Highest temperature", Unit::kCelsius},
     Row{5, 88, 1, kMaximumTemperature, "Maximum operating temperature", Unit::kCelsius},
-    Row{6, 24, 4, "crc_errors", "Interface CRC errors"},
+    Row{6, 24, 4, kCRCErrors, "Interface CRC errors"},
     Row{7, 8, 1, kPercentageUsed, "Percentage used", Unit::kPercent}};
 
 // The value of the statistic, with the lowest byte first and flags in the last of 8.
@@ -57,7 +58,7 @@ std::optional<base::Count128> ValueOf(Bytes page, const Row& row) {
 void AddFigures(RecordedFacts& facts, Bytes page, std::uint32_t sectorSize) {
   constexpr std::size_t kPageNumber = 2;
   for (const Row& row : kRows) {
-    if (row.page != page[kPageNumber]) continue;
+    if (row.page != page[kPageNumber] || FindFigure(facts, row.key)) continue;
     const auto value = ValueOf(page, row);
     if (!value) continue;
     const std::uint32_t unitSize = row.unit == Unit::kDataUnits ? sectorSize : 0;
@@ -99,6 +100,16 @@ void UseLosses(RecordedFacts& facts, std::uint32_t sectorSize) {
   }
 }
 
+void UseCRCErrors(RecordedFacts& facts) {
+  const auto errors = ValueOf(facts, kCRCErrors);
+  if (!errors) return;
+  facts.crcErrors = LossCount{.id = kCRCId,
+                              .name = "CRC",
+                              .ofSectors = false,
+                              .count = static_cast<std::uint64_t>(*errors),
+                              .key = kCRCErrors};
+}
+
 void UseTemperature(RecordedFacts& facts) {
   if (const auto degrees = ValueOf(facts, kTemperature)) {
     facts.temperature = static_cast<int>(*degrees);
@@ -132,6 +143,7 @@ void AddStatistics(Drive& drive, Bytes pages, std::uint32_t sectorSize) {
   facts.bytesRead = BytesOf(facts, kSectorsRead);
   facts.bytesWritten = BytesOf(facts, kSectorsWritten);
   UseLosses(facts, sectorSize);
+  UseCRCErrors(facts);
   UseTemperature(facts);
   if (const auto used = ValueOf(facts, kPercentageUsed)) {
     facts.percentageUsed = static_cast<int>(*used);

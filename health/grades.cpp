@@ -20,6 +20,9 @@ constexpr std::array kGrades{
              "A disk that tells nothing of its health may fail without a sign: keep copies of its "
              "data.",
              Verdict::kUnknown, Color::kWarning},
+    GradeRow{kGone, "gone", "gone",
+             "A drive that is gone: look at its cable and power, if nobody has taken it out.",
+             Verdict::kWarning, Color::kWarning},
     GradeRow{
         kCaution, "caution", "caution",
         "Save the data of a drive with early signs of failure, and replace it if they get worse.",

@@ -14,6 +14,7 @@ enum class Grade {
   kHot,           // it is too hot, or has reached the life-span threshold of a temperature
   kWorn,          // it is near the end of its life, or has reached another life-span threshold
   kCaution,       // it shows an early sign of failure
+  kGone,          // it answered before, and is no longer there
   kNothingKnown,  // it answers, but tells nothing of its health
   kNotRead,       // nothing is known of it: it may be failing
   kFailing,       // it reports its own failure, or has reached a pre-failure threshold

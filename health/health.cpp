@@ -87,6 +87,11 @@ Grade FigureGrade(const Health& health, const drives::Figure& figure) {
   return grade;
 }
 
+Grade GradeOf(const drives::GoneDrive& gone) {
+  const bool wasFailing = gone.drive && HealthOf(*gone.drive).grade == Grade::kFailing;
+  return wasFailing ? Grade::kFailing : Grade::kGone;
+}
+
 bool CountsNoLoss(const drives::Host& host) {
   const auto isZero = [](const drives::LossCount& loss) { return loss.count == 0U; };
   return std::ranges::all_of(host.drives, [&](const Drive& drive) {

@@ -28,6 +28,7 @@ struct Reason {
   std::string text;                    // for one line
   std::vector<std::uint8_t> ids = {};  // every row of these attributes is marked with the grade
   std::vector<const drives::Figure*> figures = {};  // these are marked too; borrowed from the drive
+  bool isOfCount = false;                           // which grows by itself
   bool limitsJudgement = false;  // something is not known, or is old: this drive is not clear
 };
 
@@ -45,6 +46,9 @@ Grade RowGrade(const Health& health, const drives::Attribute& attribute);
 
 // The worst grade of the reasons that mark the figure, which is one of the drive's.
 Grade FigureGrade(const Health& health, const drives::Figure& figure);
+
+// kFailing where the drive was failing when it was last read, else kGone.
+Grade GradeOf(const drives::GoneDrive& gone);
 
 // Whether every drive of the host counts what it loses, and each count is clear and 0.
 bool CountsNoLoss(const drives::Host& host);

@@ -74,7 +74,8 @@ void AddException(Reasons& reasons, const RecordedFacts& facts) {
 
 // Sense data without an exception are what every disk answers.
 bool IsNothingKnown(const RecordedFacts& facts) {
-  const bool hasAnswer = facts.exception && (facts.hasExceptionPage || !facts.exception->words.empty());
+  const bool hasAnswer =
+      facts.exception && (facts.hasExceptionPage || !facts.exception->words.empty());
   return !hasAnswer && facts.figures.empty() && !facts.temperature && !facts.powerOnHours;
 }
 

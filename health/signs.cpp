@@ -29,16 +29,39 @@ void Mark(Reason& reason, const RecordedFacts& facts, const LossCount& loss) {
   MarkFigure(reason, facts, loss.key, loss.group);
 }
 
-// "69 sectors reallocated, 2 pending"
+// Counts that have grown say most.
+std::vector<LossCount> GrownFirst(std::vector<LossCount> losses) {
+  std::ranges::stable_partition(losses, [](const LossCount& loss) { return loss.growth > 0; });
+  return losses;
+}
+
+std::string GrowthText(const LossCount& loss) {
+  if (loss.growth == 0) return "";
+  return fmt::format(", {} of them within {} days", loss.growth, drives::kGrowthDays.count());
+}
+
+// Drives with so many reallocated sectors, or so many new ones, rarely last long.
+bool IsFailingSoon(const LossCount& loss) {
+  constexpr std::uint64_t kMany = 200;
+  constexpr std::uint64_t kManyNew = 30;
+  return loss.name == "reallocated" && (loss.count.value_or(0) >= kMany || loss.growth >= kManyNew);
+}
+
+// "69 sectors reallocated, 2 of them within 7 days, 2 pending"
 void AddLostSectors(Reasons& reasons, const RecordedFacts& facts) {
   Reason reason{Grade::kCaution, ""};
-  for (const LossCount& loss : facts.losses) {
+  reason.isOfCount = true;
+  bool isFailingSoon = false;
+  for (const LossCount& loss : GrownFirst(facts.losses)) {
     if (!loss.ofSectors || loss.count.value_or(0) == 0) continue;
     const bool isFirst = reason.text.empty();
     const std::string_view noun = !isFirst ? "" : *loss.count == 1 ? "sector " : "sectors ";
-    reason.text += fmt::format("{}{} {}{}", isFirst ? "" : ", ", *loss.count, noun, loss.name);
+    reason.text += fmt::format("{}{} {}{}{}", isFirst ? "" : ", ", *loss.count, noun, loss.name,
+                               GrowthText(loss));
+    isFailingSoon |= IsFailingSoon(loss);
     Mark(reason, facts, loss);
   }
+  if (isFailingSoon) reason.text += "; failing soon: replace it";
   if (!reason.text.empty()) reasons.push_back(reason);
 }
 
@@ -46,10 +69,24 @@ void AddErrors(Reasons& reasons, const RecordedFacts& facts) {
   for (const LossCount& loss : facts.losses) {
     if (loss.ofSectors || loss.count.value_or(0) == 0) continue;
     const std::string_view noun = *loss.count == 1 ? "error" : "errors";
-    Reason reason{Grade::kCaution, fmt::format("{} {} {}", *loss.count, loss.name, noun)};
+    Reason reason{Grade::kCaution,
+                  fmt::format("{} {} {}{}", *loss.count, loss.name, noun, GrowthText(loss))};
+    reason.isOfCount = true;
     Mark(reason, facts, loss);
     reasons.push_back(reason);
   }
+}
+
+// A count of years may come from a cable that is long gone.
+void AddCRCErrors(Reasons& reasons, const RecordedFacts& facts) {
+  if (!facts.crcErrors || facts.crcErrors->growth == 0) return;
+  const std::uint64_t growth = facts.crcErrors->growth;
+  Reason reason{Grade::kCaution,
+                fmt::format("{} CRC error{} within {} days: check the cable", growth,
+                            growth == 1 ? "" : "s", drives::kGrowthDays.count())};
+  reason.isOfCount = true;
+  Mark(reason, facts, *facts.crcErrors);
+  reasons.push_back(reason);
 }
 
 // A value that has fallen shows that something was counted.
@@ -152,6 +189,7 @@ void AddAge(Reasons& reasons, const RecordedFacts& facts) {
 void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
   AddLostSectors(reasons, facts);
   AddErrors(reasons, facts);
+  AddCRCErrors(reasons, facts);
   AddUnclearCounts(reasons, facts);
   AddSelfTest(reasons, facts);
   AddLifeLeft(reasons, facts);

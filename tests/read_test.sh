@@ -14,7 +14,7 @@ printed() {
 }
 
 heading='/dev/rdisk0: OK'
-figures=' | drives=9 failing=2 not_read=3 nothing_known=0 caution=0 worn=0 hot=0 no_attributes=2'
+figures=' | drives=9 failing=2 not_read=3 nothing_known=0 gone=0 caution=0 worn=0 hot=0 no_attributes=2'
 critical='CRITICAL: failing: /dev/rdisk8 (the drive.s own self-assessment: failed, Start.*, Reallocated Sector Count is 21, threshold 36: failure predicted, .*), /dev/rdisk9 (.*); not read: /dev/rdisk4, /dev/rdisk10, (no path); attributes not known: /dev/rdisk11, /dev/rdisk12'
 head -21 "$input" >"$work/good"
 head -30 "$input" >"$work/cut"
@@ -52,7 +52,7 @@ shell 3 "$name: standard output: No space left" '"$0" --check good >/dev/full'
 shell 2 "smartprobe ${critical//[()]/.}.*\$" '"$0" --check --json --output - "$1"'
 printed '{"drives":[' 11
 shell 3 '' '"$0" --check cut'
-printed "smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive${figures/9*2 not_read=3*/1 failing=0 not_read=1 nothing_known=0 caution=0 worn=0 hot=0 no_attributes=0}" 26
+printed "smartprobe UNKNOWN: not read: /dev/rdisk4; cut: line 31: the file ends inside a drive${figures/9*2 not_read=3*/1 failing=0 not_read=1 nothing_known=0 gone=0 caution=0 worn=0 hot=0 no_attributes=0}" 26
 shell 3 '' '"$0" --check none'
 printed 'smartprobe UNKNOWN: none: No such file or directory' 1
 shell 3 '' '"$0" --check </dev/null'

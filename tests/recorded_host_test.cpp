@@ -53,8 +53,8 @@ TEST(RecordedHost, ShowsEachSignWithItsWord) {
       {{{5, 9, 69}, {197, 9, 2}, {198, 9, 0}}, "caution: 69 sectors reallocated, 2 pending"},
       {{{187, 100, 412}, {184, 100, 1}}, "caution: 412 uncorrectable errors; 1 end-to-end error"},
       {{{5, 9, 0xFFFF0000FFFF}, {197, 9, 0xFFFFFFFF}, {198, 9, 0x100000000}},
-       "caution: 65535 sectors reallocated, 4294967295 pending"},
-      {{{5, 9, 0x10000}}, "caution: 65536 sectors reallocated"},
+       "caution: 65535 sectors reallocated, 4294967295 pending; failing soon: replace it"},
+      {{{5, 9, 0x10000}}, "caution: 65536 sectors reallocated; failing soon: replace it"},
       // Of several the largest counts, whether it has a normalized value or not.
       {{{5, 0, 7}, {5, 9, 8}, {197, 0, 3}, {197, 0, 4}},
        "caution: 8 sectors reallocated, 4 pending"},
@@ -182,7 +182,7 @@ TEST(RecordedHost, SaysWhichHostItIsAndHowOldItsAnswersAre) {
       views::Check(host, {}).summary,
       "smartprobe UNKNOWN: not read: /dev/sdc (EXAMPLE 250: it hangs); answers are 2 days old: "
       "/dev/sdaa; answers are 3 days old: /dev/sda; recorded on nas, 2026-11-25 00:00 UTC | "
-      "drives=3 failing=0 not_read=1 nothing_known=0 caution=0 worn=0 hot=0 no_attributes=0");
+      "drives=3 failing=0 not_read=1 nothing_known=0 gone=0 caution=0 worn=0 hot=0 no_attributes=0");
   EXPECT_EQ(views::BriefText(host, {}), R"(Device     Product      Serial number  Health
 /dev/sda   EXAMPLE 250  SERIAL         OK
   answers are 3 days old
@@ -214,7 +214,7 @@ TEST(RecordedHost, HasEveryDiskUnderItsName) {
               Device("sda", known, DriveOf(read)), Device("sde", {}, {})});
   EXPECT_EQ(views::JsonText(host, "1.2.3"), R"({"drives":[
 {"device":"/dev/rsda","product":"KNOWN","revision":"REV     ","capacity":"","serial":"SERIAL              ","disk":"sda","protocol":"ATA","threshold_exceeded":false,"health":"caution","reasons":["Reallocated Sector Count is 1, threshold 1: worn, plan to replace","69 sectors reallocated","sector count not clear","error count not clear"],"reallocated_sectors":69,"pending_sectors":null,"power_on_hours":3,"rotation_rate":30840,"last_self_test_status":0,"unix_time":978307200,"attributes":[{"id":187,"name":"Unknown Attribute","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":1108152157446},{"id":5,"name":"Reallocated Sector Count","flags":0,"flags_ata":0,"value":1,"threshold":1,"valid":true,"pre_failure":false,"reached":true,"worst":100,"raw":69},{"id":197,"name":"Current Pending Sector","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":4295032832},{"id":9,"name":"Power On Hours Count","flags":0,"flags_ata":0,"value":100,"threshold":1,"valid":true,"pre_failure":false,"reached":false,"worst":100,"raw":3}]}
-],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdb","product":"KNOWN","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1","reason":"it failed"},{"device":"/dev/rsde","product":"","serial":""}],"without_smart":["sdc"],"not_asked":["nvme0n1"],"version":"1.2.3"}
+],"not_read":["/dev/rsda","/dev/rsdb","/dev/rsdd","/dev/rsde"],"not_read_drives":[{"device":"/dev/rsda","product":"MODEL","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdb","product":"KNOWN","serial":"SERIAL","reason":"it failed"},{"device":"/dev/rsdd","product":"KNOWN","serial":"K1","reason":"it failed"},{"device":"/dev/rsde","product":"","serial":""}],"gone":[],"without_smart":["sdc"],"not_asked":["nvme0n1"],"version":"1.2.3"}
 )");
   const char* const others =
       R"((#|smartprobe_(drives|drive_[ai]|drive_th|attribute_[vt]|attribute_re|attr.*id=.(5|9|197).)).*)"

@@ -246,16 +246,18 @@ TEST(Report, FitsTheScreen) {
             R"(Device      Product              Capacity  Serial number          Temp.  Health
 /dev/rsdaa  pppppppppppppppp…  1023.99 GB  ssssssssssssssssssss  100 °C  failing
   the drive's own self-assessment: failed; attribute 187 is 1, threshold 2:
-  failure predicted; 65535 sectors reallocated, 4294967295 pending; 100 °C
+  failure predicted; 65535 sectors reallocated, 4294967295 pending; failing
+  soon: replace it; 100 °C
 Device      Product   Serial number   Health
 /dev/rsdaa  ppppppp…  sssssssssssss…  failing
   the drive's own self-assessment: failed;
   attribute 187 is 1, threshold 2: failure
   predicted; 65535 sectors reallocated,
-  4294967295 pending; 100 °C
+  4294967295 pending; failing soon: replace
+  it; 100 °C
 /dev/rsdaa: failing: the drive's own self-assessment: failed; attribute 187 is
   1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295
-  pending; 100 °C
+  pending; failing soon: replace it; 100 °C
   ppppppppppppppppppppppppppppppppppppppp…, revision 87654321, 1023.99 GB,
   serial ssssssssssssssssssss, 15000 rpm, on for 262800 hours (30.0 years),
   4294967295 power cycles, 100 °C, read 2026-11-25 16:02 UTC
@@ -293,7 +295,7 @@ TEST(Report, AsPage) {
 <ul>
 <li class="failing">the drive&#39;s own self-assessment: failed<p class="weak">Save the data of a drive that is failing, and replace it.</p></li>
 <li class="failing">attribute 187 is 1, threshold 2: failure predicted<p class="weak">Save the data of a drive that is failing, and replace it.</p></li>
-<li class="warning">65535 sectors reallocated, 4294967295 pending<p class="weak">Save the data of a drive with early signs of failure, and replace it if they get worse. In a study of 100,000 hard disks, one with a pending sector was 16 times as likely to fail within 60 days.</p></li>
+<li class="warning">65535 sectors reallocated, 4294967295 pending; failing soon: replace it<p class="weak">Save the data of a drive with early signs of failure, and replace it if they get worse. In a study of 100,000 hard disks, one with a pending sector was 16 times as likely to fail within 60 days.</p></li>
 <li class="warning">100 °C<p class="weak">A hot drive needs more air: look at fans and dust.</p></li>
 </ul></li>
 <li class="failing">could not be read: /dev/rsdb, pppppppppppppppppppppppppppppppppppppppp, serial ssssssssssssssssssss: it hangs<p class="weak">A drive that cannot be read may be failing: look at its cables, and at journalctl -k.</p></li>
@@ -302,7 +304,7 @@ TEST(Report, AsPage) {
 <h2>Drives</h2>
 <section class="failing" id="drive2">
 <h3>&lt;b title=&#39;&quot;&#39;&gt;&amp;amp;: <span class="failing">failing</span></h3>
-<p class="failing">the drive&#39;s own self-assessment: failed; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending; 100 °C</p>
+<p class="failing">the drive&#39;s own self-assessment: failed; attribute 187 is 1, threshold 2: failure predicted; 65535 sectors reallocated, 4294967295 pending; failing soon: replace it; 100 °C</p>
 <table>
 <caption>Attributes</caption>
 <thead><tr><th scope="col">Name</th><th scope="col">Value</th><th scope="col">Worst</th><th scope="col">Threshold</th><th scope="col">Raw</th></tr></thead>

@@ -25,15 +25,18 @@ using machines::SelfTestKind;
 using machines::SelfTestState;
 using Clock = std::chrono::steady_clock;
 
+constexpr const char* kNoTests = "it has no self-tests";
+
 class Watch {
  public:
   Watch(const machines::Disk& disk, const SelfTestOrder& order, std::function<void()> beat)
       : name_(base::PrintableASCII(disk.name)), order_(order), beat_(std::move(beat)) {}
 
   SelfTestStatus Test(SelfTester& tester) {
-    const std::string why = tester.WhyNone();
+    const machines::SelfTestSupport support = tester.Support();
     beat_();
-    if (!why.empty()) return Say(why, kHasNone);
+    if (!support.failure.empty()) return Say(support.failure, kNotDone);
+    if (!support.hasTests) return Say(kNoTests, kHasNone);
     const SelfTestState before = tester.State();
     if (!before.failure.empty()) return Say(before.failure, kNotDone);
     if (before.isRunning) return Say("a self-test runs already" + DoneText(before), kNotDone);
@@ -122,7 +125,7 @@ SelfTestStatus TestDrive(const machines::Disk& disk, const std::filesystem::path
                          const SelfTestOrder& order, const std::function<void()>& beat) {
   Watch watch(disk, order, beat);
   const bool hasKind = disk.kind != machines::DiskKind::kOther;
-  if (!hasKind) return watch.Say("it has no self-tests", kHasNone);
+  if (!hasKind) return watch.Say(kNoTests, kHasNone);
   std::string why;
   const base::Descriptor node =
       machines::OpenNode({dev / disk.name, machines::ReadDeviceNumber(disk.folder / "dev")}, why);

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
-#include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,17 +10,10 @@
 #include <vector>
 
 #include "base/byte_count.h"
-#include "base/printable_text.h"
 #include "drives/ages.h"
-#include "drives/attribute_blocks.h"
-#include "drives/identify_data.h"
-#include "drives/nvme_logs.h"
 #include "drives/report_lines.h"
-#include "drives/scsi_logs.h"
-#include "drives/self_tests.h"
-#include "drives/statistics.h"
 #include "machines/entries/device_entries.h"
-#include "machines/entries/drive_logs.h"
+#include "tools/recorded_drive.h"
 #include "tools/replay.h"
 
 namespace tools {
@@ -39,7 +29,7 @@ constexpr std::size_t kMaxDisks = 4096;
 
 // The disks of a machine, by what the probe looks for.
 struct Disks {
-  std::vector<const Entry*> ata = {}, ahci = {}, others = {};
+  std::vector<const Entry*> ata = {}, ahci = {}, others = {}, gone = {};
 };
 
 bool IsATA(const Entry& entry) { return entry.name == machines::kATADeviceName; }
@@ -47,9 +37,15 @@ bool IsAHCI(const Entry& entry) { return entry.className == machines::kAHCIDevic
 
 void Collect(const std::vector<Entry>& entries, Disks& disks) {
   for (const Entry& entry : entries) {
-    if (IsATA(entry)) disks.ata.push_back(&entry);
-    if (IsAHCI(entry) && !IsATA(entry)) disks.ahci.push_back(&entry);
-    if (entry.className == machines::kOtherDiskClass) disks.others.push_back(&entry);
+    if (entry.goneSince) {
+      disks.gone.push_back(&entry);
+    } else if (IsATA(entry)) {
+      disks.ata.push_back(&entry);
+    } else if (IsAHCI(entry)) {
+      disks.ahci.push_back(&entry);
+    } else if (entry.className == machines::kOtherDiskClass) {
+      disks.others.push_back(&entry);
+    }
     Collect(entry.children, disks);
   }
 }
@@ -57,61 +53,10 @@ void Collect(const std::vector<Entry>& entries, Disks& disks) {
 Disks DisksOf(const platform::Machine& machine) {
   Disks disks;
   Collect(machine.roots, disks);
-  if (disks.ata.size() + disks.ahci.size() + disks.others.size() > kMaxDisks) {
+  if (disks.ata.size() + disks.ahci.size() + disks.others.size() + disks.gone.size() > kMaxDisks) {
     throw std::runtime_error("the recording has more than " + std::to_string(kMaxDisks) + " disks");
   }
   return disks;
-}
-
-// Any text may stand in a registry, but no name is longer.
-std::string Name(std::string_view text) {
-  constexpr std::size_t kMaxCharacters = 255;
-  return base::Shortened(text, kMaxCharacters);
-}
-
-std::span<const std::uint8_t> LogOf(const platform::DriveAnswers& answers, std::string_view name) {
-  const auto found = answers.logs.find(name);
-  return found == answers.logs.end() ? std::span<const std::uint8_t>() : std::span(found->second);
-}
-
-// Adds the self-tests in that log, which one of the functions in drives/self_tests.h reads.
-template <typename Parse>
-void AddSelfTests(drives::RecordedFacts& facts, const platform::DriveAnswers& answers,
-                  std::string_view log, Parse parse) {
-  if (!answers.logs.contains(log)) return;
-  const auto tests = parse(LogOf(answers, log));
-  facts.hasBadSelfTestLog = !tests;
-  if (tests) facts.selfTests = *tests;
-}
-
-void AddAnswers(drives::Drive& drive, const Entry& device) {
-  drive.recorded.emplace().capacity = machines::MediumSize(device);
-  if (!device.drive) return;
-  const platform::DriveAnswers answers = device.drive();
-  const auto identify = answers.identify.Block();
-  if (identify) drives::AddIdentify(*drive.recorded, *identify);
-  if (const auto data = answers.data.Block()) drives::AddData(drive, *data);
-  AddSelfTests(*drive.recorded, answers, machines::kSelfTestLog, drives::ParseATASelfTests);
-  AddStatistics(drive, LogOf(answers, machines::kStatistics),
-                drives::LogicalSectorSize(identify.value_or(base::Block{})));
-  drive.recorded->date = answers.date;
-  drive.recorded->hasCondition = answers.exceeded.has_value();
-}
-
-// As the report of the drive would name it; what its IDENTIFY DEVICE data do not tell, the kernel
-// may.
-drives::UnreadDrive MakeUnread(std::string path, const Entry& device) {
-  platform::DriveAnswers answers;
-  if (device.drive) answers = device.drive();
-  const std::optional<base::Block> identify = answers.identify.Block();
-  drives::UnreadDrive drive{
-      std::move(path), Name(Characteristic(device, machines::kProductNameKey)),
-      Name(Characteristic(device, machines::kSerialNumberKey)), Name(answers.whyNotOpened)};
-  if (!identify) return drive;
-  if (drive.product.empty()) drive.product = drives::ModelNumber(*identify);
-  const std::string serial = drives::SerialNumber(*identify);
-  if (!serial.empty()) drive.serial = serial;
-  return drive;
 }
 
 // Adds the device by its lines in the report. If its names hold line feeds, they break these lines:
@@ -138,35 +83,12 @@ void AddDevice(Host& host, const Entry& device) {
   }
 }
 
-// Adds what the drive's logs say. Returns why they say nothing, in words, or an empty text.
-std::string AddLogs(drives::Drive& drive, const platform::DriveAnswers& answers) {
-  const auto log = [&](std::string_view name) { return LogOf(answers, name); };
-  drive.recorded->date = answers.date;
-  if (answers.logs.contains(machines::kHealthLog)) {
-    drive.protocol = drives::Protocol::kNVMe;
-    if (!AddHealthLog(drive, log(machines::kHealthLog))) return "its health log is not whole";
-    AddController(drive, log(machines::kIdentifyController));
-    AddSelfTests(*drive.recorded, answers, machines::kSelfTestLog, drives::ParseNVMeSelfTests);
-    const bool isTesting = drives::NVMeSelfTestPercent(log(machines::kSelfTestLog)).has_value();
-    if (isTesting) drive.recorded->selfTest = drives::kATASelfTestRuns;
-    return "";
-  }
-  drive.protocol = drives::Protocol::kSCSI;
-  for (const machines::ScsiPage& page : machines::kScsiPages) AddLogPage(drive, log(page.name));
-  AddSelfTests(*drive.recorded, answers, machines::kScsiSelfTests, drives::ParseSCSISelfTests);
-  AddSense(drive, log(machines::kSense));
-  AddDefectList(drive, log(machines::kDefectListHeader));
-  drive.recorded->hasCondition = drive.recorded->exception.has_value();
-  return "";
-}
-
 // Adds an NVMe drive or a SCSI disk, which is in no report.
 void AddOther(Host& host, const Entry& disk) {
   if (!disk.drive) {
     host.recorded->notAsked.push_back(Name(DiskName(disk)));
     return;
   }
-  const platform::DriveAnswers answers = disk.drive();
   std::string path = std::string(drives::kLocalFolder) + Name(DiskName(disk));
   drives::UnreadDrive unread = MakeUnread(path, disk);
   unread.localPath = path;
@@ -175,15 +97,37 @@ void AddOther(Host& host, const Entry& disk) {
   drive.product = unread.product;
   drive.revision = Name(Characteristic(disk, machines::kRevisionKey));
   drive.serial = unread.serial;
-  drive.recorded.emplace().capacity = machines::MediumSize(disk);
+  drive.protocol = ProtocolOf(disk);
+  if (unread.why.empty()) unread.why = AddAnswers(drive, disk);
+  if (!unread.why.empty()) {
+    host.notRead.push_back(std::move(unread));
+    return;
+  }
   if (const auto capacity = drive.recorded->capacity) {
     drive.capacity = base::ByteCountText(static_cast<double>(*capacity));
   }
-  if (unread.why.empty()) unread.why = AddLogs(drive, answers);
-  if (unread.why.empty()) {
-    host.drives.push_back(std::move(drive));
-  } else {
-    host.notRead.push_back(std::move(unread));
+  host.drives.push_back(std::move(drive));
+}
+
+// Adds a device that is gone, with what it said last.
+void AddGone(Host& host, const Entry& device) {
+  Host last;
+  last.recorded.emplace();
+  IsAHCI(device) ? AddDevice(last, device) : AddOther(last, device);
+  drives::GoneDrive gone{MakeUnread("", device), {}, *device.goneSince};
+  if (!last.drives.empty()) gone.drive = std::move(last.drives.front());
+  host.gone.push_back(std::move(gone));
+}
+
+// No pass matches the entry of a drive that is gone. That of an ATA drive is to be one again, so
+// that the probe reads what its answers say.
+void ReviveATA(std::vector<Entry>& entries) {
+  for (Entry& entry : entries) {
+    ReviveATA(entry.children);
+    if (!entry.goneSince || !entry.drive) continue;
+    const platform::DriveAnswers answers = entry.drive();
+    const bool isATA = answers.identify.succeeds || answers.data.succeeds;
+    if (isATA) entry.className = machines::kAHCIDeviceClass;
   }
 }
 
@@ -216,6 +160,7 @@ void UseLinuxPaths(std::vector<AnyDrive>& devices) {
 }  // namespace
 
 Host ReadRecordedHost(platform::Machine machine, std::chrono::sys_seconds now) {
+  ReviveATA(machine.roots);
   platform::SetMachine(std::move(machine));
   const Disks disks = DisksOf(platform::ThisMachine());
   Host host;
@@ -223,6 +168,7 @@ Host ReadRecordedHost(platform::Machine machine, std::chrono::sys_seconds now) {
   for (const Entry* device : disks.ata) AddDevice(host, *device);
   for (const Entry* device : disks.ahci) AddDevice(host, *device);
   for (const Entry* disk : disks.others) AddOther(host, *disk);
+  for (const Entry* device : disks.gone) AddGone(host, *device);
   if (AddOrigin(recorded, platform::ThisMachine())) {
     UseLinuxPaths(host.drives);
     UseLinuxPaths(host.notRead);

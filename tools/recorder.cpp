@@ -1,11 +1,15 @@
 #include "tools/recorder.h"
 
 #include <chrono>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "base/dates.h"
 #include "base/files.h"
 #include "base/numbers.h"
 #include "base/printable_text.h"
@@ -13,7 +17,9 @@
 #include "machines/entries/device_entries.h"
 #include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
+#include "machines/recorded/recording_files.h"
 #include "machines/recorded/write_recording.h"
+#include "tools/history.h"
 #include "tools/kept_answers.h"
 #include "tools/output_file.h"
 #include "tools/program.h"
@@ -26,6 +32,7 @@ const CommandLine kCommandLine = {
     "Writes the drives of this host as a recorded machine.",
     {{"let-sleep", "DAYS",
       "Do not wake a drive that FILE already holds answers for from the last DAYS days, 1 to 365"},
+     {"history", "DAYS", "Keep in FILE what its drives answered in the last DAYS days, 1 to 3650"},
      {"no-serials", nullptr, "Replace serial numbers by X, for a file that others may see"}},
     "The property list to write; - is standard output",
     true};
@@ -33,6 +40,7 @@ const CommandLine kCommandLine = {
 // A drive that does not answer is no failure of the recording: it is recorded so.
 platform::Dictionary Record(const platform::Entry& device) {
   const platform::DriveAnswers answers = device.drive();
+  if (device.goneSince) return machines::RecordDrive(answers);
   std::vector<std::string> failures;
   if (device.className != machines::kOtherDiskClass) {
     failures = machines::FailuresOf(answers);
@@ -70,17 +78,33 @@ void PrintDisksNotRead(const platform::Machine& machine) {
   }
 }
 
-// 0: no drive may sleep on.
-int DaysOfSleep(const Arguments& arguments) {
-  if (!arguments.Has("let-sleep")) return 0;
-  const auto days = base::ParseNumber<int>(arguments.options.at("let-sleep"), 10);
-  if (!days || *days < 1 || *days > 365) {
-    throw UsageError("--let-sleep needs a number of days from 1 to 365");
+// The value of an option that needs the old FILE. 0: it was not given.
+int DaysOf(const Arguments& arguments, const std::string& option, int most) {
+  if (!arguments.Has(option)) return 0;
+  const auto days = base::ParseNumber<int>(arguments.options.at(option), 10);
+  if (!days || *days < 1 || *days > most) {
+    throw UsageError("--" + option + " needs a number of days from 1 to " + std::to_string(most));
   }
   if (base::IsStandardStream(*arguments.file)) {
-    throw UsageError("--let-sleep needs a FILE that can be read");
+    throw UsageError("--" + option + " needs a FILE that can be read");
   }
   return *days;
+}
+
+// The recording that is replaced. Without one, or with one that cannot be read, it is empty: the
+// latter is put aside, so that its history is not lost.
+platform::Machine MachineBefore(const std::string& file) {
+  std::error_code error;
+  if (!std::filesystem::exists(file, error) && !error) return {};
+  try {
+    return machines::ReadRecordingFile(file);
+  } catch (const std::runtime_error& failure) {
+    const std::string aside = file + ".unreadable";
+    std::filesystem::rename(file, aside);
+    base::PrintError(kCommandLine.program, std::string(failure.what()) + "; it is now " + aside +
+                                               ", and the history begins anew");
+    return {};
+  }
 }
 
 // A clock may be wrong, which is no reason not to record.
@@ -95,15 +119,20 @@ void DropUnwritableDate(platform::Machine& machine) {
 
 int RecordHost(const Arguments& arguments, const HostFolders& folders) {
   const std::string& file = *arguments.file;
-  const int days = DaysOfSleep(arguments);
+  const int days = DaysOf(arguments, "let-sleep", 365);
+  const std::chrono::days history(DaysOf(arguments, "history", 3650));
+  const bool masks = arguments.Has("no-serials");
   CheckOutputFile(file);  // before any drive is woken for nothing
   machines::KeptAnswers kept;
   if (days > 0) kept = ReadKeptAnswers(kCommandLine.program, file, days);
   platform::Machine machine = AskHost(folders, kept);
   DropUnwritableDate(machine);
+  if (history.count() > 0) {
+    AddHistory(machine, MachineBefore(file), {base::Now(), history, masks});
+  }
   platform::Property listing = machines::ListingOf(machine, Record);
   PrintDisksNotRead(machine);
-  if (arguments.Has("no-serials")) machines::MaskSerials(listing);
+  if (masks) machines::MaskSerials(listing);
   WriteOutputFile(file, machines::WritePropertyList(listing));
   return 0;
 }

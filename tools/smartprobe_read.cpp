@@ -42,6 +42,8 @@ const tools::CommandLine kCommandLine = {
      {"json", nullptr, "One JSON document, for programs"},
      {"prometheus", nullptr, "Metrics for Prometheus"},
      {"advice", nullptr, "What to do about what is wrong, a sentence a line"},
+     {"no-gone", nullptr, "Leave out drives that are gone"},
+     {"since", "OLD", "What has changed since the report or recording OLD, a line a change"},
      {"check", nullptr,
       "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, no "
       "attributes), 2 failing, 3 unknown"},
@@ -77,10 +79,15 @@ constexpr std::array kForms = {
     Form{"prometheus", [](const Host& host, auto&) { return views::MetricsText(host); }, false},
     Form{"advice", [](const Host& host, auto&) { return views::AdviceText(host); }, true}};
 
+// Made from two hosts, and so by Read alone.
+constexpr Form kChanges = {"since", nullptr, true};
+
 struct Options {
   const Form* form = kForms.data();
+  std::string since = {};  // the file to compare with; empty: none
   bool checks = false;
   bool readsThisHost = false;
+  bool hidesGone = false;
   std::chrono::days maxAge = drives::kFresh;  // of the newest answers, in a check
   std::string output = "-";
   std::string file = "-";
@@ -130,6 +137,13 @@ void AddAgeFault(Reading& reading, const Options& options) {
   if (!fault.empty()) reading.faults.push_back(fault);
 }
 
+// With a damaged report, what it lacks would look like a change.
+Host ReadWhole(const std::string& file) {
+  Host host = tools::ReadHostFile(file);
+  if (host.damage) throw std::runtime_error(file + ": " + views::DamageText(*host.damage));
+  return host;
+}
+
 void Read(const Options& options, Reading& reading) {
   WarnOfWaiting(options);
   if (options.readsThisHost) {
@@ -138,12 +152,15 @@ void Read(const Options& options, Reading& reading) {
     machines::KeepCapabilities(machines::kCapabilitiesOfFiles);  // a file takes no others
   }
   reading.host = options.readsThisHost ? tools::ReadThisHost() : tools::ReadHostFile(options.file);
+  if (options.hidesGone) reading.host.gone.clear();
   if (const auto& damage = reading.host.damage) {
     reading.faults.push_back(options.file + ": " + views::DamageText(*damage));
   }
   if (HasNothing(reading.host)) return;
   AddAgeFault(reading, options);
-  std::string text = options.form->textOf(reading.host, ScreenOf(options));
+  std::string text = options.since.empty()
+                         ? options.form->textOf(reading.host, ScreenOf(options))
+                         : views::ChangesText(ReadWhole(options.since), reading.host);
   if (IsPrinted(options)) {
     reading.text = std::move(text);
   } else if (!reading.host.damage) {
@@ -195,6 +212,11 @@ Options OptionsOf(const tools::Arguments& arguments) {
     options.form = &form;
     ++forms;
   }
+  if (arguments.Has("since")) {
+    options.form = &kChanges;
+    options.since = arguments.options.at("since");
+    ++forms;
+  }
   if (forms > 1) throw tools::UsageError("more than one form");
   options.checks = arguments.Has("check");
   if (arguments.Has("output")) options.output = arguments.options.at("output");
@@ -206,9 +228,15 @@ Options OptionsOf(const tools::Arguments& arguments) {
     }
     options.maxAge = std::chrono::days(*days);
   }
+  options.hidesGone = arguments.Has("no-gone");
   options.readsThisHost = arguments.Has("host");
   if (options.readsThisHost && arguments.file) throw tools::UsageError("--host reads no FILE");
   if (arguments.file) options.file = *arguments.file;
+  const bool readsTwice =
+      base::IsStandardStream(options.since) && base::IsStandardStream(options.file);
+  if (readsTwice && !options.readsThisHost) {
+    throw tools::UsageError("--since and FILE are both standard input");
+  }
   return options;
 }
 

@@ -53,6 +53,9 @@ Texts TextsOf(const Host& host, Grade grade) {
     const health::Health health = health::HealthOf(drive);
     if (health.grade == grade) texts.push_back(DriveText(drive, health));
   }
+  for (const drives::GoneDrive& gone : host.gone) {
+    if (health::GradeOf(gone) == grade) texts.push_back(GoneText(gone));
+  }
   if (grade != Grade::kNotRead) return texts;
   for (const UnreadDrive& drive : host.notRead) texts.push_back(UnreadDriveText(drive));
   return texts;
@@ -97,7 +100,7 @@ std::string_view Grounds(const Host& host) {
 
 // " | drives=3 failing=0 caution=1 temperature_max=47"; nothing where nothing was read.
 std::string PerformanceText(const Host& host) {
-  if (host.drives.empty() && host.notRead.empty()) return "";
+  if (host.drives.empty() && host.notRead.empty() && host.gone.empty()) return "";
   Texts texts = {fmt::format("drives={}", host.drives.size())};
   for (const GradeRow& row : health::Grades()) {
     if (row.heading.empty()) continue;
@@ -122,13 +125,15 @@ std::string WithoutBars(std::string text) {
 }  // namespace
 
 Judgement Check(const Host& host, const Texts& faults) {
-  const bool isUnknown = host.drives.empty() || host.damage || !faults.empty();
+  const bool hasNone = host.drives.empty() && host.gone.empty();
+  const bool isUnknown = hasNone || host.damage || !faults.empty();
   Verdict verdict = Verdict::kOk;
   Texts groups;
   for (const GradeRow& row : health::Grades()) {
     const Texts texts = TextsOf(host, row.grade);
     if (!texts.empty() && verdict == Verdict::kOk) verdict = row.verdict;  // of the worst grade
-    if (!row.heading.empty()) AddGroup(groups, row.heading, texts);
+    const std::string_view heading = row.grade == Grade::kGone ? "" : row.heading;  // it says so
+    if (!row.heading.empty()) AddGroup(groups, heading, texts);
     if (row.grade == Grade::kNotRead) AddGroup(groups, "", LinesOf(faults));
   }
   if (isUnknown && verdict != Verdict::kCritical) verdict = Verdict::kUnknown;
@@ -148,6 +153,10 @@ Judgement Check(const Host& host, const Texts& faults) {
 std::string AdviceText(const Host& host) {
   std::set<Grade> grades;
   if (!host.notRead.empty()) grades.insert(Grade::kNotRead);
+  for (const drives::GoneDrive& gone : host.gone) {
+    grades.insert(health::GradeOf(gone));
+    grades.insert(Grade::kGone);
+  }
   for (const Drive& drive : host.drives) {
     const health::Health health = health::HealthOf(drive);
     grades.insert(health.grade);

@@ -42,6 +42,19 @@ std::string PathOf(const AnyDrive& drive) {
   return path.empty() ? "(no path)" : base::OneLine(path);
 }
 
+// Of the count that `isOfRow` picks.
+template <typename IsOfRow>
+std::string GrowthOf(const Drive& drive, IsOfRow isOfRow) {
+  if (!drive.recorded) return "";
+  std::vector<drives::LossCount> counts = drive.recorded->losses;
+  if (drive.recorded->crcErrors) counts.push_back(*drive.recorded->crcErrors);
+  for (const drives::LossCount& loss : counts) {
+    if (loss.growth == 0 || !isOfRow(loss)) continue;
+    return fmt::format(" (+{} in {} days)", loss.growth, drives::kGrowthDays.count());
+  }
+  return "";
+}
+
 void AddDisks(Texts& texts, std::string_view heading, const Texts& disks) {
   Texts names;
   for (const std::string& disk : disks) {
@@ -127,6 +140,18 @@ SelfTestTexts TextsOf(const drives::SelfTest& test, const Drive& drive) {
   return {std::string(test.type), test.status, hours, test.lba ? std::to_string(*test.lba) : ""};
 }
 
+std::string GrowthText(const Drive& drive, const Attribute& attribute) {
+  return GrowthOf(drive, [&](const drives::LossCount& loss) {
+    return loss.key.empty() && loss.id == attribute.id;
+  });
+}
+
+std::string GrowthText(const Drive& drive, const drives::Figure& figure) {
+  return GrowthOf(drive, [&](const drives::LossCount& loss) {
+    return !loss.key.empty() && loss.key == figure.key && loss.group == figure.group;
+  });
+}
+
 std::string FigureText(const drives::Figure& figure) {
   const std::string number = ToText(figure.value);
   const double value = ToDouble(figure.value);
@@ -191,6 +216,18 @@ std::string UnreadText(const UnreadDrive& drive) {
   const std::string why = FieldText(drive.why);
   return fmt::format("{}{}{}{}{}", PathText(drive), names.empty() ? "" : ", ", names,
                      why.empty() ? "" : ": ", why);
+}
+
+std::string GoneText(const drives::GoneDrive& gone) {
+  std::string before = gone.names.why.empty() ? "" : "not read: " + FieldText(gone.names.why);
+  if (gone.drive) {
+    const health::Health health = health::HealthOf(*gone.drive);
+    if (health.grade != health::Grade::kGood) before = HealthText(health);
+  }
+  return fmt::format("gone since {}: {}{}{}{}", base::DayText(gone.since),
+                     ProductText(gone.names.product),
+                     gone.names.serial.empty() ? "" : " " + FieldText(gone.names.serial),
+                     before.empty() ? "" : " (" + before, before.empty() ? "" : ")");
 }
 
 std::string AgeFault(const drives::Host& host, std::chrono::days maxAge) {

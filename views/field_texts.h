@@ -41,6 +41,10 @@ struct SelfTestTexts {
 };
 SelfTestTexts TextsOf(const drives::SelfTest& test, const drives::Drive& drive);
 
+// " (+2 in 7 days)": how much the count in that row has grown; empty where it has not.
+std::string GrowthText(const drives::Drive& drive, const drives::Attribute& attribute);
+std::string GrowthText(const drives::Drive& drive, const drives::Figure& figure);
+
 // "17 %", "35 °C", "1234 (631.81 MB)": the figure's value with its unit.
 std::string FigureText(const drives::Figure& figure);
 std::string RowText(const health::Health& health, const drives::Figure& figure);
@@ -62,6 +66,10 @@ std::string UnreadText(const drives::UnreadDrive& drive);
 std::string AgeFault(const drives::Host& host, std::chrono::days maxAge);
 // The same as a sentence, for people, of answers that are no longer fresh.
 std::string AgeText(const drives::Host& host);
+
+// "gone since 2026-11-24: MAXTOR STM3250820A 6RY0W4LH (failing: why)", with the grade that it had
+// if that was no good one, or why it was not read.
+std::string GoneText(const drives::GoneDrive& gone);
 
 // "host.example.org, 2026-11-25 16:02 UTC": of a recording, as far as it says so.
 std::string OriginText(const drives::Host& host);

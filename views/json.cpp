@@ -1,6 +1,7 @@
 // The host as one JSON document.
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -129,6 +130,13 @@ void PutFigures(Writer& json, std::span<const drives::Figure> figures) {
   }
 }
 
+// "pending_sectors", "media_errors", "uncorrected_read_errors"
+std::string KeyOf(const drives::LossCount& loss) {
+  std::string key(loss.name);
+  std::ranges::replace(key, ' ', '_');
+  return key + (loss.ofSectors ? "_sectors" : "_errors");
+}
+
 void PutSelfTest(Writer& json, const drives::SelfTest& test) {
   Key(json, "last_self_test");
   json.StartObject();
@@ -140,11 +148,27 @@ void PutSelfTest(Writer& json, const drives::SelfTest& test) {
   json.EndObject();
 }
 
+void PutHistory(Writer& json, const std::vector<drives::Moment>& history) {
+  Key(json, "history");
+  json.StartArray();
+  for (const drives::Moment& moment : history) {
+    json.StartObject();
+    PutDate(json, moment.date);
+    if (moment.temperature) Put(json, "temperature_celsius", *moment.temperature);
+    for (const drives::LossCount& loss : moment.losses) {
+      if (loss.count) Put(json, KeyOf(loss), *loss.count);
+    }
+    if (moment.percentageUsed) Put(json, "percentage_used", *moment.percentageUsed);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
 void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.temperature) Put(json, "temperature_celsius", *recorded.temperature);
   for (const drives::LossCount& loss : recorded.losses) {
     if (!loss.ofSectors) continue;
-    Key(json, std::string(loss.name) + "_sectors");
+    Key(json, KeyOf(loss));
     loss.count ? Put(json, *loss.count) : void(json.Null());
   }
   if (recorded.capacity) Put(json, "capacity_bytes", *recorded.capacity);
@@ -157,6 +181,7 @@ void PutRecorded(Writer& json, const drives::RecordedFacts& recorded) {
   if (recorded.percentageUsed) Put(json, "percentage_used", *recorded.percentageUsed);
   PutFigures(json, recorded.figures);
   if (recorded.selfTest) Put(json, "last_self_test_status", *recorded.selfTest);
+  if (!recorded.history.empty()) PutHistory(json, recorded.history);
   if (!recorded.selfTests.empty()) PutSelfTest(json, recorded.selfTests.front());
   PutDate(json, recorded.date);
 }
@@ -202,6 +227,20 @@ void PutUnreadDrives(Writer& json, const Host& host) {
   json.EndArray();
 }
 
+void PutGoneDrives(Writer& json, const Host& host) {
+  Key(json, "gone");
+  json.StartArray();
+  for (const drives::GoneDrive& gone : host.gone) {
+    json.StartObject();
+    Put(json, "product", gone.names.product);
+    Put(json, "serial", gone.names.serial);
+    Put(json, "since_unix_time", std::int64_t{gone.since.time_since_epoch().count()});
+    if (gone.drive) PutHealth(json, health::HealthOf(*gone.drive));
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
 void PutNames(Writer& json, std::string_view key, const std::vector<std::string>& names) {
   Key(json, key);
   json.StartArray();
@@ -216,6 +255,7 @@ void PutRest(Writer& json, const Host& host) {
   PutNames(json, "not_read", paths);
   if (host.recorded) {
     PutUnreadDrives(json, host);
+    PutGoneDrives(json, host);
     PutNames(json, "without_smart", host.recorded->withoutSMART);
     PutNames(json, "not_asked", host.recorded->notAsked);
     if (!host.recorded->name.empty()) Put(json, "host", host.recorded->name);

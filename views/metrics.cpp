@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/printable_text.h"
+#include "drives/self_tests.h"
 #include "health/health.h"
 #include "health/signs.h"
 #include "views/field_texts.h"
@@ -62,6 +63,7 @@ struct Devices {
   std::vector<Labelled<Drive>> read;
   std::vector<Labelled<Attribute>> attributes;  // of all drives that were read
   std::vector<std::string> notRead;             // their labels
+  std::vector<std::string> gone;
 };
 
 // Gives the labels of one device after the other, and numbers all but the first of one path, so
@@ -111,6 +113,7 @@ Devices DevicesOf(const Host& host) {
   for (const drives::UnreadDrive& drive : host.notRead) {
     devices.notRead.push_back(labels.Next(drive));
   }
+  for (const drives::GoneDrive& gone : host.gone) devices.gone.push_back(labels.Next(gone.names));
   return devices;
 }
 
@@ -183,10 +186,13 @@ Value SelfTestFailed(const Drive& drive) {
   return hasFailed ? Value(*hasFailed) : std::nullopt;
 }
 
-// Whether it came to an end or not.
+// Whether it passed, failed or was aborted.
 Value SelfTestTime(const Drive& drive) {
-  if (!drive.recorded || drive.recorded->selfTests.empty()) return std::nullopt;
-  return drive.recorded->selfTests.front().powerOnHours * 3600;
+  if (!drive.recorded) return std::nullopt;
+  for (const drives::SelfTest& test : drive.recorded->selfTests) {
+    if (test.status != drives::kSelfTestRuns) return test.powerOnHours * 3600;
+  }
+  return std::nullopt;
 }
 
 std::optional<double> BytesRead(const Drive& drive) {
@@ -210,6 +216,8 @@ void AppendCounts(Metrics& metrics, const Host& host) {
   metrics.Count("smartprobe_drives_not_read", "How many drives could not be read.",
                 host.notRead.size());
   if (!host.recorded) return;
+  metrics.Count("smartprobe_drives_gone", "How many drives were there before and are gone.",
+                host.gone.size());
   metrics.Count("smartprobe_disks_not_looked_at", "How many disks were not asked.",
                 host.recorded->notAsked.size());
   metrics.Count("smartprobe_drives_without_smart",
@@ -283,6 +291,7 @@ void AppendHealth(Metrics& metrics, const Devices& devices) {
   metrics.Head("smartprobe_drive_health", "The grade of the drive; always 1.");
   for (const auto& [drive, labels] : devices.read) append(labels, health::HealthOf(*drive).grade);
   for (const std::string& labels : devices.notRead) append(labels, health::Grade::kNotRead);
+  for (const std::string& labels : devices.gone) append(labels, health::Grade::kGone);
 }
 
 void AppendReadFailed(Metrics& metrics, const Devices& devices) {

@@ -13,6 +13,7 @@
 #include "health/health.h"
 #include "health/signs.h"
 #include "page_style.h"
+#include "views/charts.h"
 #include "views/field_texts.h"
 #include "views/html.h"
 #include "views/page_attributes.h"
@@ -53,6 +54,7 @@ std::string CountsText(const Host& host, const Drives& drives) {
   for (const GradeRow& row : health::Grades()) {
     auto count = static_cast<std::size_t>(std::ranges::count(drives, &row, &JudgedDrive::grade));
     if (row.grade == Grade::kNotRead) count += host.notRead.size();
+    if (row.grade == Grade::kGone) count += host.gone.size();
     if (count > 0) texts.push_back(fmt::format("{} {}", count, row.word));
   }
   return texts.empty() ? "none" : fmt::format("{}", fmt::join(texts, ", "));
@@ -107,6 +109,11 @@ void AppendItems(std::string& items, const Host& host, const Drives& drives, con
         std::ranges::none_of(judged.health.reasons, &health::Reason::limitsJudgement);
     if (judged.grade == &row && !isClear) AppendDriveItem(items, judged);
   }
+  for (const drives::GoneDrive& gone : host.gone) {
+    if (health::GradeOf(gone) != row.grade) continue;
+    Append(items, "<li class=\"{}\">{}<p class=\"weak\">{}</p></li>\n", ClassOf(row.color),
+           Escaped(GoneText(gone)), RowOf(Grade::kGone).advice);
+  }
   if (row.grade != Grade::kNotRead) return;
   for (const drives::UnreadDrive& drive : host.notRead) {
     Append(items, "<li class=\"{}\">could not be read: {}<p class=\"weak\">{}</p></li>\n",
@@ -127,7 +134,7 @@ void AppendFaults(std::string& page, const Host& host, const Drives& drives) {
   for (const GradeRow& row : health::Grades()) {
     AppendItems(items, host, drives, row);
   }
-  if (drives.empty() && host.notRead.empty()) {
+  if (drives.empty() && host.notRead.empty() && host.gone.empty()) {
     AppendItem(items, "No drives were found.", Color::kWarning);
   }
   if (items.empty()) {
@@ -171,6 +178,7 @@ void AppendDrive(std::string& page, const JudgedDrive& judged) {
   AppendFacts(page, *drive);
   const std::string reasons = ReasonsText(health);
   if (!reasons.empty()) Append(page, "<p class=\"{}\">{}</p>\n", color, Escaped(reasons));
+  AppendCharts(page, *drive);
   AppendAttributes(page, *drive, health);
   AppendFigures(page, *drive, health);
   AppendSelfTests(page, *drive);

@@ -53,8 +53,8 @@ void AppendRowStart(std::string& page, const GradeRow& grade) {
   page += isGood ? "<tr>" : fmt::format("<tr class=\"{}\">", ClassOf(grade.color));
 }
 
-void AppendRow(std::string& page, const health::Health& health, const Attribute& attribute,
-               bool hasCounts) {
+void AppendRow(std::string& page, const Drive& drive, const health::Health& health,
+               const Attribute& attribute, bool hasCounts) {
   const GradeRow& grade = health::RowOf(RowGrade(health, attribute));
   AppendRowStart(page, grade);
   Append(page, "<th scope=\"row\">{} {} <small>{}</small>", attribute.id,
@@ -66,7 +66,7 @@ void AppendRow(std::string& page, const health::Health& health, const Attribute&
   AppendCell(page, std::to_string(attribute.value));
   if (hasCounts) AppendCell(page, WorstText(attribute));
   AppendCell(page, std::to_string(attribute.threshold));
-  if (hasCounts) AppendCell(page, RawText(attribute));
+  if (hasCounts) AppendCell(page, RawText(attribute) + GrowthText(drive, attribute));
   page += "</tr>\n";
 }
 
@@ -80,7 +80,8 @@ void AppendAttributes(std::string& page, const Drive& drive, const health::Healt
       hasCounts ? std::vector<std::string_view>{"Name", "Value", "Worst", "Threshold", "Raw"}
                 : std::vector<std::string_view>{"Name", "Value", "Threshold"};
   AppendTableStart(page, "Attributes", headings);
-  for (const Attribute& attribute : drive.attributes) AppendRow(page, health, attribute, hasCounts);
+  for (const Attribute& attribute : drive.attributes)
+    AppendRow(page, drive, health, attribute, hasCounts);
   page += "</tbody>\n</table>\n";
 }
 
@@ -92,7 +93,7 @@ void AppendFigures(std::string& page, const Drive& drive, const health::Health& 
     AppendRowStart(page, grade);
     Append(page, "<th scope=\"row\">{}", Escaped(figure.name));
     if (grade.grade != Grade::kGood) Append(page, " <strong>{}</strong>", grade.word);
-    Append(page, "</th><td>{}</td></tr>\n", FigureText(figure));
+    Append(page, "</th><td>{}</td></tr>\n", FigureText(figure) + GrowthText(drive, figure));
   }
   page += "</tbody>\n</table>\n";
 }

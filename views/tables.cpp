@@ -24,11 +24,16 @@ using health::GradeRow;
 // Appends what is not among the drives, after an empty line where `text` has some. For a whole
 // report of nothing it says that there are no drives: no output would look like success.
 void AppendEnd(std::string& text, const Host& host, const Screen& screen) {
-  if (text.empty() && host.notRead.empty() && !host.damage) text = "No drives.\n";
+  const bool hasNone = text.empty() && host.notRead.empty() && host.gone.empty();
+  if (hasNone && !host.damage) text = "No drives.\n";
   if (!text.empty() && !host.notRead.empty()) text += '\n';
   if (!host.notRead.empty()) text += "Could not be read:\n";
   for (const UnreadDrive& drive : host.notRead) {
     AppendParagraph(text, "  ", UnreadText(drive), RowOf(Grade::kNotRead).color, screen);
+  }
+  if (!text.empty() && !host.gone.empty()) text += '\n';
+  for (const drives::GoneDrive& gone : host.gone) {
+    AppendParagraph(text, "", GoneText(gone), RowOf(health::GradeOf(gone)).color, screen);
   }
   const std::string age = AgeText(host);
   if (!age.empty()) text += '\n';
@@ -48,11 +53,12 @@ constexpr std::array kAttributeColumns{Column{"  ID", true},     Column{"Name", 
 std::vector<Row> RowsOf(const Drive& drive, const health::Health& health) {
   std::vector<Row> rows;
   for (const Attribute& attribute : drive.attributes) {
-    rows.push_back({{std::to_string(attribute.id), health::NameText(attribute),
-                     std::to_string(attribute.value), WorstText(attribute),
-                     std::to_string(attribute.threshold), RawText(attribute),
-                     attribute.preFailure ? "pre-fail" : "life-span", RowText(health, attribute)},
-                    RowOf(RowGrade(health, attribute)).color});
+    rows.push_back(
+        {{std::to_string(attribute.id), health::NameText(attribute),
+          std::to_string(attribute.value), WorstText(attribute),
+          std::to_string(attribute.threshold), RawText(attribute) + GrowthText(drive, attribute),
+          attribute.preFailure ? "pre-fail" : "life-span", RowText(health, attribute)},
+         RowOf(RowGrade(health, attribute)).color});
   }
   return rows;
 }
@@ -60,11 +66,12 @@ std::vector<Row> RowsOf(const Drive& drive, const health::Health& health) {
 constexpr std::array kFigureColumns{Column{"Name", false, 2, 8}, Column{"Value", true, 1, 20},
                                     Column{"Status"}};
 
-std::vector<Row> FigureRowsOf(const drives::RecordedFacts& facts, const health::Health& health) {
+std::vector<Row> FigureRowsOf(const Drive& drive, const health::Health& health) {
   std::vector<Row> rows;
-  for (const drives::Figure& figure : facts.figures) {
-    rows.push_back({{figure.name, FigureText(figure), RowText(health, figure)},
-                    RowOf(FigureGrade(health, figure)).color});
+  for (const drives::Figure& figure : drive.recorded->figures) {
+    rows.push_back(
+        {{figure.name, FigureText(figure) + GrowthText(drive, figure), RowText(health, figure)},
+         RowOf(FigureGrade(health, figure)).color});
   }
   return rows;
 }
@@ -96,7 +103,7 @@ void AppendDrive(std::string& text, const Drive& drive, const Screen& screen) {
   if (!drive.attributes.empty()) AppendRows(text, kAttributeColumns, RowsOf(drive, health), screen);
   if (!drive.recorded) return;
   if (!drive.recorded->figures.empty())
-    AppendRows(text, kFigureColumns, FigureRowsOf(*drive.recorded, health), screen);
+    AppendRows(text, kFigureColumns, FigureRowsOf(drive, health), screen);
   if (!drive.recorded->selfTests.empty())
     AppendRows(text, kSelfTestColumns, SelfTestRowsOf(drive), screen);
 }

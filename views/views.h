@@ -41,6 +41,11 @@ std::string JsonText(const drives::Host& host, std::string_view version);
 // most 64 characters, since it is kept with every series of the drive.
 std::string MetricsText(const drives::Host& host);
 
+// What has changed from `before` to `now`, a line a change, the worst first: drives that are gone,
+// new, worse, better, no longer readable or readable again, and counts that grew. A drive is known
+// by its product and serial number. Paths, hours and temperatures that make no grade are no change.
+std::string ChangesText(const drives::Host& before, const drives::Host& now);
+
 // What to do about what is wrong: a sentence a line for each grade that a drive or a reason has.
 std::string AdviceText(const drives::Host& host);
 

@@ -55,4 +55,10 @@ constexpr std::size_t MaxLogSize(std::string_view name) {
   return 0;
 }
 
+// Whether what the log says changes with time, and it does not keep what it said before.
+constexpr bool ChangesWithTime(std::string_view name) {
+  return MaxLogSize(name) > 0 && name != kIdentifyController && name != kSense &&
+         name != kSelfTestLog && name != kScsiSelfTests;
+}
+
 }  // namespace machines

@@ -17,17 +17,23 @@ class AtaSelfTester : public SelfTester {
  public:
   AtaSelfTester(int node, bool readsLog) : node_(node), readsLog_(readsLog) {}
 
-  std::string WhyNone() override {
+  // Older drives say so in their S.M.A.R.T. data alone.
+  SelfTestSupport Support() override {
     const auto identify = ReadBlock(node_, kIdentifyDevice).block;
-    if (!identify) return "IDENTIFY DEVICE failed";
-    if (!drives::HasSelfTests(*identify)) return "it has no self-tests";
-    const bool isEnabled = SendCommand(node_, kEnableOperations).end == CommandEnd::kSucceeded;
-    return isEnabled ? "" : "S.M.A.R.T. cannot be enabled";
+    if (!identify) return {.failure = "IDENTIFY DEVICE failed"};
+    if (drives::LacksSMART(*identify)) return {.hasTests = false};
+    if (SendCommand(node_, kEnableOperations).end != CommandEnd::kSucceeded) {
+      return {.failure = "S.M.A.R.T. cannot be enabled"};
+    }
+    if (drives::HasSelfTests(*identify)) return {.hasTests = true};
+    const auto data = ReadBlock(node_, kReadData).block;
+    if (!data) return {.failure = kNoData};
+    return {.hasTests = drives::HasSelfTestsByData(*data)};
   }
 
   SelfTestState State() override {
     const auto data = ReadBlock(node_, kReadData).block;
-    if (!data) return {.failure = "SMART READ DATA failed"};
+    if (!data) return {.failure = kNoData};
     const auto [status, percentDone] = drives::SelfTestStatusOf(*data);
     if (status == drives::kATASelfTestRuns) return {.isRunning = true, .percentDone = percentDone};
     return {.last = LastOf(status)};
@@ -48,6 +54,8 @@ class AtaSelfTester : public SelfTester {
   }
 
  private:
+  static constexpr const char* kNoData = "SMART READ DATA failed";
+
   // By the log, which has the sector too, or else by the status alone.
   SelfTest LastOf(int status) const {
     SelfTest last = drives::ATASelfTestOf(status);

@@ -16,11 +16,11 @@ class NvmeSelfTester : public SelfTester {
  public:
   explicit NvmeSelfTester(int node) : node_(node) {}
 
-  std::string WhyNone() override {
+  SelfTestSupport Support() override {
     controller_.resize(kControllerSize);
     const std::string why = SendNvme(node_, kIdentifyNvmeController, controller_);
-    if (!why.empty()) return "Identify Controller failed: " + why;
-    return drives::HasNVMeSelfTests(controller_) ? "" : "it has no self-tests";
+    if (!why.empty()) return {.failure = "Identify Controller failed: " + why};
+    return {.hasTests = drives::HasNVMeSelfTests(controller_)};
   }
 
   SelfTestState State() override {

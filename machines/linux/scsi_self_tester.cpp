@@ -19,17 +19,18 @@ class ScsiSelfTester : public SelfTester {
   explicit ScsiSelfTester(int node) : node_(node) {}
 
   // Without the page of results nobody could tell how a test ends.
-  std::string WhyNone() override {
+  SelfTestSupport Support() override {
     Data page;
     const int status = ReadLogPage(node_, kResultsPage, page);
-    if (IsScsiRefusal(status)) return "it has no self-tests";
-    return status == SG_LIB_CAT_CLEAN ? "" : "LOG SENSE failed";
+    if (IsScsiRefusal(status)) return {.hasTests = false};
+    if (status != SG_LIB_CAT_CLEAN) return {.failure = kNoResults};
+    return {.hasTests = true};
   }
 
   SelfTestState State() override {
     Data page;
     if (ReadLogPage(node_, kResultsPage, page) != SG_LIB_CAT_CLEAN) {
-      return {.failure = "LOG SENSE failed"};
+      return {.failure = kNoResults};
     }
     const auto tests = drives::ParseSCSISelfTests(page);
     if (!tests || tests->empty()) return {};
@@ -66,6 +67,7 @@ class ScsiSelfTester : public SelfTester {
   }
 
  private:
+  static constexpr const char* kNoResults = "LOG SENSE failed";
   static constexpr std::uint8_t kResultsPage = 0x10;
 
   std::optional<int> PercentDone() const {

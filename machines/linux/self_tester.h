@@ -13,6 +13,11 @@ namespace machines {
 
 enum class SelfTestKind { kShort, kExtended };
 
+struct SelfTestSupport {
+  bool hasTests = false;
+  std::string failure = {};  // why that is not known, in words; empty: it is
+};
+
 // How a self-test goes on.
 struct SelfTestState {
   std::string failure = {};  // why the drive does not say, in words; empty: it does
@@ -29,8 +34,8 @@ class SelfTester {
   SelfTester& operator=(const SelfTester&) = delete;
   virtual ~SelfTester() = default;
 
-  // Whether the drive has self-tests. Empty: it has; else why not, in words. To be called first.
-  virtual std::string WhyNone() = 0;
+  // Whether the drive has self-tests. To be called first.
+  virtual SelfTestSupport Support() = 0;
   virtual SelfTestState State() = 0;
   // How long the drive expects the test to take, in minutes, if it says.
   virtual std::optional<int> Minutes(SelfTestKind kind) = 0;

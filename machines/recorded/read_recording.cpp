@@ -68,16 +68,33 @@ platform::BlockAnswer MoveBlockAnswer(Dictionary& recorded, std::string_view key
   return {MoveBytes(key, found->second, base::kBlockSize), !fails};
 }
 
-void CheckKeys(const Dictionary& recorded) {
+// Keys of the drive's whole record, and of none that it has of earlier answers.
+constexpr auto kHistoryKeys =
+    std::to_array<std::string_view>({kEarlierKey, kGoneKey, kGoneSinceKey});
+
+template <typename Keys>
+bool IsAmong(const Keys& keys, std::string_view key) {
+  return std::ranges::find(keys, key) != keys.end();
+}
+
+void CheckKeys(const Dictionary& recorded, bool isEarlier) {
   for (const auto& [key, property] : recorded) {
-    if (std::ranges::find(kDriveKeys, key) == kDriveKeys.end() && MaxLogSize(key) == 0) {
+    const bool isKnown = IsAmong(kDriveKeys, key) || MaxLogSize(key) > 0 ||
+                         (!isEarlier && IsAmong(kHistoryKeys, key));
+    if (!isKnown) {
       throw RecordingError("unknown key " + Excerpt(key));
     }
   }
 }
 
+// The date under the key. nullopt if there is none.
+std::optional<std::chrono::sys_seconds> DateOf(Dictionary& recorded, std::string_view key) {
+  const auto date = recorded.find(key);
+  if (date == recorded.end()) return std::nullopt;
+  return TypedValue<std::chrono::sys_seconds>(key, date->second);
+}
+
 platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
-  CheckKeys(recorded);
   platform::DriveAnswers answers;
   answers.data = MoveBlockAnswer(recorded, kDataKey, Flag(recorded, kDataFailsKey));
   answers.thresholds =
@@ -85,9 +102,7 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   answers.identify = MoveBlockAnswer(recorded, kIdentifyKey, false);
   if (recorded.contains(kExceededKey)) answers.exceeded = Flag(recorded, kExceededKey);
   answers.enables = !Flag(recorded, kEnableFailsKey);
-  if (const auto date = recorded.find(kDateKey); date != recorded.end()) {
-    answers.date = TypedValue<std::chrono::sys_seconds>(kDateKey, date->second);
-  }
+  answers.date = DateOf(recorded, kDateKey);
   const auto why = Take<std::string>(recorded, kWhyKey);
   if (Flag(recorded, kQueryFailsKey)) {
     answers.whyNotOpened = why.empty() ? "it was not opened when recorded" : why;
@@ -99,9 +114,27 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   return answers;
 }
 
-platform::Drive MakeDrive(Dictionary& recorded) {
+std::vector<platform::DriveAnswers> MoveEarlier(Dictionary& recorded) {
+  std::vector<platform::DriveAnswers> earlier;
+  for (Property& item : Take<Array>(recorded, kEarlierKey)) {
+    auto& dictionary = TypedValue<Dictionary>("an item of Earlier", item);
+    CheckKeys(dictionary, true);
+    earlier.push_back(MoveAnswers(dictionary));
+    if (!earlier.back().date) throw RecordingError("an item of Earlier has no Date");
+  }
+  return earlier;
+}
+
+// Moves what is recorded of the entry's drive into the entry.
+void MoveDrive(Dictionary& recorded, Entry& entry) {
   try {
-    return [answers = MoveAnswers(recorded)] { return answers; };
+    CheckKeys(recorded, false);
+    entry.earlier = MoveEarlier(recorded);
+    const auto since = DateOf(recorded, kGoneSinceKey);
+    const bool isGone = Flag(recorded, kGoneKey);
+    if (isGone) entry.goneSince = since ? since : DateOf(recorded, kDateKey);
+    if (isGone && !entry.goneSince) throw RecordingError("Gone without a GoneSince or a Date");
+    entry.drive = [answers = MoveAnswers(recorded)] { return answers; };
   } catch (const RecordingError& error) {
     throw RecordingError(std::string("RecordedDrive: ") + error.what());
   }
@@ -134,7 +167,7 @@ Array MoveContents(Property& source, Entry& entry) {
   entry.className = Take<std::string>(*dictionary, kClassKey);
   auto children = Take<Array>(*dictionary, kChildrenKey);
   if (const auto drive = dictionary->find(kDriveKey); drive != dictionary->end()) {
-    entry.drive = MakeDrive(TypedValue<Dictionary>(kDriveKey, drive->second));
+    MoveDrive(TypedValue<Dictionary>(kDriveKey, drive->second), entry);
     dictionary->erase(drive);
   }
   entry.properties.swap(*dictionary);

@@ -28,6 +28,9 @@ inline constexpr std::string_view kWhyKey = "WhyNotOpened";
 inline constexpr std::string_view kDataFailsKey = "DataFails";
 inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
 inline constexpr std::string_view kDateKey = "Date";
+inline constexpr std::string_view kEarlierKey = "Earlier";
+inline constexpr std::string_view kGoneKey = "Gone";
+inline constexpr std::string_view kGoneSinceKey = "GoneSince";
 
 // Says what is wrong with a recording, and where. what() is one line of printable UTF-8, whatever
 // the file has put into it.

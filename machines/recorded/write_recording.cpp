@@ -26,12 +26,25 @@ void PutBlock(Dictionary& recorded, std::string_view key, std::string_view fails
   if (!block.succeeds && !block.bytes.empty()) Put(recorded, failsKey, true);
 }
 
+// Adds what the drive answered before, and since when it is gone.
+Dictionary WithHistory(Dictionary recorded, const Entry& entry) {
+  Array earlier;
+  for (const platform::DriveAnswers& answers : entry.earlier) {
+    earlier.emplace_back().value = RecordDrive(answers);
+  }
+  if (!earlier.empty()) Put(recorded, kEarlierKey, std::move(earlier));
+  if (entry.goneSince) Put(recorded, kGoneKey, true);
+  const bool hasDate = entry.goneSince && IsWritableDate(*entry.goneSince);
+  if (hasDate) Put(recorded, kGoneSinceKey, *entry.goneSince);
+  return recorded;
+}
+
 Dictionary ListEntry(const Entry& entry, const DriveRecorder& record) {
   Dictionary listed;
   if (!entry.name.empty()) Put(listed, kNameKey, entry.name);
   if (!entry.className.empty()) Put(listed, kClassKey, entry.className);
   listed.insert(entry.properties.begin(), entry.properties.end());
-  if (entry.drive) Put(listed, kDriveKey, record(entry));
+  if (entry.drive) Put(listed, kDriveKey, WithHistory(record(entry), entry));
   if (entry.children.empty()) return listed;
   Array children;
   for (const Entry& child : entry.children)
