@@ -51,6 +51,8 @@ def write_series(out, hosts, end):
     metric("smartprobe_drive_threshold_exceeded", drive, recent, 15, 0)
     metric("smartprobe_drive_read_failed", drive, recent, 15, 0)
     metric("smartprobe_drive_temperature_celsius", drive, recent, 15, 40)
+    metric("smartprobe_drive_temperature_limit_celsius", drive, recent, 15, 80)
+    metric("smartprobe_drive_wear_ratio", drive, recent, 15, 0.03)
     metric("smartprobe_drive_self_test_failed", drive, recent, 15, 0)
     metric("smartprobe_drive_health", health, recent, 15)
     metric("smartprobe_drive_sectors", state + reallocated, recent, 15, 0)

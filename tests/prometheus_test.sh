@@ -22,11 +22,32 @@ key() {
   echo "<key>$1</key>$2"
 }
 
+# data HEX: these bytes.
+data() {
+  echo "<data>$(basenc -d --base16 <<<"$1" | base64 -w 0)</data>"
+}
+
 # block HEX OFFSET BYTE: the bytes of HEX, zeros, and the byte at that offset, as data.
 block() {
   local hex
   printf -v hex "%-$((2 * $2))s" "$1"
-  echo "<data>$(basenc -d --base16 <<<"${hex// /0}$3" | base64 -w 0)</data>"
+  data "${hex// /0}$3"
+}
+
+# nvme, scsi: what a drive of this kind answers, by the marks of `drive`.
+nvme() {
+  local kelvin errors
+  kelvin=$(given x 6601 "$(given H 5C01 2D01)")
+  errors=$(printf %0308d 0)$(given e 05 00)
+  key HealthLog "$(block "$(given ! 08 00)$kelvin$(given % 09 0A)0A$(given w 67 05)$errors" 511 00)"
+  key IdentifyController "$(block "$(printf %0532d 0)6101" 511 00)"
+}
+
+scsi() {
+  key LogPage2F "$(data "2F00000800000304$(given ! 5D10 "$(given ^ 0B01 0000)")0000")"
+  key LogPage0D "$(data "0D00000C00000302$(given ^ 00FF "$(given x 0055 001C)")000103020050")"
+  key LogPage03 "$(data "0300000500060301$(given e 05 00)")"
+  key LogPage11 "$(data "1100000800010304000000$(given w 67 05)")"
 }
 
 # drive DRIVE: "A1" is the drive with the serial number A at path 1 in a recording; "_1" has none.
@@ -34,9 +55,11 @@ block() {
 # condition; "%" one with a pre-failure attribute at its threshold, "-" with a worn one, "^" with a
 # temperature; "p" with 3 sectors pending, "r" with one reallocated, "R" with two; "e" with 5 errors;
 # "f" with a failed self-test; "h" at 65 degrees, "H" at 75; "s" without moving parts; "w" with 8 of
-# 100 left of its life.
+# 100 left of its life. "n" is an NVMe drive and "c" a SCSI disk, each with a limit of 80 degrees: "!"
+# is failing, "%" has too little spare, "w" has used 103% of its life, "x" is at 85 degrees, and "^"
+# reports heat without a temperature.
 drive() {
-  local name=${1#\?} data=0000 thresholds=0000 serial=20 answers
+  local name=${1#\?} data=0000 thresholds=0000 serial=20 class=IOAHCIBlockStorageDevice names answers
   given() { [[ ${name:2} == *"$1"* ]] && echo "$2" || echo "$3"; } # FLAG HEX OTHERWISE
   attribute() { # ID FLAGS VALUE RAW THRESHOLD
     data+=$1${2}00$3$3${4}000000000000
@@ -54,10 +77,15 @@ drive() {
     key Identify "$(block "$(printf %040d20 0)$serial" 434 "$(given s 01 00)")"
     key ThresholdExceeded "$(given ! '<true/>' '<false/>')")
   [[ $1 != \?* ]] || answers+=$(key QueryFails '<true/>')
+  names=$(key 'Product Name' '<string>DISK</string>')
+  if [[ ${name:2} == *[cn]* ]]; then
+    class=IOBlockStorageDevice
+    names+=$(key 'Serial Number' "<string>${name:0:1}</string>")
+    answers=$(if [[ ${name:2} == *n* ]]; then nvme; else scsi; fi)
+  fi
   echo '<dict>'
-  key IOObjectClass '<string>IOAHCIBlockStorageDevice</string>'
-  [[ $1 == \?_* ]] ||
-    key 'Device Characteristics' "<dict>$(key 'Product Name' '<string>DISK</string>')</dict>"
+  key IOObjectClass "<string>$class</string>"
+  [[ $1 == \?_* ]] || key 'Device Characteristics' "<dict>$names</dict>"
   key IORegistryEntryChildren "<array><dict>$(key 'BSD Name' "<string>sd${name:1:1}</string>")</dict></array>"
   key RecordedDrive "<dict>$answers</dict>"
   echo '</dict>'
@@ -80,7 +108,7 @@ segment() {
     echo '<plist><array>'
     for drive in ${kind//[=~,]/ }; do drive "$drive"; done
     echo '</array></plist>'
-  } | "$program" --prometheus | sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9]+)$/\1{\3} \4/p' ||
+  } | "$program" --prometheus | sed -nE 's/^([a-z_]+)(\{(.*)\})? ([0-9.]+)$/\1{\3} \4/p' ||
     fail "the report $2"
 }
 

@@ -24,6 +24,7 @@ namespace {
 using drives::Attribute;
 using drives::Drive;
 using drives::Host;
+using drives::RecordedFacts;
 
 struct Label {
   std::string_view name;
@@ -155,8 +156,12 @@ class Metrics {
 
 using Value = std::optional<std::uint64_t>;
 
-std::optional<int> Temperature(const Drive& drive) {
-  return drive.recorded ? drive.recorded->temperature : std::nullopt;
+// Gives the fact of a drive.
+template <typename Number>
+auto Fact(std::optional<Number> RecordedFacts::*fact) {
+  return [fact](const Drive& drive) {
+    return drive.recorded ? (*drive.recorded).*fact : std::nullopt;
+  };
 }
 
 std::optional<double> Wear(const Drive& drive) {
@@ -174,11 +179,6 @@ Value ReadTime(const Drive& drive) {
 Value PowerOnSeconds(const Drive& drive) {
   const auto hours = drive.recorded ? drive.recorded->powerOnHours : std::nullopt;
   return hours ? Value(std::uint64_t{*hours} * 3600) : std::nullopt;
-}
-
-Value Capacity(const Drive& drive) {
-  const auto bytes = drive.recorded ? drive.recorded->capacity : std::nullopt;
-  return bytes ? Value(static_cast<std::uint64_t>(*bytes)) : std::nullopt;
 }
 
 Value SelfTestFailed(const Drive& drive) {
@@ -243,7 +243,10 @@ void AppendDrives(Metrics& metrics, const Devices& devices) {
                       devices.read,
                       [](const Drive& drive) { return Value(drive.attributes.size()); });
   metrics.Each<Drive>("smartprobe_drive_temperature_celsius", "The temperature of the drive.",
-                      devices.read, Temperature);
+                      devices.read, Fact(&RecordedFacts::temperature));
+  metrics.Each<Drive>("smartprobe_drive_temperature_limit_celsius",
+                      "The drive's own limit, from which on it is too hot.", devices.read,
+                      Fact(&RecordedFacts::temperatureLimit));
   metrics.Each<Drive>("smartprobe_drive_wear_ratio",
                       "How much of its life the drive has used, by its own count; 1 is all.",
                       devices.read, Wear);
@@ -252,7 +255,7 @@ void AppendDrives(Metrics& metrics, const Devices& devices) {
   metrics.Each<Drive>("smartprobe_drive_power_on_seconds", "How long the drive has been on.",
                       devices.read, PowerOnSeconds);
   metrics.Each<Drive>("smartprobe_drive_capacity_bytes", "The capacity of the drive.", devices.read,
-                      Capacity);
+                      Fact(&RecordedFacts::capacity));
   metrics.Each<Drive>("smartprobe_drive_self_test_failed",
                       "Whether the last self-test of the drive has failed.", devices.read,
                       SelfTestFailed);
