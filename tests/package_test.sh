@@ -10,8 +10,9 @@ source=$(realpath "$(dirname "$0")/..")
 PATH=$PATH:/usr/sbin:/sbin
 root=$work/root
 metrics=/var/lib/prometheus/node-exporter
-enabled='smartprobe.timer smartprobe-mail.service smartprobe-metrics.service'
+enabled=$(echo smartprobe{,-selftest-short,-selftest-extended}.timer smartprobe-{mail,metrics}.service)
 services='smartprobe.service smartprobe-metrics.service' # in the order of a run
+tests='smartprobe-selftest@short.service smartprobe-selftest@extended.service'
 
 # silent COMMAND...: its status is 0, and it has nothing to say.
 silent() {
@@ -36,9 +37,9 @@ package_and_units() {
   tag=$(lintian-explain-tags --list-tags | grep package-supports-alternative-init || true)
   # Informations tell of programs that are not hardened.
   silent lintian --allow-root --display-info --suppress-tags "$tag" "$package"
-  in_root systemd-analyze security --offline=true --threshold=20 $services >"$work/security" ||
+  in_root systemd-analyze security --offline=true --threshold=20 $services $tests >"$work/security" ||
     fail "$(grep Overall "$work/security")"
-  silent in_root systemd-analyze verify --man=no $services $enabled
+  silent in_root systemd-analyze verify --man=no $services $tests $enabled
 }
 
 in_root() {
