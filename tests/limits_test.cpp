@@ -55,12 +55,23 @@ std::string FullDrive() {
          "</data><key>ThresholdExceeded</key><true/></dict>";
 }
 
+// The same, and that `count` times before.
+std::string DriveWithHistory(std::size_t count) {
+  const std::string drive = FullDrive();
+  const std::string data = drive.substr(drive.find("<key>Data"), 0x2D0);
+  const std::string item = "<dict>" + data.substr(0, data.find("<key>Thresholds")) +
+                           "<key>Date</key><date>2026-11-25T00:00:00Z</date></dict>";
+  return Repeated(1, drive.substr(0, drive.rfind("</dict>"))) +
+         "<key>Date</key><date>2026-11-26T00:00:00Z</date><key>Earlier</key><array>" +
+         Repeated(count, item) + "</array></dict>";
+}
+
 constexpr int kRefused = 1, kReplayed = 2, kShown = 3;
 
 // Ends a process of its own with what was done with the file, within that memory and time.
-void UseWithinLimits(const std::string& file, bool isShown) {
+void UseWithinLimits(const std::string& file, bool isShown, rlim_t most = 10) {
   const rlimit memory{.rlim_cur = std::size_t{512} << 20, .rlim_max = RLIM_INFINITY};
-  const rlimit seconds{.rlim_cur = 10, .rlim_max = RLIM_INFINITY};
+  const rlimit seconds{.rlim_cur = most, .rlim_max = RLIM_INFINITY};
   setrlimit(RLIMIT_AS, &memory);
   setrlimit(RLIMIT_CPU, &seconds);
   std::freopen("/dev/null", "w", stdout);
@@ -129,6 +140,13 @@ TEST(LimitsDeathTest, TheLargestFilesOfOneKindTakeLittleTimeAndMemory) {
     const int shown = most == kReplayed ? kReplayed : most;
     EXPECT_EXIT(UseWithinLimits(bytes, true), testing::ExitedWithCode(shown), "") << size;
   }
+}
+
+TEST(LimitsDeathTest, TheHistoryOfManyDrivesIsSoonShown) {
+  const std::string year = List("<array>" + Devices(64, DriveWithHistory(31 + 53)) + "</array>");
+  EXPECT_EXIT(UseWithinLimits(year, true, 5), testing::ExitedWithCode(kShown), "");
+  const std::string most = List("<array>" + Devices(90, DriveWithHistory(1000)) + "</array>");
+  EXPECT_EXIT(UseWithinLimits(most, true), testing::ExitedWithCode(kShown), "") << most.size();
 }
 
 }  // namespace
