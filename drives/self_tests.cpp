@@ -127,7 +127,7 @@ SelfTest ParseSCSIResult(Bytes result) {
   const Ending ending =
       status == kATASelfTestRuns ? Ending{kSelfTestRuns} : EndingOf(kSCSIEndings, status);
   SelfTest test{SCSIType(result[0] >> 5), std::string(ending.words), ending.passed};
-  test.powerOnHours = HighFirst(result.subspan(2, 2));
+  if (status != kATASelfTestRuns) test.powerOnHours = HighFirst(result.subspan(2, 2));
   const std::uint64_t sector = HighFirst(result.subspan(4, 8));
   if (ending.passed == false && sector != kNoSector) test.lba = sector;
   return test;

@@ -186,7 +186,8 @@ Value SelfTestFailed(const Drive& drive) {
 // Whether it came to an end or not.
 Value SelfTestTime(const Drive& drive) {
   if (!drive.recorded || drive.recorded->selfTests.empty()) return std::nullopt;
-  return drive.recorded->selfTests.front().powerOnHours * 3600;
+  const auto hours = drive.recorded->selfTests.front().powerOnHours;
+  return hours ? Value(*hours * 3600) : std::nullopt;
 }
 
 std::optional<double> BytesRead(const Drive& drive) {
