@@ -145,6 +145,12 @@ SelfTestStatus SelfTestStatusOf(const base::Block& data) {
   return {data[kStatus] >> 4, 100 - 10 * std::min(data[kStatus] & 0x0F, 10)};
 }
 
+bool HasSelfTestRoutine(const base::Block& data) {
+  constexpr std::size_t kCapabilities = 367;
+  constexpr std::uint8_t kSelfTest = 0x10;
+  return (data[kCapabilities] & kSelfTest) != 0;
+}
+
 std::optional<int> SelfTestMinutes(const base::Block& data, bool isExtended) {
   constexpr std::size_t kShort = 372;
   constexpr std::size_t kExtended = 373;

@@ -20,9 +20,13 @@ class AtaSelfTester : public SelfTester {
   std::string WhyNone() override {
     const auto identify = ReadBlock(node_, kIdentifyDevice).block;
     if (!identify) return "IDENTIFY DEVICE failed";
-    if (!drives::HasSelfTests(*identify)) return "it has no self-tests";
+    if (drives::LacksSMART(*identify)) return kNone;
     const bool isEnabled = SendCommand(node_, kEnableOperations).end == CommandEnd::kSucceeded;
-    return isEnabled ? "" : "S.M.A.R.T. cannot be enabled";
+    if (!isEnabled) return "S.M.A.R.T. cannot be enabled";
+    if (drives::HasSelfTests(*identify)) return "";
+    readsLog_ = false;
+    const auto data = ReadBlock(node_, kReadData).block;
+    return data && drives::HasSelfTestRoutine(*data) ? "" : kNone;
   }
 
   SelfTestState State() override {
@@ -48,6 +52,8 @@ class AtaSelfTester : public SelfTester {
   }
 
  private:
+  static constexpr const char* kNone = "it has no self-tests";
+
   // By the log, which has the sector too, or else by the status alone.
   SelfTest LastOf(int status) const {
     SelfTest last = drives::ATASelfTestOf(status);

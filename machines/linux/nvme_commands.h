@@ -1,4 +1,4 @@
-// Sends admin commands to an NVMe drive. nvme_drive.cpp and nvme_self_tests.cpp decide which.
+// Sends admin commands to an NVMe drive. nvme_drive.cpp and nvme_self_tester.cpp decide which.
 #pragma once
 
 #include <cstddef>

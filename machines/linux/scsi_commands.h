@@ -1,4 +1,4 @@
-// Sends SCSI commands through the SCSI library. scsi_drive.cpp and scsi_self_tests.cpp decide
+// Sends SCSI commands through the SCSI library. scsi_drive.cpp and scsi_self_tester.cpp decide
 // which. Each is sent once, and once more after a unit attention, which only tells of a reset.
 #pragma once
 
