@@ -58,11 +58,11 @@ struct Figure {
 
 // A self-test in a drive's own log.
 struct SelfTest {
-  std::string_view type;                  // "short", "extended" and so on; empty: not known
-  std::string status = {};                // how it ended, in the standard's words
-  std::optional<bool> passed = {};        // nullopt: it did not come to an end
-  std::uint64_t powerOnHours = 0;         // when it ended
-  std::optional<std::uint64_t> lba = {};  // the sector at which it failed
+  std::string_view type;            // "short", "extended" and so on; empty: not known
+  std::string status = {};          // how it ended, in the standard's words
+  std::optional<bool> passed = {};  // nullopt: it did not come to an end
+  std::optional<std::uint64_t> powerOnHours = {};  // when it ended
+  std::optional<std::uint64_t> lba = {};           // the sector at which it failed
 };
 
 // An exception that a SCSI disk reports of its health.

@@ -127,7 +127,7 @@ SelfTest ParseSCSIResult(Bytes result) {
   const Ending ending =
       status == kATASelfTestRuns ? Ending{kSelfTestRuns} : EndingOf(kSCSIEndings, status);
   SelfTest test{SCSIType(result[0] >> 5), std::string(ending.words), ending.passed};
-  test.powerOnHours = HighFirst(result.subspan(2, 2));
+  if (status != kATASelfTestRuns) test.powerOnHours = HighFirst(result.subspan(2, 2));
   const std::uint64_t sector = HighFirst(result.subspan(4, 8));
   if (ending.passed == false && sector != kNoSector) test.lba = sector;
   return test;
@@ -145,10 +145,10 @@ SelfTestStatus SelfTestStatusOf(const base::Block& data) {
   return {data[kStatus] >> 4, 100 - 10 * std::min(data[kStatus] & 0x0F, 10)};
 }
 
-bool HasSelfTestsByData(const base::Block& data) {
-  constexpr std::size_t kOffLineCapability = 367;
+bool HasSelfTestRoutine(const base::Block& data) {
+  constexpr std::size_t kCapabilities = 367;
   constexpr std::uint8_t kSelfTest = 0x10;
-  return (data[kOffLineCapability] & kSelfTest) != 0;
+  return (data[kCapabilities] & kSelfTest) != 0;
 }
 
 std::optional<int> SelfTestMinutes(const base::Block& data, bool isExtended) {

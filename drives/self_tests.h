@@ -33,8 +33,9 @@ struct SelfTestStatus {
 };
 SelfTestStatus SelfTestStatusOf(const base::Block& data);
 
-// Whether S.M.A.R.T. data say that the drive has self-tests.
-bool HasSelfTestsByData(const base::Block& data);
+// Whether the S.M.A.R.T. data say that the drive has self-tests, as those of drives do that are too
+// old to say so in their IDENTIFY DEVICE data.
+bool HasSelfTestRoutine(const base::Block& data);
 
 // How long the drive expects a test to take, in minutes. nullopt if the data do not say.
 std::optional<int> SelfTestMinutes(const base::Block& data, bool isExtended);

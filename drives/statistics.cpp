@@ -48,7 +48,11 @@ constexpr std::array kRows = {
 std::optional<base::Count128> ValueOf(Bytes page, const Row& row) {
   constexpr std::size_t kFlags = 7;
   constexpr std::uint8_t kSupportedAndValid = 0xC0;
-  if ((page[row.offset + kFlags] & kSupportedAndValid) != kSupportedAndValid) return std::nullopt;
+  constexpr std::uint8_t kNormalized = 0x20;
+  const std::uint8_t flags = page[row.offset + kFlags];
+  if ((flags & kSupportedAndValid) != kSupportedAndValid) return std::nullopt;
+  // Then it is no count of sectors, but how much of the spare ones is used, in percent.
+  if (row.key == kReallocated && (flags & kNormalized) != 0) return std::nullopt;
   if (row.unit == Unit::kCelsius) return base::Signed(static_cast<std::int8_t>(page[row.offset]));
   base::Count128 value;
   for (std::size_t i = row.size; i-- > 0;) value.low = value.low << 8 | page[row.offset + i];

@@ -83,7 +83,8 @@ TEST(Statistics, TakeThePlaceOfRawValues) {
       {{{1, 16, 262'801}}, "caution: " + kAll, 100},     // more than 30 years
       {{{3, 32, 0}}, "caution: " + kErrors + kHot, 100},
       {{{3, 32, 100}}, "caution: 100 sectors reallocated; " + kErrors + kHot, 100},
-      {{{3, 32, 101}}, "caution: " + kAll, 100},  // more than the disk has
+      {{{3, 32, 101}}, "caution: " + kAll, 100},      // more than the disk has
+      {{{3, 32, 0, 0xE0}}, "caution: " + kAll, 100},  // in percent
       {{{3, 32, 0}, {4, 8, 0}, {5, 8, 30}}, "OK", 100},
       {{{3, 32, 0}, {4, 8, 1}, {5, 8, 0xE2}}, "caution: 1 uncorrectable error", 100},
       {{{3, 32, 0}, {4, 8, 0}, {5, 8, 54}, {5, 88, 55}}, "OK", 100},
@@ -125,27 +126,25 @@ TEST(SelfTests, TellHowTheLastOnesEnded) {
   std::vector<LoggedTest> ring(21, kPassed);
   ring[20] = kFailed;
   const std::string kReason = "; last self-test failed: the read element failed at sector 4711";
+  const std::string kPassedText =
+      R"({"type":"short","status":"completed without error","passed":true,"power_on_hours":257})";
+  const std::string kFailedText =
+      R"({"type":"extended","status":"completed: the read element failed","passed":false,)"
+      R"("power_on_hours":258,"lba":4711})";
   const std::tuple<Data, int, std::string, std::string> kCases[] = {
       {{}, 0, "", ""},
       {SelfTests({}, 0), 0, "", ""},
-      {SelfTests({kFailed, kPassed}, 2), 0, "",
-       R"({"type":"short","status":"completed without error","passed":true,"power_on_hours":257})"},
-      {SelfTests({kPassed, kFailed}, 2), 7, kReason,
-       R"({"type":"extended","status":"completed: the read element failed","passed":false,)"
-       R"("power_on_hours":258,"lba":4711})"},
+      {SelfTests({kFailed, kPassed}, 2), 0, "", kPassedText},
+      {SelfTests({kPassed, kFailed}, 2), 7, kReason, kFailedText},
       // An aborted one takes nothing back, nor does one that runs.
       {SelfTests({kFailed, kAborted}, 2), 1, kReason + "; last self-test aborted",
        R"({"type":"short","status":"aborted by the host","power_on_hours":259})"},
-      {SelfTests({kFailed}, 1), 15, kReason + "; self-test running",
-       R"({"type":"extended","status":"completed: the read element failed","passed":false,)"
-       R"("power_on_hours":258,"lba":4711})"},
+      {SelfTests({kFailed}, 1), 15, kReason + "; self-test running", kFailedText},
       // The log does not have what the data say.
       {SelfTests({kPassed}, 1), 5, "; last self-test failed: the electrical element failed",
-       R"({"type":"short","status":"completed without error","passed":true,"power_on_hours":257})"},
+       kPassedText},
       // The index goes around.
-      {SelfTests(ring, 21), 0, kReason,
-       R"({"type":"extended","status":"completed: the read element failed","passed":false,)"
-       R"("power_on_hours":258,"lba":4711})"},
+      {SelfTests(ring, 21), 0, kReason, kFailedText},
       {SelfTests(ring, 22), 0, "; self-test log not readable", ""},
       {SelfTests({kFailed}, 1, 1), 0, "; self-test log not readable", ""},
       {Data(511), 0, "; self-test log not readable", ""}};

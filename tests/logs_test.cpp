@@ -53,6 +53,12 @@ Data Page(std::uint8_t code, const std::vector<std::pair<std::uint8_t, Data>>& p
   return page;
 }
 
+// Self-tests of a SCSI disk: one that runs, and one that failed at sector 9.
+Data SelfTestPage() {
+  return Page(0x10, {{1, {0x2F, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
+                     {2, {0x47, 2, 1, 4, 0, 0, 0, 0, 0, 0, 0, 9, 3, 0x11, 0, 0}}});
+}
+
 Data Exception(std::uint8_t code, std::uint8_t qualifier) {
   return Page(0x2F, {{0, {code, qualifier, 38}}});
 }
@@ -116,6 +122,8 @@ TEST(Logs, OfSCSIDisksMakeGrades) {
        "hot: 60 °C, limit 60 °C"},
       {{{"LogPage0D", Page(0x0D, {{0, {0, 60}}, {1, {0, 0xFF}}})}, {"LogPage2F", Exception(0, 0)}},
        "OK"},
+      {{{"LogPage10", SelfTestPage()}, {"LogPage2F", Exception(0, 0)}},
+       "caution: last self-test failed: another segment failed at sector 9"},
       // Sense data tell of an exception; most other codes are none.
       {{{"DefectListHeader", kNoDefects},
         {"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x5E}}},
@@ -127,8 +135,6 @@ TEST(Logs, OfSCSIDisksMakeGrades) {
       // Nothing that could be good.
       {{{"LogPage0D", Page(0x0D, {{0, {0, 0xFF}}})},
         {"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0}}},
-       "nothing known: the disk sends no log page of its health"},
-      {{{"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0}}},
        "nothing known: the disk sends no log page of its health"},
       {{}, "nothing known: the disk sends no log page of its health" + kNoAnswer},
       {{{"LogPage2F", {0x2F, 0, 0, 99, 0, 0, 3, 9, 0x5D}}},
@@ -158,8 +164,10 @@ TEST(Logs, StandInJsonByTheirKeys) {
   Data controller(512);
   controller[266] = 0x5D;
   controller[267] = 0x01;
+  Data tests = {0, 0, 0, 0, 0x27, 3, 2, 0, 4, 1, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 9};
+  tests.resize(564);
   EXPECT_EQ(
-      Json({{"HealthLog", log}, {"IdentifyController", controller}}),
+      Json({{"HealthLog", log}, {"IdentifyController", controller}, {"SelfTestLog", tests}}),
       R"("temperature_celsius":35,"capacity_bytes":1000204886016,)"
       R"("power_on_hours":10000,"power_cycles":7,"rotation_rate":0,"temperature_limit_celsius":76,)"
       R"("percentage_used":255,"nvme_smart_health_information_log":{"critical_warning":4,)"
@@ -169,6 +177,9 @@ TEST(Logs, StandInJsonByTheirKeys) {
       R"("power_cycles":7,"power_on_hours":10000,"unsafe_shutdowns":0,"media_errors":0,)"
       R"("num_err_log_entries":0,"warning_temp_time":0,"critical_comp_time":0,)"
       R"("temperature_sensors":[0,-1]},"nvme_composite_temperature_threshold":{"warning":76},)"
+      R"("last_self_test":{"type":"extended",)"
+      R"("status":"completed: one or more segments failed, the first is 3","passed":false,)"
+      R"("power_on_hours":260,"lba":9},)"
       R"("unix_time":978307200)");
   EXPECT_EQ(
       Json({{"LogPage03", Page(3, {{3, {1, 2}}, {5, {0x02, 0x54, 0x0B, 0xE4, 0x01}}, {6, {0}}})},
@@ -178,6 +189,7 @@ TEST(Logs, StandInJsonByTheirKeys) {
                                       {3, {0xFF, 0xFF, 0xFF, 0xFF}},
                                       {4, {0, 0, 1, 4}}})},
             {"LogPage11", Page(0x11, {{1, {0, 0, 0, 17}}})},
+            {"LogPage10", SelfTestPage()},
             {"LogPage15", Page(0x15, {{0, {0, 0, 1, 4}}})},
             {"DefectListHeader", {0, 0x0C, 0, 0}}}),
       R"("temperature_celsius":33,"reallocated_sectors":0,)"
@@ -188,6 +200,7 @@ TEST(Logs, StandInJsonByTheirKeys) {
       R"("total_uncorrected_errors":0}},"scsi_start_stop_cycle_counter":{)"
       R"("year_of_manufacture":2024,"week_of_manufacture":7,"accumulated_start_stop_cycles":260},)"
       R"("scsi_percentage_used_endurance_indicator":17,"scsi_grown_defect_list":0,)"
+      R"("last_self_test":{"type":"short","status":"in progress"},)"
       R"("unix_time":978307200)");
 }
 

@@ -75,9 +75,10 @@ TEST_F(SelfTestProgram, StartsATestAndSaysHowItEnds) {
     kLog.block[static_cast<std::size_t>(offset)] = static_cast<std::uint8_t>(byte);
   }
   const Answer kUnsaid = {.block = Data(512)};
+  Answer kOld = Data363(0);  // of a drive whose IDENTIFY DEVICE data do not tell
+  kOld.block[367] = 0x10;
   const Case kCases[] = {
       {{"sda"}, {}, {}, "0 " + kShort},
-      {{"/somewhere/sda"}, {}, {}, "0 " + kShort},
       {{root_ / "link", "--extended"}, {}, {}, "0 " + kLong},
       {{"--wait", "sda"},
        {},
@@ -108,7 +109,7 @@ TEST_F(SelfTestProgram, StartsATestAndSaysHowItEnds) {
       {{"sda"}, {{'X', {kGone}}}, {}, "1 sda: starting it failed\n"},
       {{"sda"}, {{'E', {kGone}}}, {}, "1 sda: S.M.A.R.T. cannot be enabled\n"},
       {{"sda"}, {{'I', kUnsaid}}, {}, "1 sda: it has no self-tests\n"},
-      {{"--all"}, {{'I', kUnsaid}}, {}, "0 sda: it has no self-tests\n"},
+      {{"sda"}, {{'I', kUnsaid}, {'D', kOld}}, {}, "0 " + kShort},
       {{"sdb"}, {}, {}, "1 smartprobe-selftest: sdb: no such disk\n"},
       {{}, {}, {}, "2 smartprobe-selftest: either DISK or --all is needed; see --help\n"},
       {{"--all", "sda"},

@@ -129,13 +129,12 @@ std::string ReadDateText(const Drive& drive) {
 // A count of 16 bits, as most drives have it, begins again after 7 years.
 SelfTestTexts TextsOf(const drives::SelfTest& test, const Drive& drive) {
   constexpr std::uint64_t kRound = 0x10000;
-  std::string hours = fmt::format("{} h", test.powerOnHours);
-  if (drive.recorded && drive.recorded->powerOnHours) {
-    const std::uint64_t now = *drive.recorded->powerOnHours;
-    const bool isOfRound = test.powerOnHours < kRound;
-    const std::uint64_t age =
-        isOfRound ? (now - test.powerOnHours) % kRound : now - test.powerOnHours;
-    if (now >= test.powerOnHours) hours += fmt::format(", {} h ago", age);
+  const auto then = test.powerOnHours;
+  std::string hours = then ? fmt::format("{} h", *then) : "";
+  const auto now = drive.recorded ? drive.recorded->powerOnHours : std::nullopt;
+  if (then && now && *now >= *then) {
+    const std::uint64_t age = *now - *then;
+    hours += fmt::format(", {} h ago", *then < kRound ? age % kRound : age);
   }
   return {std::string(test.type), test.status, hours, test.lba ? std::to_string(*test.lba) : ""};
 }

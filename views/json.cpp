@@ -143,7 +143,7 @@ void PutSelfTest(Writer& json, const drives::SelfTest& test) {
   Put(json, "type", test.type);
   Put(json, "status", test.status);
   if (test.passed) Put(json, "passed", *test.passed);
-  Put(json, "power_on_hours", test.powerOnHours);
+  if (test.powerOnHours) Put(json, "power_on_hours", *test.powerOnHours);
   if (test.lba) Put(json, "lba", *test.lba);
   json.EndObject();
 }

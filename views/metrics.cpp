@@ -190,7 +190,8 @@ Value SelfTestFailed(const Drive& drive) {
 Value SelfTestTime(const Drive& drive) {
   if (!drive.recorded) return std::nullopt;
   for (const drives::SelfTest& test : drive.recorded->selfTests) {
-    if (test.status != drives::kSelfTestRuns) return test.powerOnHours * 3600;
+    const bool isOver = test.status != drives::kSelfTestRuns;
+    if (isOver && test.powerOnHours) return *test.powerOnHours * 3600;
   }
   return std::nullopt;
 }

@@ -26,9 +26,10 @@ class AtaSelfTester : public SelfTester {
       return {.failure = "S.M.A.R.T. cannot be enabled"};
     }
     if (drives::HasSelfTests(*identify)) return {.hasTests = true};
+    readsLog_ = false;  // it does not say that it has that either
     const auto data = ReadBlock(node_, kReadData).block;
     if (!data) return {.failure = kNoData};
-    return {.hasTests = drives::HasSelfTestsByData(*data)};
+    return {.hasTests = drives::HasSelfTestRoutine(*data)};
   }
 
   SelfTestState State() override {

@@ -60,7 +60,7 @@ class ScsiSelfTester : public SelfTester {
   std::string Start(SelfTestKind kind) override {
     const int test = kind == SelfTestKind::kShort ? 1 : 2;  // in the background
     const int status = SendScsi([&] {
-      return sg_ll_send_diag(node_, test, true, false, false, false, 0, nullptr, 0, false, 0);
+      return sg_ll_send_diag(node_, test, false, false, false, false, 0, nullptr, 0, false, 0);
     });
     if (status == SG_LIB_CAT_CLEAN) return "";
     return IsScsiRefusal(status) ? "the disk refused to start it" : "SEND DIAGNOSTIC failed";

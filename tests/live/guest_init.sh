@@ -52,6 +52,7 @@ look() {
   local name=$1
   shift
   run "$name" smartprobe-record "$@" /results/all.plist
+  sed -i "s|<key>Identify<|<key>SelfTestLog</key><data>$log</data>&|" /results/all.plist
   run "read_$name" smartprobe-read --json /results/all.plist
 }
 
@@ -62,10 +63,14 @@ set_exception() {
   run "set_exception_$1" sg_raw -s 16 -i /tmp/page "/dev/$first" 15 10 00 00 10 00
 }
 
+run self_tests smartprobe-selftest --all
+# The emulator's ATA disks have a log of self-tests but do not announce it.
+ata=$(awk '/PIIX|LONG|QEMU/ { print $1 }' /results/devices)
+log=$(sg_raw -b -r 512 "/dev/$piix" 85 08 0e 00 d5 00 01 00 06 00 4f 00 c2 00 b0 00 | base64 -w 0)
 set_exception 4
 dd if=/dev/zero of=/dev/nvme0n1 bs=1M count=4 conv=fsync # for its counters
 look all
-for disk in $scsi $(disks '^nvme[0-9]+n'); do
+for disk in $ata $scsi $(disks '^nvme[0-9]+n'); do
   run "smartctl_$disk" smartctl -j -a "/dev/$disk"
 done
 

@@ -124,22 +124,34 @@ expect_grades() {
     fail "the grades of $name"
 }
 
-# smartctl and the recording agree about the drives that do not speak ATA. smartctl shows no
-# temperature limit of NVMe drives.
+# smartctl and the recording agree. smartctl shows no temperature limit of NVMe drives.
 compare_facts() {
-  jq -S -s '[.[] | {device: .device.name, protocol: .device.protocol,
+  jq -S -s '[.[] | {disk: .device.name[5:], protocol: .device.protocol,
     model: (.model_name // .scsi_model_name), revision: (.firmware_version // .scsi_revision),
     serial: .serial_number, capacity: .user_capacity.bytes, passed: .smart_status.passed,
     temperature: .temperature.current, limit: .temperature.drive_trip,
     hours: .power_on_time.hours, cycles: .power_cycle_count,
-    log: .nvme_smart_health_information_log}]' "$results"/smartctl_*.out >"$work/smartctl"
-  jq -S '[.drives[] | select(.protocol != "ATA") | {device, protocol, model: .product, revision,
-    serial, capacity: .capacity_bytes, passed: (.health == "OK"), temperature: .temperature_celsius,
+    log: .nvme_smart_health_information_log,
+    test: (.ata_smart_self_test_log.standard.table[0] |
+      "\(.type.string): \(.status.string), \(.status.passed), \(.lifetime_hours)" |
+      sub(" offline"; "") | ascii_downcase)}]' "$results"/smartctl_*.out >"$work/smartctl"
+  jq -S '[.drives[] | {disk, protocol, model: .product, revision: (.revision | sub(" *$"; "")),
+    serial: (.serial | sub("^ *"; "") | sub(" *$"; "")), capacity: .capacity_bytes,
+    passed: (.health == "OK"), temperature: .temperature_celsius,
     limit: (if .protocol == "SCSI" then .temperature_limit_celsius else null end),
-    hours: .power_on_hours, cycles: .power_cycles, log: .nvme_smart_health_information_log}] |
-    sort_by(.device)' "$results/read_all.out" |
+    hours: .power_on_hours, cycles: .power_cycles, log: .nvme_smart_health_information_log,
+    test: (.last_self_test | "\(.type): \(.status), \(.passed), \(.power_on_hours)")}] |
+    sort_by(.disk)' "$results/read_all.out" |
     diff -u --label smartctl --label smartprobe-read "$work/smartctl" - >&2 ||
     fail 'smartctl shows other facts'
+}
+
+# Those that have self-tests take them one after the other.
+self_tests() {
+  local started='short self-test started; the drive expects it to take 2 minutes'
+  sed -E "s/ (SCSI|scsi).*/: it has no self-tests/; t
+    s/^(\w+) .*/\1: $started\n\1: short self-test: completed without error/" "$results/devices"
+  ls "$results" | sed -n 's/^smartctl_\(nvme.*n1\)\.out$/\1: it has no self-tests/p'
 }
 
 judge_others() {
@@ -154,6 +166,7 @@ judge_others() {
 $1" </dev/null
   [ "$(cat "$results/waited")" -lt 90 ] || fail "waited $(cat "$results/waited") s for silent disks"
   compare_facts
+  self_tests | expect self_tests
 }
 
 judge() {
