@@ -21,7 +21,7 @@ constexpr std::array kGrades{
              "data.",
              Verdict::kUnknown, Color::kWarning},
     GradeRow{kGone, "gone", "gone",
-             "A drive that is gone: look at its cable and power, if nobody has taken it out.",
+             "If nobody has taken out a drive that is gone, look at its cable and power.",
              Verdict::kWarning, Color::kWarning},
     GradeRow{
         kCaution, "caution", "caution",

@@ -183,7 +183,7 @@ TEST(History, IsInEveryForm) {
       {views::PageText(host, now), row},
       {views::PageText(host, now), "aria-label=\"Lost sectors from 7 to 10\""},
       {views::PageText(host, now), "<h1>Drives: 1 gone, 1 caution</h1>"},
-      {views::AdviceText(host), "A drive that is gone: "},
+      {views::AdviceText(host), "If nobody has taken out "},
       {views::MetricsText(host), "\nsmartprobe_drives_gone 1\n"},
       {views::MetricsText(host),
        R"({product="EXAMPLE 250",serial="BBBBBBBBBBBBBBBBBBBB",grade="gone"} 1)"},

@@ -12,7 +12,7 @@ escaped=$(sed 's/&/\&amp;/g; s/</\&lt;/g; s/>/\&gt;/g' <<<"$hostile")
 awk -v text="${escaped//&/\\\\&}" '
   /<key>(Product Name|BSD Name)</ { print; getline; sub(/>.*</, ">" text "<") }
   { print }' "$examples/server.plist" >"$work/hostile"
-cp "$examples/server.plist" "$examples/laptop.report" "$work"
+cp "$examples/server.plist" "$examples/storage.plist" "$examples/laptop.report" "$work"
 : >"$work/none"
 
 # seen WIDTH: how wide the page is in such a window, its foreign and its running elements, its text.
@@ -21,7 +21,8 @@ seen() {
 <iframe src="page.html" width="$1" height="800" style="border: 0" onload="
   const page = this.contentDocument;
   const others = page.querySelectorAll('body :not(h1, h2, h3, p, ul, li, section, dl, div, dt, dd,' +
-    'table, caption, thead, tbody, tr, th, td, small, strong, span, svg, rect, a, details, summary)');
+    'table, caption, thead, tbody, tr, th, td, small, strong, span, svg, rect, a, details, summary,' +
+    'figure, figcaption, path, polyline, text)');
   document.title = page.documentElement.scrollWidth + ' ' + others.length + ' ' +
     page.querySelectorAll('script, [onclick]').length + ' ' + page.body.innerText"></iframe>
 END
@@ -41,6 +42,7 @@ is() {
 }
 is server.plist 'Temperature 42 °C'
 is laptop.report 'OK'
+is storage.plist 'Lost sectors'
 is none 'No drives were found.'
 is hostile "$escaped"
 [ ! -e "$work/failed" ]
