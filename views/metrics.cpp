@@ -4,8 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +14,7 @@
 #include "health/health.h"
 #include "health/signs.h"
 #include "views/field_texts.h"
+#include "views/metric_labels.h"
 #include "views/views.h"
 
 namespace views {
@@ -25,98 +24,6 @@ using drives::Attribute;
 using drives::Drive;
 using drives::Host;
 using drives::RecordedFacts;
-
-struct Label {
-  std::string_view name;
-  std::string_view value;
-};
-
-// Those without a value are left out, which is the same to Prometheus. A long value is shortened:
-// it is kept with every series of the drive.
-std::string Labels(std::initializer_list<Label> labels) {
-  constexpr std::size_t kMaxCharacters = 64;
-  std::string text;
-  for (const Label& label : labels) {
-    if (label.value.empty()) continue;
-    text.append(text.empty() ? "" : ",").append(label.name).append("=\"");
-    for (const char c : base::Shortened(base::OneLine(label.value), kMaxCharacters)) {
-      if (c == '\\' || c == '"') text += '\\';
-      text += c;
-    }
-    text += '"';
-  }
-  return text;
-}
-
-// `ones` and then `others`, of which either may be no labels.
-std::string Joined(std::string_view ones, std::string_view others) {
-  return fmt::format("{}{}{}", ones, ones.empty() || others.empty() ? "" : ",", others);
-}
-
-// A drive or an attribute, with the labels of its series.
-template <typename Subject>
-struct Labelled {
-  const Subject* subject;
-  std::string labels;
-};
-
-struct Devices {
-  std::vector<Labelled<Drive>> read;
-  std::vector<Labelled<Attribute>> attributes;  // of all drives that were read
-  std::vector<std::string> notRead;             // their labels
-  std::vector<std::string> gone;
-};
-
-// Gives the labels of one device after the other, and numbers all but the first of one path, so
-// that no series occurs twice.
-class DeviceLabels {
- public:
-  template <typename AnyDrive>  // Drive or UnreadDrive
-  std::string Next(const AnyDrive& drive) {
-    const int number = counts_[Labels({{"device", drive.device}})]++;
-    return Labels({{"device", drive.device},
-                   {"disk", drives::DiskOf(drive)},
-                   {"drive", number == 0 ? "" : std::to_string(number)},
-                   {"product", base::Trimmed(drive.product, " ")},
-                   {"serial", base::Trimmed(drive.serial, " ")}});
-  }
-
- private:
-  std::map<std::string, int> counts_;
-};
-
-// A series may occur only once: of the lines of one identifier the worst counts, of
-// equal ones the first.
-std::map<std::uint8_t, const Attribute*> ByIdentifier(const Drive& drive) {
-  std::map<std::uint8_t, const Attribute*> attributes;
-  for (const Attribute& attribute : drive.attributes) {
-    const Attribute*& kept = attributes.try_emplace(attribute.id, &attribute).first->second;
-    if (health::GradeOf(attribute) > health::GradeOf(*kept)) kept = &attribute;
-  }
-  return attributes;
-}
-
-void AddDrive(Devices& devices, const Drive& drive, const std::string& labels) {
-  devices.read.push_back({&drive, labels});
-  for (const auto& [id, attribute] : ByIdentifier(drive)) {
-    const std::string own = Labels({{"id", std::to_string(id)},
-                                    {"name", health::NameText(*attribute)},
-                                    {"kind", attribute->preFailure ? "pre-failure" : "life-span"}});
-    devices.attributes.push_back({attribute, Joined(labels, own)});
-  }
-}
-
-// First the drives that were read, whose labels then do not depend on what could not be.
-Devices DevicesOf(const Host& host) {
-  DeviceLabels labels;
-  Devices devices;
-  for (const Drive& drive : host.drives) AddDrive(devices, drive, labels.Next(drive));
-  for (const drives::UnreadDrive& drive : host.notRead) {
-    devices.notRead.push_back(labels.Next(drive));
-  }
-  for (const drives::GoneDrive& gone : host.gone) devices.gone.push_back(labels.Next(gone.names));
-  return devices;
-}
 
 // Appends metric after metric.
 class Metrics {
@@ -229,9 +136,9 @@ void AppendCounts(Metrics& metrics, const Host& host) {
 void AppendInfo(Metrics& metrics, const Devices& devices) {
   metrics.Head("smartprobe_drive_info", "What the drive is; always 1.");
   for (const auto& [drive, labels] : devices.read) {
-    metrics.Sample(Joined(labels, Labels({{"revision", base::Trimmed(drive->revision, " ")},
-                                          {"capacity", base::Trimmed(drive->capacity, " ")},
-                                          {"protocol", ProtocolText(*drive)}})),
+    metrics.Sample(JoinedLabels(labels, Labels({{"revision", base::Trimmed(drive->revision, " ")},
+                                                {"capacity", base::Trimmed(drive->capacity, " ")},
+                                                {"protocol", ProtocolText(*drive)}})),
                    1);
   }
 }
@@ -276,7 +183,7 @@ void AppendLosses(Metrics& metrics, const Devices& devices, bool ofSectors,
     if (!drive->recorded) continue;
     for (const drives::LossCount& loss : drive->recorded->losses) {
       if (loss.ofSectors != ofSectors || !loss.count) continue;
-      metrics.Sample(Joined(labels, Labels({{label, loss.name}})), *loss.count);
+      metrics.Sample(JoinedLabels(labels, Labels({{label, loss.name}})), *loss.count);
     }
   }
 }
@@ -290,7 +197,7 @@ void AppendLosses(Metrics& metrics, const Devices& devices) {
 
 void AppendHealth(Metrics& metrics, const Devices& devices) {
   const auto append = [&](const std::string& labels, health::Grade grade) {
-    metrics.Sample(Joined(labels, Labels({{"grade", health::RowOf(grade).word}})), 1);
+    metrics.Sample(JoinedLabels(labels, Labels({{"grade", health::RowOf(grade).word}})), 1);
   };
   metrics.Head("smartprobe_drive_health", "The grade of the drive; always 1.");
   for (const auto& [drive, labels] : devices.read) append(labels, health::HealthOf(*drive).grade);
