@@ -31,8 +31,9 @@ template <typename Use>
 void ForEachParameter(Bytes page, Use use) {
   constexpr std::size_t kHeaderSize = 4;
   if (page.size() < kHeaderSize) return;
-  page = page.subspan(kHeaderSize,
-                      std::min<std::size_t>(page[2] << 8 | page[3], page.size() - kHeaderSize));
+  const auto length = static_cast<std::size_t>(page[2] << 8 | page[3]);
+  page = page.subspan(kHeaderSize);
+  page = page.first(std::min(length, page.size()));
   while (page.size() >= kHeaderSize) {
     const int code = page[0] << 8 | page[1];
     const std::size_t size = page[3];

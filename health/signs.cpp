@@ -31,7 +31,8 @@ void Mark(Reason& reason, const RecordedFacts& facts, const LossCount& loss) {
 
 // Counts that have grown say most.
 std::vector<LossCount> GrownFirst(std::vector<LossCount> losses) {
-  std::ranges::stable_partition(losses, [](const LossCount& loss) { return loss.growth > 0; });
+  std::stable_partition(losses.begin(), losses.end(),
+                        [](const LossCount& loss) { return loss.growth > 0; });
   return losses;
 }
 
