@@ -63,6 +63,8 @@ struct SelfTest {
   std::optional<bool> passed = {};  // nullopt: it did not come to an end
   std::optional<std::uint64_t> powerOnHours = {};  // when it ended
   std::optional<std::uint64_t> lba = {};           // the sector at which it failed
+
+  bool operator==(const SelfTest&) const = default;
 };
 
 // An exception that a SCSI disk reports of its health.

@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/numbers.h"
 #include "base/printable_text.h"
@@ -42,6 +43,13 @@ void ForEachParameter(Bytes page, Use use) {
     use(code, page.first(size));
     page = page.subspan(size);
   }
+}
+
+// A figure that is there already stays. Returns whether it was new.
+bool AddFigure(RecordedFacts& facts, Figure figure) {
+  if (FindFigure(facts, figure.key, figure.group)) return false;
+  facts.figures.push_back(std::move(figure));
+  return true;
 }
 
 RecordedFacts& FactsOf(Drive& drive) {
@@ -84,9 +92,8 @@ void AddErrors(RecordedFacts& facts, const ErrorKind& kind, Bytes page) {
     const auto* const row = std::ranges::find(kErrorRows, code, &Row::code);
     if (row == kErrorRows.end() || value.empty() || value.size() > sizeof(Count128)) return;
     const Count128 count = Number(value);
-    facts.figures.push_back({kErrorSection, kind.group, row->key,
-                             std::string(kind.name).append(" ").append(row->name), count,
-                             row->unit});
+    const std::string name = std::string(kind.name).append(" ").append(row->name);
+    if (!AddFigure(facts, {kErrorSection, kind.group, row->key, name, count, row->unit})) return;
     if (row->unit == Unit::kBytes && kind.page == kReadPage) facts.bytesRead = ToDouble(count);
     if (row->unit == Unit::kBytes && kind.page == kWritePage) facts.bytesWritten = ToDouble(count);
     if (row->key != kUncorrected) return;
@@ -115,7 +122,7 @@ void AddCycles(RecordedFacts& facts, int code, Bytes value) {
       Row{5, "specified_load_unload_count_over_device_lifetime", "Load-unload cycles, specified"},
       Row{6, "accumulated_load_unload_cycles", "Load-unload cycles"}};
   const auto add = [&](const Row& row, std::uint64_t count) {
-    facts.figures.push_back({kSection, "", row.key, std::string(row.name), {0, count}, row.unit});
+    AddFigure(facts, {kSection, "", row.key, std::string(row.name), {0, count}, row.unit});
   };
   if (code == kDateOfManufacture && value.size() >= 6) {
     const std::string digits(value.begin(), value.begin() + 6);
@@ -137,7 +144,7 @@ void AddWear(RecordedFacts& facts, int code, Bytes value) {
   if (code != 1 || value.size() < 4) return;
   facts.percentageUsed = value[3];
   facts.percentageUsedKey = kKey;
-  facts.figures.push_back({"", "", kKey, "Percentage used", {0, value[3]}, Unit::kPercent});
+  AddFigure(facts, {"", "", kKey, "Percentage used", {0, value[3]}, Unit::kPercent});
 }
 
 void AddPowerOnTime(RecordedFacts& facts, int code, Bytes value) {
@@ -190,9 +197,16 @@ void AddLogPage(Drive& drive, Bytes page) {
 
 void AddSense(Drive& drive, Bytes sense) {
   sg_scsi_sense_hdr header{};
+  if (FactsOf(drive).hasExceptionPage) return;
   if (!sg_scsi_normalize_sense(sense.data(), static_cast<int>(sense.size()), &header)) return;
-  const bool isException = header.asc == kFailurePrediction || header.asc == kWarning;
+  const bool isException = TellsException(sense);
   AddException(drive, isException ? header.asc : 0, isException ? header.ascq : 0);
+}
+
+bool TellsException(Bytes sense) {
+  sg_scsi_sense_hdr header{};
+  if (!sg_scsi_normalize_sense(sense.data(), static_cast<int>(sense.size()), &header)) return false;
+  return header.asc == kFailurePrediction || header.asc == kWarning;
 }
 
 void AddDefectList(Drive& drive, Bytes header) {
@@ -202,7 +216,7 @@ void AddDefectList(Drive& drive, Bytes header) {
   const std::size_t size = (header[1] & 0x07) == kShortBlock ? 4 : 8;
   const std::uint64_t count = static_cast<std::size_t>(header[2] << 8 | header[3]) / size;
   RecordedFacts& facts = FactsOf(drive);
-  facts.figures.push_back({"", "", kKey, "Grown defects", {0, count}});
+  if (!AddFigure(facts, {"", "", kKey, "Grown defects", {0, count}})) return;
   facts.losses.push_back({.name = "reallocated", .count = count, .key = kKey});
 }
 

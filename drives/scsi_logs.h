@@ -21,8 +21,11 @@ inline constexpr std::uint8_t kTemperatureQualifier = 0x01;
 void AddLogPage(Drive& drive, std::span<const std::uint8_t> page);
 
 // Adds the exception that sense data report, or that there is none, which other codes mean. Adds
-// nothing for what are no sense data.
+// nothing for what are no sense data, or where a page has told of exceptions.
 void AddSense(Drive& drive, std::span<const std::uint8_t> sense);
+
+// Whether sense data tell of such an exception.
+bool TellsException(std::span<const std::uint8_t> sense);
 
 // Adds how many defects the grown list has, by the header that READ DEFECT DATA(10) gives.
 void AddDefectList(Drive& drive, std::span<const std::uint8_t> header);

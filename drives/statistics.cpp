@@ -115,7 +115,10 @@ void UseCRCErrors(RecordedFacts& facts) {
 }
 
 void UseTemperature(RecordedFacts& facts) {
-  if (const auto degrees = ValueOf(facts, kTemperature)) {
+  constexpr int kColdest = -40;
+  constexpr int kHottest = 125;
+  const auto degrees = ValueOf(facts, kTemperature);
+  if (degrees && *degrees >= kColdest && *degrees <= kHottest) {
     facts.temperature = static_cast<int>(*degrees);
     facts.temperatureId = 0;
     facts.temperatureKey = kTemperature;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -72,11 +73,15 @@ void AddException(Reasons& reasons, const RecordedFacts& facts) {
   reasons.push_back({grade, "the disk reports: " + words});
 }
 
-// Sense data without an exception are what every disk answers.
+// Temperatures, hours and cycles say nothing of a disk's health, and "no exception" in sense data
+// is what every disk answers.
 bool IsNothingKnown(const RecordedFacts& facts) {
-  const bool hasAnswer =
-      facts.exception && (facts.hasExceptionPage || !facts.exception->words.empty());
-  return !hasAnswer && facts.figures.empty() && !facts.temperature && !facts.powerOnHours;
+  const bool hasVerdict = facts.hasExceptionPage || facts.criticalWarning ||
+                          (facts.exception && !facts.exception->words.empty());
+  const bool countsErrors = std::ranges::any_of(facts.losses, [](const drives::LossCount& loss) {
+    return !loss.ofSectors || loss.count.value_or(0) > 0;
+  });
+  return !hasVerdict && !countsErrors && !facts.percentageUsed;
 }
 
 }  // namespace

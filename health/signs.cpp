@@ -203,7 +203,8 @@ void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
 std::optional<bool> HasFailedSelfTest(const RecordedFacts& facts) {
   const SelfTest* ended = LastEnded(facts);
   if (ended && !*ended->passed) return true;
-  if (facts.selfTest) return drives::IsFailedATASelfTest(*facts.selfTest);
+  const bool isRunning = facts.selfTest == drives::kATASelfTestRuns;
+  if (facts.selfTest && !isRunning) return drives::IsFailedATASelfTest(*facts.selfTest);
   return ended ? std::optional(false) : std::nullopt;
 }
 

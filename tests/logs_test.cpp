@@ -123,15 +123,20 @@ TEST(Logs, OfSCSIDisksMakeGrades) {
       {{{"LogPage0D", Page(0x0D, {{0, {0, 60}}, {1, {0, 0xFF}}})}, {"LogPage2F", Exception(0, 0)}},
        "OK"},
       {{{"LogPage10", SelfTestPage()}, {"LogPage2F", Exception(0, 0)}},
-       "caution: last self-test failed: another segment failed at sector 9"},
-      // Sense data tell of an exception; most other codes are none.
+       "caution: last self-test failed: another segment failed at sector 9; self-test running"},
+      // Sense data tell of an exception; most other codes are none. No defects are no health.
       {{{"DefectListHeader", kNoDefects},
         {"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x5E}}},
-       "OK"},
+       "nothing known: the disk sends no log page of its health"},
       {{{"Sense", {0x70, 0, 1, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0x5D, 0x10}}},
        "failing: the disk reports: Hardware impending failure general hard drive failure"},
       {{{"Sense", {0x72, 1, 0x5D, 0x10, 0, 0, 0, 0}}},
        "failing: the disk reports: Hardware impending failure general hard drive failure"},
+      {{{"LogPage2F", Exception(0x5D, 0x10)}, {"Sense", {0x72, 0, 0, 0, 0, 0, 0, 0}}},
+       "failing: the disk reports: Hardware impending failure general hard drive failure"},
+      // What occurs twice counts once.
+      {{{"LogPage03", Page(3, {{6, {2}}, {6, {3}}})}, {"LogPage05", Page(3, {{6, {4}}})}},
+       "caution: 2 uncorrected read errors" + kNoAnswer},
       // Nothing that could be good.
       {{{"LogPage0D", Page(0x0D, {{0, {0, 0xFF}}})},
         {"Sense", {0x70, 0, 0, 0, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0}}},
@@ -195,12 +200,11 @@ TEST(Logs, StandInJsonByTheirKeys) {
       R"("temperature_celsius":33,"reallocated_sectors":0,)"
       R"("capacity_bytes":1000204886016,"power_on_hours":4,"power_cycles":260,)"
       R"("temperature_limit_celsius":65,"percentage_used":17,"scsi_error_counter_log":{)"
-      R"("write":{"gigabytes_processed":0.000000007},)"
       R"("read":{"total_errors_corrected":258,"gigabytes_processed":10.000000001,)"
-      R"("total_uncorrected_errors":0}},"scsi_start_stop_cycle_counter":{)"
+      R"("total_uncorrected_errors":0},"write":{"gigabytes_processed":0.000000007}},"scsi_start_stop_cycle_counter":{)"
       R"("year_of_manufacture":2024,"week_of_manufacture":7,"accumulated_start_stop_cycles":260},)"
       R"("scsi_percentage_used_endurance_indicator":17,"scsi_grown_defect_list":0,)"
-      R"("last_self_test":{"type":"short","status":"in progress"},)"
+      R"("last_self_test_status":15,"last_self_test":{"type":"short","status":"in progress"},)"
       R"("unix_time":978307200)");
 }
 

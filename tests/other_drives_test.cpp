@@ -107,7 +107,7 @@ TEST(OtherDrives, AnNVMeDriveIsAskedForItsLogAndItsLimits) {
       {kLog, {0x4002}, "HealthLog:512 ", "log identify "},
       {{0x4002},
        {},
-       "cannot read its health log: the drive refused, NVMe status 16386undated ",
+       "cannot read its health log: the drive refused, NVMe status 4002hundated ",
        "log "},
       {{-EACCES},
        {},
@@ -117,7 +117,12 @@ TEST(OtherDrives, AnNVMeDriveIsAskedForItsLogAndItsLimits) {
       {{0, Data(512)}, {}, "its health log is emptyundated ", "log "}};
   for (const auto& [log, identify, told, commands] : kCases) {
     answers = {{"log", log}, {"identify", identify}};
-    EXPECT_EQ(Told(machines::MakeNvmeDrive(kNode)), told);
+    const auto ask = [] {
+      DriveAnswers asked = machines::MakeNvmeDrive(kNode)();
+      machines::AddNvmeLogs(kNode, asked);
+      return asked;
+    };
+    EXPECT_EQ(Told(ask), told);
     EXPECT_EQ(sent, commands);
   }
 }
@@ -144,7 +149,7 @@ TEST(OtherDrives, ASCSIDiskIsAskedForThePagesThatItHas) {
         {"47", kPage2F},
         {"defects", kDefects}},
        "DefectListHeader:4 LogPage02:5 LogPage0D:4 LogPage2F:6 ",
-       "0 2 13 16 47 defects "},
+       "0 47 2 13 16 defects "},
       {{{"0", kWithout2F},
         {"13", kHeat},
         {"sense", {0, kNoException}},
@@ -161,7 +166,9 @@ TEST(OtherDrives, ASCSIDiskIsAskedForThePagesThatItHas) {
       {{{"0", kWithout2F}, {"13", {SG_LIB_CAT_MEDIUM_HARD}}},
        kFailed + " for LogPage0Dundated ",
        "0 13 "},
-      {{{"0", kWithout2F}, {"13", kPage2}}, kFailed + " for LogPage0Dundated ", "0 13 "},
+      {{{"0", kWithout2F}, {"13", kPage2}, {"sense", {0, kNoException}}},
+       "Sense:18 ",
+       "0 13 sense defects "},
       {{{"0", {SG_LIB_CAT_INVALID_OP}}}, "undated ", "0 "},
       {{{"0", {SG_LIB_CAT_ILLEGAL_REQ}}}, "undated ", "0 "},
       {{{"0", {SG_LIB_CAT_UNIT_ATTENTION}}}, kFailed + "undated ", "0 0 "},
@@ -259,9 +266,9 @@ TEST_F(OtherDisks, AreAskedWhereThatIsWanted) {
   EXPECT_EQ(Disks({.beyondReport = true}),
             "sda\n"
             "nvme0n1, FAST 1, F2, N1: "
-            "cannot read its health log: the drive refused, NVMe status 15undated \n"
+            "cannot read its health log: the drive refused, NVMe status 0Fhundated \n"
             "nvme0n2, FAST 1, F2, N1: "
-            "cannot read its health log: the drive refused, NVMe status 15undated \n");
+            "cannot read its health log: the drive refused, NVMe status 0Fhundated \n");
 }
 
 TEST_F(OtherDisks, SleepOnIfTheKernelHasSuspendedThem) {

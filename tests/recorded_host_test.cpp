@@ -182,7 +182,8 @@ TEST(RecordedHost, SaysWhichHostItIsAndHowOldItsAnswersAre) {
       views::Check(host, {}).summary,
       "smartprobe UNKNOWN: not read: /dev/sdc (EXAMPLE 250: it hangs); answers are 2 days old: "
       "/dev/sdaa; answers are 3 days old: /dev/sda; recorded on nas, 2026-11-25 00:00 UTC | "
-      "drives=3 failing=0 not_read=1 nothing_known=0 gone=0 caution=0 worn=0 hot=0 no_attributes=0");
+      "drives=3 failing=0 not_read=1 nothing_known=0 gone=0 caution=0 worn=0 hot=0 "
+      "no_attributes=0");
   EXPECT_EQ(views::BriefText(host, {}), R"(Device     Product      Serial number  Health
 /dev/sda   EXAMPLE 250  SERIAL         OK
   answers are 3 days old

@@ -1,5 +1,6 @@
 #include "tools/drive_self_test.h"
 
+#include <linux/capability.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/descriptor.h"
 #include "base/printable_text.h"
@@ -26,6 +28,7 @@ using machines::SelfTestState;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kNoTests = "it has no self-tests";
+constexpr const char* kUnsaid = "the drive does not say how the self-test ended";
 
 class Watch {
  public:
@@ -41,11 +44,12 @@ class Watch {
     if (!before.failure.empty()) return Say(before.failure, kNotDone);
     if (before.isRunning) return Say("a self-test runs already" + DoneText(before), kNotDone);
     const std::optional<int> minutes = tester.Minutes(order_.kind);
+    if (isInterrupted != 0) return Say("no self-test was started", kNotDone);
     const std::string failure = tester.Start(order_.kind);
     beat_();
     if (!failure.empty()) return Say(failure, kNotDone);
     Say(Kind() + " self-test started" + TimeText(minutes), kStarted);
-    return order_.waits ? WaitFor(tester, minutes) : kStarted;
+    return order_.waits ? WaitFor(tester, before, minutes) : kStarted;
   }
 
   SelfTestStatus Say(const std::string& text, SelfTestStatus status) const {
@@ -81,6 +85,11 @@ class Watch {
     nanosleep(&time, nullptr);
   }
 
+  // Whether the last test is not the one that was the last before.
+  static bool IsNew(const SelfTestState& state, const SelfTestState& before) {
+    return state.logged != before.logged || state.last != before.last;
+  }
+
   // A drive in use takes longer than it expects. A test that never ends must not hold up those of
   // other drives.
   static std::chrono::minutes Patience(std::optional<int> minutes) {
@@ -89,25 +98,30 @@ class Watch {
   }
 
   // Some drives do not answer each time while they test themselves.
-  SelfTestStatus WaitFor(SelfTester& tester, std::optional<int> minutes) {
+  SelfTestStatus WaitFor(SelfTester& tester, const SelfTestState& before,
+                         std::optional<int> minutes) {
     constexpr int kMaxFailures = 5;
     const Clock::time_point end = Clock::now() + Patience(minutes);
     int failures = 0;
+    bool hasRun = false;
     while (true) {
       Sleep();
       if (isInterrupted != 0) return Say("the self-test goes on", kNotDone);
       const SelfTestState state = tester.State();
       beat_();
       failures = state.failure.empty() ? 0 : failures + 1;
-      if (failures == kMaxFailures) return Say(state.failure, kNotDone);
-      if (failures == 0 && !state.isRunning) return SayEnd(state);
+      if (failures == kMaxFailures) return Say(state.failure + "; the test may go on", kNotDone);
+      if (failures == 0 && !state.isRunning) {
+        return hasRun || IsNew(state, before) ? SayEnd(state) : Say(kUnsaid, kNotDone);
+      }
+      hasRun |= state.isRunning;
       if (Clock::now() > end) return Say("the self-test has not ended in time", kNotDone);
       ShowProgress(state);
     }
   }
 
   SelfTestStatus SayEnd(const SelfTestState& state) const {
-    if (!state.last) return Say("the drive does not say how the self-test ended", kNotDone);
+    if (!state.last) return Say(kUnsaid, kNotDone);
     std::string text = Kind() + " self-test: " + state.last->status;
     if (state.last->lba) text += " at sector " + std::to_string(*state.last->lba);
     const auto passed = state.last->passed;
@@ -119,6 +133,12 @@ class Watch {
   std::function<void()> beat_;
 };
 
+// Starting the test of a SCSI disk takes more than asking it.
+std::vector<int> Capabilities(const machines::Disk& disk) {
+  const bool isSCSI = disk.kind == machines::DiskKind::kSCSI;
+  return isSCSI ? std::vector<int>{CAP_SYS_RAWIO} : CapabilitiesFor(disk);
+}
+
 }  // namespace
 
 SelfTestStatus TestDrive(const machines::Disk& disk, const std::filesystem::path& dev,
@@ -127,8 +147,8 @@ SelfTestStatus TestDrive(const machines::Disk& disk, const std::filesystem::path
   const bool hasKind = disk.kind != machines::DiskKind::kOther;
   if (!hasKind) return watch.Say(kNoTests, kHasNone);
   std::string why;
-  const base::Descriptor node =
-      machines::OpenNode({dev / disk.name, machines::ReadDeviceNumber(disk.folder / "dev")}, why);
+  const base::Descriptor node = machines::OpenNode(
+      {dev / disk.name, machines::ReadDeviceNumber(disk.folder / "dev"), Capabilities(disk)}, why);
   if (!node.IsOpen()) return watch.Say(why, kNotDone);
   return watch.Test(*machines::MakeSelfTester(disk, node.Number()));
 }

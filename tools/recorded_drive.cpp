@@ -64,6 +64,9 @@ std::string AddLogs(drives::Drive& drive, const DriveAnswers& answers) {
   drive.protocol = drives::Protocol::kSCSI;
   for (const machines::ScsiPage& page : machines::kScsiPages) AddLogPage(drive, log(page.name));
   AddSelfTests(*drive.recorded, answers, machines::kScsiSelfTests, drives::ParseSCSISelfTests);
+  const auto& tests = drive.recorded->selfTests;
+  const bool isTesting = !tests.empty() && tests.front().status == drives::kSelfTestRuns;
+  if (isTesting) drive.recorded->selfTest = drives::kATASelfTestRuns;
   AddSense(drive, log(machines::kSense));
   AddDefectList(drive, log(machines::kDefectListHeader));
   drive.recorded->hasCondition = drive.recorded->exception.has_value();

@@ -17,7 +17,6 @@
 
 #include "base/descriptor.h"
 #include "base/standard_streams.h"
-#include "machines/linux/capabilities.h"
 #include "machines/linux/host_disks.h"
 #include "tools/drive_self_test.h"
 #include "tools/program.h"
@@ -48,21 +47,23 @@ void NoticeSignals() {
 
 [[noreturn]] void TestAndExit(const Disk& disk, const HostFolders& folders,
                               const SelfTestOrder& order, int pipe) noexcept {
-  const bool isNVMe = disk.kind == machines::DiskKind::kNVMe;
-  machines::KeepCapabilities(std::array{isNVMe ? CAP_SYS_ADMIN : CAP_SYS_RAWIO});
   const auto beat = [pipe] { [[maybe_unused]] const ssize_t sent = write(pipe, "", 1); };
   const int status = TestDrive(disk, folders.dev, order, beat);
   std::fflush(stdout);
   _exit(status);
 }
 
-// Waits until the child ends. Returns false if it gives no sign of life for so long.
+// Waits until the child ends. Returns false if it gives no sign of life for so long, or not soon
+// after an interruption.
 bool IsAlive(int pipe, pid_t child, std::chrono::milliseconds silence) {
+  constexpr std::chrono::milliseconds kAfterInterruption = std::chrono::seconds(5);
   pollfd input = {pipe, POLLIN, 0};
   std::array<char, 64> beats{};
   while (true) {
-    const int count = poll(&input, 1, static_cast<int>(silence.count()));
-    if (count == 0) return false;
+    const auto patience = isInterrupted != 0 ? std::min(silence, kAfterInterruption) : silence;
+    const int count = poll(&input, 1, static_cast<int>(patience.count()));
+    // It looks once more: this process may have been stopped, and the child with it.
+    if (count == 0 && poll(&input, 1, 0) <= 0) return false;
     if (count < 0 && errno == EINTR) {
       kill(child, SIGINT);
     } else if (read(pipe, beats.data(), beats.size()) <= 0) {
@@ -91,21 +92,32 @@ int Test(const Disk& disk, const HostFolders& folders, const SelfTestOrder& orde
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kNotDone;
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  base::PrintError(kCommandLine.program, disk.name + ": the process that tested it ended");
+  return kNotDone;
 }
 
-// The name of the disk that the user means, by its name, its node or a link to that.
-std::string NameOf(const std::string& argument) {
+// The name of the disk that the user means, by its name, its node in `dev` or a link to that. Empty
+// for another path: a file of that name is no disk.
+std::string NameOf(std::filesystem::path argument, const std::filesystem::path& dev) {
+  constexpr int kMostLinks = 40;
+  if (!argument.has_parent_path()) return argument;
   std::error_code error;
-  const auto path = std::filesystem::canonical(argument, error);
-  return (error ? std::filesystem::path(argument) : path).filename();
+  for (int links = 0; links < kMostLinks; links++) {
+    const std::filesystem::path folder = argument.parent_path();
+    if (std::filesystem::equivalent(folder, dev, error)) return argument.filename();
+    const auto target = std::filesystem::read_symlink(argument, error);
+    if (error) return "";
+    argument = folder / target;
+  }
+  return "";
 }
 
 // Those to test: the one of that name, or of each drive the first disk.
 std::vector<Disk> Chosen(const Arguments& arguments, const HostFolders& folders) {
   std::vector<Disk> disks = machines::ListDisks(folders.sysfs);
   if (!arguments.Has("all")) {
-    const std::string name = NameOf(*arguments.file);
+    const std::string name = NameOf(*arguments.file, folders.dev);
     std::erase_if(disks, [&](const Disk& disk) { return disk.name != name; });
     if (disks.empty()) throw std::runtime_error(*arguments.file + ": no such disk");
     return disks;
@@ -121,7 +133,9 @@ std::vector<Disk> Chosen(const Arguments& arguments, const HostFolders& folders)
 
 int TestDrives(const Arguments& arguments, const HostFolders& folders, const SelfTestTimes& times) {
   const bool isAll = arguments.Has("all");
-  if (isAll == arguments.file.has_value()) throw UsageError("either DISK or --all is needed");
+  if (isAll == arguments.file.has_value()) {
+    throw UsageError(isAll ? "--all needs no DISK" : "there is no DISK, and no --all");
+  }
   SelfTestOrder order;
   if (arguments.Has("extended")) order.kind = machines::SelfTestKind::kExtended;
   // Two tests at a time could slow a host down.

@@ -126,15 +126,16 @@ std::string ReadDateText(const Drive& drive) {
   return drive.recorded && drive.recorded->date ? base::DateText(*drive.recorded->date) : "";
 }
 
-// A count of 16 bits, as most drives have it, begins again after 7 years.
+// The count of an ATA drive's log has 16 bits, and begins again after 7 years.
 SelfTestTexts TextsOf(const drives::SelfTest& test, const Drive& drive) {
   constexpr std::uint64_t kRound = 0x10000;
   const auto then = test.powerOnHours;
   std::string hours = then ? fmt::format("{} h", *then) : "";
+  const bool isATA = drive.protocol == drives::Protocol::kATA;
   const auto now = drive.recorded ? drive.recorded->powerOnHours : std::nullopt;
   if (then && now && *now >= *then) {
     const std::uint64_t age = *now - *then;
-    hours += fmt::format(", {} h ago", *then < kRound ? age % kRound : age);
+    hours += fmt::format(", {} h ago", isATA ? age % kRound : age);
   }
   return {std::string(test.type), test.status, hours, test.lba ? std::to_string(*test.lba) : ""};
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -95,10 +96,12 @@ Value SelfTestFailed(const Drive& drive) {
 
 // Whether it passed, failed or was aborted.
 Value SelfTestTime(const Drive& drive) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max() / 3600;
   if (!drive.recorded) return std::nullopt;
   for (const drives::SelfTest& test : drive.recorded->selfTests) {
     const bool isOver = test.status != drives::kSelfTestRuns;
-    if (isOver && test.powerOnHours) return *test.powerOnHours * 3600;
+    if (isOver && test.powerOnHours && *test.powerOnHours <= kMost)
+      return *test.powerOnHours * 3600;
   }
   return std::nullopt;
 }

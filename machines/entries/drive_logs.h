@@ -31,13 +31,14 @@ struct ScsiPage {
   std::string_view name;
 };
 
+inline constexpr std::string_view kScsiExceptions = "LogPage2F";
 inline constexpr std::string_view kScsiSelfTests = "LogPage10";
 
-// The log pages of a SCSI disk, each with its header.
+// The log pages of a SCSI disk, each with its header. They are asked for, and shown, in this order.
 inline constexpr std::array kScsiPages = {
-    ScsiPage{0x02, "LogPage02"}, ScsiPage{0x03, "LogPage03"}, ScsiPage{0x05, "LogPage05"},
-    ScsiPage{0x0D, "LogPage0D"}, ScsiPage{0x0E, "LogPage0E"}, ScsiPage{0x10, kScsiSelfTests},
-    ScsiPage{0x11, "LogPage11"}, ScsiPage{0x15, "LogPage15"}, ScsiPage{0x2F, "LogPage2F"}};
+    ScsiPage{0x2F, kScsiExceptions}, ScsiPage{0x03, "LogPage03"}, ScsiPage{0x02, "LogPage02"},
+    ScsiPage{0x05, "LogPage05"},     ScsiPage{0x0D, "LogPage0D"}, ScsiPage{0x0E, "LogPage0E"},
+    ScsiPage{0x10, kScsiSelfTests},  ScsiPage{0x11, "LogPage11"}, ScsiPage{0x15, "LogPage15"}};
 
 inline constexpr std::size_t kNvmeSelfTestLogSize = 564;  // that of ATA is a block
 

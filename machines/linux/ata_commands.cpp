@@ -1,4 +1,4 @@
-// The one file that sends commands through the SCSI library.
+// The one file that sends ATA commands through the SCSI library.
 #include "machines/linux/ata_commands.h"
 
 #include <scsi/sg_cmds_extra.h>
@@ -7,8 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <span>
+
+#include "machines/linux/scsi_commands.h"
 
 namespace machines {
 namespace {
@@ -148,15 +149,13 @@ Cdb Wrap(const AtaRegisters& registers, std::uint8_t protocol, std::uint8_t flag
   return cdb;
 }
 
-// Removes the two environment variables that change the library, so that a run is the same
-// everywhere. Stores in `missing` how many bytes of the data did not come.
+// Stores in `missing` how many bytes of the data did not come.
 CommandResult Send(int node, const Cdb& cdb, std::span<std::uint8_t> data, int& missing) {
   constexpr int kTimeoutSeconds = 20;
   constexpr int kSilent = 0;
   constexpr int kGood = 0;
   constexpr int kCheckCondition = 2;
-  unsetenv("SG3_UTILS_DSENSE");
-  unsetenv("SG3_UTILS_LINUX_NANO");
+  ClearLibraryEnvironment();
   std::array<std::uint8_t, 64> sense{};
   const int status =
       sg_ll_ata_pt(node, cdb.data(), static_cast<int>(cdb.size()), kTimeoutSeconds,
@@ -184,6 +183,11 @@ BlockResult ReadBlock(int node, const AtaRegisters& registers, const Block& fill
   if (end != CommandEnd::kSucceeded) return {end};
   if (missing != 0) return {};
   return {end, block};
+}
+
+std::optional<Block> ReadAnswer(int node, const AtaRegisters& registers) {
+  const std::optional<Block> block = ReadBlock(node, registers).block;
+  return block == Block{} ? std::nullopt : block;
 }
 
 }  // namespace machines

@@ -93,4 +93,8 @@ struct BlockResult {
 // checksum are not noticed here.
 BlockResult ReadBlock(int node, const AtaRegisters& registers, const base::Block& fill = {});
 
+// The block that the drive sends. nullopt also for a block of zeros, which an adapter gives that
+// did not ask the drive.
+std::optional<base::Block> ReadAnswer(int node, const AtaRegisters& registers);
+
 }  // namespace machines

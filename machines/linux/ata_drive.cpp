@@ -1,6 +1,7 @@
 #include "machines/linux/ata_drive.h"
 
 #include <cstdint>
+#include <string>
 #include <utility>
 
 #include "base/dates.h"
@@ -18,13 +19,6 @@ using platform::DriveAnswers;
 constexpr AtaRegisters kCheckPowerMode = {.command = 0xE5};
 constexpr AtaRegisters kReadThresholds = SMARTCommand(0xD1);
 constexpr AtaRegisters kReturnStatus = SMARTCommand(0xDA);
-
-// The block that the drive sends. nullopt also for a block of zeros, which an adapter gives that
-// did not ask the drive.
-std::optional<Block> ReadAnswer(int node, const AtaRegisters& command) {
-  const std::optional<Block> block = ReadBlock(node, command).block;
-  return block == Block{} ? std::nullopt : block;
-}
 
 platform::BlockAnswer Given(const Block& block) {
   return {platform::Data(block.begin(), block.end()), true};
@@ -84,11 +78,7 @@ DriveAnswers AskForReport(int node, std::optional<Block> identify) {
 DriveAnswers Ask(int opened, const AtaNode& node, const KeptAnswers& kept) {
   std::optional<Block> identify;
   if (auto answers = AnswersOfSleeper(opened, node.identify, kept, identify)) return *answers;
-  DriveAnswers told = AskForReport(opened, identify);
-  if (node.hasLogs && told.data.succeeds && told.whyNotOpened.empty()) {
-    told.logs = ReadAtaLogs(opened, *told.identify.Block());
-  }
-  return told;
+  return AskForReport(opened, identify);
 }
 
 }  // namespace
@@ -97,6 +87,16 @@ platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept) {
   return [node = std::move(node), kept = std::move(kept)] {
     return AskNode(node.node, [&](int opened) { return Ask(opened, node, kept); });
   };
+}
+
+void AddAtaLogs(const DiskNode& node, DriveAnswers& answers) {
+  if (!answers.whyNotOpened.empty() || !answers.data.succeeds) return;
+  std::string why;
+  const base::Descriptor opened = OpenNode(node, why);
+  if (!opened.IsOpen()) return;
+  const platform::BlockAnswer& before =
+      answers.thresholds.succeeds ? answers.thresholds : answers.data;
+  answers.logs = ReadAtaLogs(opened.Number(), *answers.identify.Block(), *before.Block());
 }
 
 }  // namespace machines

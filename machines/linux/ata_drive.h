@@ -11,7 +11,6 @@ namespace machines {
 
 struct AtaNode {
   DiskNode node;
-  bool hasLogs = false;                      // its logs are asked for too
   std::optional<base::Block> identify = {};  // if the kernel keeps the data
 };
 
@@ -25,11 +24,13 @@ struct AtaNode {
 // not give it either, the drive does not count as opened. An adapter that did not ask the drive
 // gives a block of zeros: IDENTIFY DEVICE or READ DATA has then failed.
 //
-// Then its logs (machines/linux/ata_logs.h), if they are asked for: they may be missing.
-//
 // If answers are kept, CHECK POWER MODE is sent first. A drive in standby then gives its kept
 // answers and is not woken: it is sent only IDENTIFY DEVICE, and not even that if the node has the
 // data. If no answers of the drive are kept, it is asked like any other.
 platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept = {});
+
+// Adds the logs of the drive (machines/linux/ata_logs.h), which has just answered all else. They
+// may be missing.
+void AddAtaLogs(const DiskNode& node, platform::DriveAnswers& answers);
 
 }  // namespace machines

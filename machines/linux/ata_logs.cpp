@@ -27,7 +27,7 @@ constexpr AtaRegisters ReadLogExt(std::uint8_t address, std::uint8_t page) {
 
 class LogReader {
  public:
-  explicit LogReader(int node) : node_(node) {}
+  LogReader(int node, const Block& before) : node_(node), before_(before) {}
 
   // nullopt also for what the drive did not send: zeros, what the buffer held, or the block before.
   std::optional<Block> Read(const AtaRegisters& command) {
@@ -47,7 +47,7 @@ class LogReader {
 
   int node_;
   bool hasFailed_ = false;
-  Block before_{};
+  Block before_;
 };
 
 // Whether the directory of logs has statistics, as a number of pages.
@@ -70,11 +70,14 @@ platform::Data ReadStatistics(LogReader& reader) {
 
 }  // namespace
 
-std::optional<Block> ReadSelfTestLog(int node) { return LogReader(node).Read(kReadSelfTestLog); }
+std::optional<Block> ReadSelfTestLog(int node, const Block& before) {
+  return LogReader(node, before).Read(kReadSelfTestLog);
+}
 
-decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const Block& identify) {
+decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const Block& identify,
+                                                   const Block& before) {
   decltype(platform::DriveAnswers::logs) logs;
-  LogReader reader(node);
+  LogReader reader(node, before);
   if (drives::HasSelfTests(identify)) {
     const auto log = reader.Read(kReadSelfTestLog);
     if (log) logs.emplace(kSelfTestLog, platform::Data(log->begin(), log->end()));

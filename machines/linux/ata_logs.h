@@ -14,9 +14,11 @@ namespace machines {
 // are looked at. These are at most nine commands, none of which moves the heads. A log is missing
 // where the drive does not send it, or a layer before it gives zeros or an earlier block; after a
 // command that fails otherwise than by a refusal, nothing more is sent.
-decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const base::Block& identify);
+// `before` is the block that the drive has sent last.
+decltype(platform::DriveAnswers::logs) ReadAtaLogs(int node, const base::Block& identify,
+                                                   const base::Block& before);
 
 // The log of self-tests alone. nullopt as above.
-std::optional<base::Block> ReadSelfTestLog(int node);
+std::optional<base::Block> ReadSelfTestLog(int node, const base::Block& before);
 
 }  // namespace machines

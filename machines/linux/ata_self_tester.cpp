@@ -10,38 +10,46 @@
 namespace machines {
 namespace {
 
-using base::Block;
-using drives::SelfTest;
-
 class AtaSelfTester : public SelfTester {
  public:
   AtaSelfTester(int node, bool readsLog) : node_(node), readsLog_(readsLog) {}
 
   // Older drives say so in their S.M.A.R.T. data alone.
   SelfTestSupport Support() override {
-    const auto identify = ReadBlock(node_, kIdentifyDevice).block;
+    const auto identify = ReadAnswer(node_, kIdentifyDevice);
     if (!identify) return {.failure = "IDENTIFY DEVICE failed"};
     if (drives::LacksSMART(*identify)) return {.hasTests = false};
     if (SendCommand(node_, kEnableOperations).end != CommandEnd::kSucceeded) {
       return {.failure = "S.M.A.R.T. cannot be enabled"};
     }
     if (drives::HasSelfTests(*identify)) return {.hasTests = true};
-    readsLog_ = false;  // it does not say that it has that either
-    const auto data = ReadBlock(node_, kReadData).block;
+    const auto data = ReadAnswer(node_, kReadData);
     if (!data) return {.failure = kNoData};
     return {.hasTests = drives::HasSelfTestRoutine(*data)};
   }
 
   SelfTestState State() override {
-    const auto data = ReadBlock(node_, kReadData).block;
+    const auto data = ReadAnswer(node_, kReadData);
     if (!data) return {.failure = kNoData};
     const auto [status, percentDone] = drives::SelfTestStatusOf(*data);
-    if (status == drives::kATASelfTestRuns) return {.isRunning = true, .percentDone = percentDone};
-    return {.last = LastOf(status)};
+    SelfTestState state;
+    state.isRunning = status == drives::kATASelfTestRuns;
+    if (state.isRunning) {
+      state.percentDone = percentDone;
+      return state;
+    }
+    state.last = drives::ATASelfTestOf(status);
+    const auto log = readsLog_ ? ReadSelfTestLog(node_, *data) : std::nullopt;
+    const auto tests = log ? drives::ParseATASelfTests(*log) : std::nullopt;
+    if (!tests || tests->empty()) return state;
+    // The log has the sector too.
+    state.logged = tests->size();
+    if (tests->front().status == state.last->status) state.last = tests->front();
+    return state;
   }
 
   std::optional<int> Minutes(SelfTestKind kind) override {
-    const auto data = ReadBlock(node_, kReadData).block;
+    const auto data = ReadAnswer(node_, kReadData);
     if (!data) return std::nullopt;
     return drives::SelfTestMinutes(*data, kind == SelfTestKind::kExtended);
   }
@@ -56,16 +64,6 @@ class AtaSelfTester : public SelfTester {
 
  private:
   static constexpr const char* kNoData = "SMART READ DATA failed";
-
-  // By the log, which has the sector too, or else by the status alone.
-  SelfTest LastOf(int status) const {
-    SelfTest last = drives::ATASelfTestOf(status);
-    if (!readsLog_) return last;
-    const auto log = ReadSelfTestLog(node_);
-    const auto tests = log ? drives::ParseATASelfTests(*log) : std::nullopt;
-    const bool isThatOne = tests && !tests->empty() && tests->front().status == last.status;
-    return isThatOne ? tests->front() : last;
-  }
 
   int node_;
   bool readsLog_;

@@ -1,6 +1,7 @@
 #include "machines/linux/disk_node.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -8,6 +9,7 @@
 #include <utility>
 
 #include "machines/linux/block_device.h"
+#include "machines/linux/capabilities.h"
 
 namespace machines {
 
@@ -16,13 +18,14 @@ namespace machines {
 base::Descriptor OpenNode(const DiskNode& node, std::string& why) {
   base::Descriptor opened(open(node.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!opened.IsOpen()) {
-    const bool isForbidden = errno == EACCES || errno == EPERM;
+    const bool isForbidden = (errno == EACCES || errno == EPERM) && geteuid() != 0;
     why = std::string("cannot open its device node: ") + strerror(errno) +
           (isForbidden ? " (run as root)" : "");
   } else if (!node.number || BlockDeviceNumber(opened.Number()) != node.number) {
     why = "its device node is not known to be the disk's";
     return {};
   }
+  KeepCapabilities(node.capabilities);
   return opened;
 }
 

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,26 +49,38 @@ void GiveUpDescriptorsBut(int kept) {
   if (null > kKept) close(null);
 }
 
-// Any exception ends the child here, so that it does nothing that the parent does too.
-[[noreturn]] void AnswerAndExit(const Query& query, int pipe) noexcept {
-  std::signal(SIGPIPE, SIG_DFL);  // ends the child if the parent is gone
-  GiveUpDescriptorsBut(pipe);
-  KeepCapabilities(query.capabilities);
-  const std::string bytes = Packed(query.drive());
-  std::string_view rest = bytes;
+// Sends the answers after their size. Ends the process if it cannot.
+void Send(const DriveAnswers& answers) {
+  const std::string bytes = Packed(answers);
+  const std::uint64_t size = bytes.size();
+  std::string frame(reinterpret_cast<const char*>(&size), sizeof size);
+  frame += bytes;
+  std::string_view rest = frame;
   while (!rest.empty()) {
     const ssize_t written = write(kKept, rest.data(), rest.size());
     if (written < 0) _exit(1);
     rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+// Any exception ends the child here, so that it does nothing that the parent does too.
+[[noreturn]] void AnswerAndExit(const Query& query, int pipe) noexcept {
+  std::signal(SIGPIPE, SIG_DFL);  // ends the child if the parent is gone
+  GiveUpDescriptorsBut(pipe);
+  DriveAnswers answers = query.drive();
+  Send(answers);
+  if (query.more) {
+    query.more(answers);
+    Send(answers);
   }
   _exit(0);
 }
 
 struct Child {
   pid_t process = -1;
-  base::Descriptor pipe = {};  // open as long as the answers are awaited
-  std::string bytes = {};      // what has come of them
-  DriveAnswers answers = {};   // set once the pipe is closed
+  base::Descriptor pipe = {};                // open as long as the answers are awaited
+  std::string bytes = {};                    // what has come of them, but for those that are whole
+  std::optional<DriveAnswers> answers = {};  // the last that came whole
 };
 
 Child Start(const Query& query) {
@@ -86,22 +99,38 @@ Child Start(const Query& query) {
   return {process, std::move(reading)};
 }
 
-// Reads all that has come of the child's answers. At their end it takes them and closes the pipe.
+// Takes the answers that have come whole.
+void TakeAnswers(Child& child) {
+  std::uint64_t size = 0;
+  while (child.bytes.size() >= sizeof size) {
+    std::memcpy(&size, child.bytes.data(), sizeof size);
+    if (child.bytes.size() - sizeof size < size) return;
+    const auto length = static_cast<std::size_t>(size);
+    if (auto answers = Unpacked(std::string_view(child.bytes).substr(sizeof size, length))) {
+      child.answers = std::move(answers);
+    }
+    child.bytes.erase(0, sizeof size + length);
+  }
+}
+
+// Reads all that has come of the child's answers. At their end it closes the pipe.
 void Receive(Child& child) {
   std::array<char, PIPE_BUF> bytes{};
   ssize_t count = 0;
   while ((count = read(child.pipe.Number(), bytes.data(), bytes.size())) > 0) {
     child.bytes.append(bytes.data(), static_cast<std::size_t>(count));
   }
+  TakeAnswers(child);
   if (count < 0 && errno == EAGAIN) return;
-  const auto answers = Unpacked(child.bytes);
-  child.answers = answers ? *answers : Failed("the process that asked it ended");
+  if (!child.answers) child.answers = Failed("the process that asked it ended");
   close(child.pipe.Release());
 }
 
 void GiveUp(Child& child, std::chrono::milliseconds limit) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit).count();
-  child.answers = Failed("no answer within " + std::to_string(seconds) + " seconds");
+  if (!child.answers) {
+    child.answers = Failed("no answer within " + std::to_string(seconds) + " seconds");
+  }
   close(child.pipe.Release());
   kill(child.process, SIGKILL);
 }
@@ -158,7 +187,7 @@ std::vector<DriveAnswers> AskAll(const std::vector<Query>& queries, std::chrono:
   for (Child& child : children) {
     if (child.pipe.IsOpen()) GiveUp(child, limit);
     if (child.process > 0) waitpid(child.process, nullptr, WNOHANG);
-    answers.push_back(std::move(child.answers));
+    answers.push_back(std::move(*child.answers));
   }
   if (progress) progress(std::vector<bool>(queries.size()));
   return answers;

@@ -20,13 +20,13 @@ using Progress = std::function<void(const std::vector<bool>& isAwaited)>;
 
 struct Query {
   platform::Drive drive;
-  std::vector<int> capabilities = {};  // that asking takes, such as CAP_SYS_RAWIO
+  // Adds what is not needed as much. If it hangs, or ends the process, the answers before it count.
+  std::function<void(platform::DriveAnswers&)> more = {};
 };
 
 // The answers to `queries`, in their order. Each drive is called in a child process, which gives up
-// every descriptor of this one and all other capabilities, and sends the answers through a pipe.
-// whyNotOpened says so if a drive has not answered after `limit`, or if its child cannot be made or
-// ends without answers.
+// every descriptor of this one and sends the answers through a pipe. whyNotOpened says so if a
+// drive has not answered after `limit`, or if its child cannot be made or ends without answers.
 //
 // A child that is late is killed but not waited for, because a process that hangs in the kernel
 // cannot be ended. No child is waited for, so some may remain until this process ends. `progress`

@@ -1,5 +1,7 @@
 #include "machines/linux/host_disks.h"
 
+#include <linux/capability.h>
+
 #include <algorithm>
 #include <string_view>
 #include <system_error>
@@ -100,6 +102,21 @@ std::optional<Disk> ReadDisk(const fs::path& sysfs, const fs::path& link) {
 }
 
 }  // namespace
+
+// LOG SENSE and what else a SCSI disk is asked with are free to whoever may read its node.
+std::vector<int> CapabilitiesFor(const Disk& disk) {
+  switch (disk.kind) {
+    case DiskKind::kAHCI:
+    case DiskKind::kATA:
+      return {CAP_SYS_RAWIO};
+    case DiskKind::kNVMe:
+      return {CAP_SYS_ADMIN};
+    case DiskKind::kSCSI:
+    case DiskKind::kOther:
+      return {};
+  }
+  return {};
+}
 
 std::vector<Disk> ListDisks(const fs::path& sysfs) {
   std::vector<Disk> disks;

@@ -30,6 +30,9 @@ struct Disk {
 // command.
 inline bool HasLogs(const Disk& disk) { return disk.isModelKnown && !disk.isOnUSB; }
 
+// The capabilities that the kernel wants for the commands that such a disk is asked with.
+std::vector<int> CapabilitiesFor(const Disk& disk);
+
 // The disks in the kernel's order of naming: sda to sdz, then sdaa. Devices without hardware of
 // their own, such as loop devices, are left out, and so are optical and floppy drives. A disk that
 // goes away meanwhile is left out too. Throws std::system_error if the disks in `sysfs` cannot be

@@ -1,12 +1,12 @@
 #include "machines/linux/host_machine.h"
 
 #include <IOKit/storage/ata/ATASMARTLib.h>
-#include <linux/capability.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -95,12 +95,33 @@ std::optional<DriveAnswers> AnswersOfSuspended(const Disk& disk, const KeptAnswe
   return identity.empty() ? std::nullopt : kept(identity);
 }
 
+// The logs of a drive that sleeps on are kept with its other answers.
+Query MakeAtaQuery(const Disk& disk, const DiskNode& node, const Asking& asking) {
+  const auto isKept = std::make_shared<bool>(false);
+  KeptAnswers kept;
+  if (asking.kept) {
+    kept = [isKept, all = asking.kept](const std::string& identity) {
+      auto answers = all(identity);
+      *isKept = answers.has_value();
+      return answers;
+    };
+  }
+  Query query = {MakeAtaDrive({node, disk.identify}, kept)};
+  if (!asking.beyondReport || !HasLogs(disk)) return query;
+  query.more = [node, isKept](DriveAnswers& answers) {
+    if (!*isKept) AddAtaLogs(node, answers);
+  };
+  return query;
+}
+
 Query MakeQuery(const Disk& disk, const fs::path& dev, const Asking& asking) {
-  const DiskNode node = {dev / disk.name, ReadDeviceNumber(disk.folder / "dev")};
-  if (disk.kind == DiskKind::kNVMe) return {MakeNvmeDrive(node), {CAP_SYS_ADMIN}};
-  if (disk.kind == DiskKind::kSCSI) return {MakeScsiDrive({node, Identity(disk)}, asking.kept)};
-  const AtaNode ata = {node, asking.beyondReport && HasLogs(disk), disk.identify};
-  return {MakeAtaDrive(ata, asking.kept), {CAP_SYS_RAWIO}};
+  const DiskNode node = {dev / disk.name, ReadDeviceNumber(disk.folder / "dev"),
+                         CapabilitiesFor(disk)};
+  if (disk.kind == DiskKind::kNVMe) {
+    return {MakeNvmeDrive(node), [node](DriveAnswers& answers) { AddNvmeLogs(node, answers); }};
+  }
+  if (disk.kind != DiskKind::kSCSI) return MakeAtaQuery(disk, node, asking);
+  return {MakeScsiDrive({node, Identity(disk), disk.isOnUSB}, asking.kept)};
 }
 
 std::vector<std::string> AwaitedNames(const std::vector<const Disk*>& asked,

@@ -23,15 +23,6 @@ DriveAnswers Ask(int node) {
   DriveAnswers answers;
   answers.date = base::Now();
   answers.logs.emplace(kHealthLog, std::move(log));
-  Data controller(kControllerSize);
-  if (!SendNvme(node, kIdentifyNvmeController, controller).empty()) return answers;
-  controller.resize(base::kBlockSize);
-  if (drives::HasNVMeSelfTests(controller)) {
-    Data tests(kNvmeSelfTestLogSize);
-    const bool isSent = SendNvme(node, GetNvmeLog(kNvmeSelfTestPage, tests.size()), tests).empty();
-    if (isSent) answers.logs.emplace(kSelfTestLog, std::move(tests));
-  }
-  answers.logs.emplace(kIdentifyController, std::move(controller));
   return answers;
 }
 
@@ -39,6 +30,23 @@ DriveAnswers Ask(int node) {
 
 platform::Drive MakeNvmeDrive(DiskNode node) {
   return [node = std::move(node)] { return AskNode(node, Ask); };
+}
+
+void AddNvmeLogs(const DiskNode& node, DriveAnswers& answers) {
+  if (!answers.whyNotOpened.empty()) return;
+  std::string why;
+  const base::Descriptor opened = OpenNode(node, why);
+  Data controller(kControllerSize);
+  if (!opened.IsOpen()) return;
+  if (!SendNvme(opened.Number(), kIdentifyNvmeController, controller).empty()) return;
+  controller.resize(base::kBlockSize);
+  if (drives::HasNVMeSelfTests(controller)) {
+    Data tests(kNvmeSelfTestLogSize);
+    const NvmeCommand command = GetNvmeLog(kNvmeSelfTestPage, tests.size());
+    const bool isSent = SendNvme(opened.Number(), command, tests).empty();
+    if (isSent) answers.logs.emplace(kSelfTestLog, std::move(tests));
+  }
+  answers.logs.emplace(kIdentifyController, std::move(controller));
 }
 
 }  // namespace machines

@@ -7,10 +7,12 @@
 namespace machines {
 
 // Makes a drive that opens its node, sends Get Log Page for the SMART / Health Information log of
-// the whole controller, Identify Controller for the temperature limits, and Get Log Page for the
-// self-tests if it has them, each once, and closes the node again. A drive that does not send the
-// health log counts as not opened; the others may be missing. A health log of zeros is none: it
-// comes from a layer that did not ask the drive.
+// the whole controller, once, and closes the node again. A drive that does not send it counts as
+// not opened. A log of zeros is none: it comes from a layer that did not ask the drive.
 platform::Drive MakeNvmeDrive(DiskNode node);
+
+// Adds what Identify Controller answers, for the temperature limits, and the log of self-tests if
+// the drive has them. Each is sent once, and may be missing.
+void AddNvmeLogs(const DiskNode& node, platform::DriveAnswers& answers);
 
 }  // namespace machines

@@ -32,7 +32,7 @@ class NvmeSelfTester : public SelfTester {
     }
     const auto tests = drives::ParseNVMeSelfTests(log);
     if (!tests || tests->empty()) return {};
-    return {.last = tests->front()};
+    return {.last = tests->front(), .logged = tests->size()};
   }
 
   std::optional<int> Minutes(SelfTestKind kind) override {

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 #include "base/block.h"
+#include "drives/scsi_logs.h"
 
 namespace machines {
 namespace {
@@ -42,13 +44,25 @@ bool IsScsiRefusal(int status) {
 }
 
 Data ReadSense(int node) {
+  constexpr std::uint8_t kUnitAttention = 0x06;
   Data sense(18);  // a longer answer ends in what is not looked at
-  const int status = SendScsi([&] {
+  const auto read = [&] {
     return sg_ll_request_sense(node, false, sense.data(), static_cast<int>(sense.size()), kNotNoisy,
                                kSilent);
-  });
+  };
+  int status = SendScsi(read);
+  // That of a reset hides what the disk would say.
+  const int key = sg_get_sense_key(sense.data(), static_cast<int>(sense.size()));
+  if (status == SG_LIB_CAT_CLEAN && key == kUnitAttention && !drives::TellsException(sense)) {
+    status = SendScsi(read);
+  }
   if (status != SG_LIB_CAT_CLEAN) sense.clear();
   return sense;
+}
+
+void ClearLibraryEnvironment() {
+  unsetenv("SG3_UTILS_DSENSE");
+  unsetenv("SG3_UTILS_LINUX_NANO");
 }
 
 }  // namespace machines

@@ -10,9 +10,14 @@
 
 namespace machines {
 
+// Removes the two variables that change the library from the environment, so that a run is the same
+// everywhere.
+void ClearLibraryEnvironment();
+
 // What `send` returns, a status of the library, or what it returns the second time.
 template <typename Send>
 int SendScsi(Send send) {
+  ClearLibraryEnvironment();
   const int status = send();
   return status == SG_LIB_CAT_UNIT_ATTENTION ? send() : status;
 }

@@ -12,6 +12,7 @@
 
 #include "base/block.h"
 #include "base/dates.h"
+#include "drives/scsi_logs.h"
 #include "machines/entries/drive_logs.h"
 #include "machines/linux/scsi_commands.h"
 
@@ -56,24 +57,24 @@ std::string AddPages(int node, const Data& list, DriveAnswers& answers) {
     const int status = ReadLogPage(node, code, page);
     if (status == SG_LIB_CAT_CLEAN) {
       answers.logs.emplace(name, std::move(page));
-    } else if (!IsScsiRefusal(status)) {
+    } else if (!IsScsiRefusal(status) && status != SG_LIB_CAT_MALFORMED) {
       return "LOG SENSE failed for " + std::string(name);
     }
   }
   return "";
 }
 
-DriveAnswers Ask(int node) {
-  constexpr std::string_view kExceptions = "LogPage2F";
+// `sense` is what the disk has said before, if it was asked: an exception is said only once.
+DriveAnswers Ask(int node, bool isOnUSB, Data sense) {
   Data list;
   const int status = ReadLogPage(node, 0, list);
-  if (IsScsiRefusal(status)) return {};
+  if (IsScsiRefusal(status) || (status != SG_LIB_CAT_CLEAN && isOnUSB)) return {};
   if (status != SG_LIB_CAT_CLEAN) return NotAnswered("LOG SENSE failed");
   DriveAnswers answers;
   answers.whyNotOpened = AddPages(node, list, answers);
   if (!answers.whyNotOpened.empty()) return answers;
-  if (!answers.logs.contains(kExceptions)) {
-    Data sense = ReadSense(node);
+  if (!answers.logs.contains(kScsiExceptions)) {
+    if (!drives::TellsException(sense)) sense = ReadSense(node);
     if (!sense.empty()) answers.logs.emplace(kSense, std::move(sense));
   }
   if (Data header = ReadDefectListHeader(node); !header.empty()) {
@@ -83,19 +84,20 @@ DriveAnswers Ask(int node) {
   return answers;
 }
 
-DriveAnswers AskUnlessAsleep(int node, const std::string& identity, const KeptAnswers& kept) {
-  if (kept && IsAsleep(ReadSense(node))) {
-    if (auto answers = kept(identity)) return *answers;
+DriveAnswers AskUnlessAsleep(int opened, const ScsiNode& node, const KeptAnswers& kept) {
+  if (!kept) return Ask(opened, node.isOnUSB, {});
+  Data sense = ReadSense(opened);
+  if (IsAsleep(sense)) {
+    if (auto answers = kept(node.identity)) return *answers;
   }
-  return Ask(node);
+  return Ask(opened, node.isOnUSB, std::move(sense));
 }
 
 }  // namespace
 
 platform::Drive MakeScsiDrive(ScsiNode node, KeptAnswers kept) {
   return [node = std::move(node), kept = std::move(kept)] {
-    return AskNode(node.node,
-                   [&](int opened) { return AskUnlessAsleep(opened, node.identity, kept); });
+    return AskNode(node.node, [&](int opened) { return AskUnlessAsleep(opened, node, kept); });
   };
 }
 

@@ -13,6 +13,7 @@ namespace machines {
 struct ScsiNode {
   DiskNode node;
   std::string identity = {};  // by which its answers are kept
+  bool isOnUSB = false;
 };
 
 // Makes a disk that opens its node, sends LOG SENSE for the list of log pages and for those pages
@@ -20,9 +21,9 @@ struct ScsiNode {
 // not, and READ DEFECT DATA(10) for the length of the grown list. Each is sent once, and once more
 // after a unit attention. Then the node is closed again.
 //
-// A disk that refuses LOG SENSE has nothing to say: its answers have no logs, and no date. After
-// any other failure of LOG SENSE nothing more is sent, and whyNotOpened says what failed. The
-// defect list may be missing.
+// A disk that refuses LOG SENSE has nothing to say: its answers have no logs, and no date. So has
+// one behind USB that fails it, as many do that do not know it. After any other failure of LOG
+// SENSE nothing more is sent, and whyNotOpened says what failed. The defect list may be missing.
 //
 // If answers are kept, REQUEST SENSE is sent first. A disk that is stopped or in standby then gives
 // its kept answers. If none of the disk are kept, it is asked like any other.

@@ -34,7 +34,9 @@ class ScsiSelfTester : public SelfTester {
     }
     const auto tests = drives::ParseSCSISelfTests(page);
     if (!tests || tests->empty()) return {};
-    if (tests->front().status != drives::kSelfTestRuns) return {.last = tests->front()};
+    if (tests->front().status != drives::kSelfTestRuns) {
+      return {.last = tests->front(), .logged = tests->size()};
+    }
     return {.isRunning = true, .percentDone = PercentDone()};
   }
 

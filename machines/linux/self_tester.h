@@ -2,6 +2,7 @@
 // system that make a drive do anything but answer.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ struct SelfTestState {
   bool isRunning = false;
   std::optional<int> percentDone = {};        // of one that runs, if the drive says
   std::optional<drives::SelfTest> last = {};  // of those that have ended
+  std::size_t logged = 0;                     // how many tests are in the drive's log
 };
 
 // For one open device node, which must stay open as long as this is used.

@@ -67,6 +67,15 @@ void MaskSerialNumber(Property& property) {
   }
 }
 
+// The recorder keeps no names there, but a file may have them.
+void MaskEarlier(Array& earlier) {
+  for (Property& item : earlier) {
+    auto& recorded = std::get<Dictionary>(item.value);
+    MaskBlock(recorded, kIdentifyKey, drives::MaskIdentity);
+    MaskBlock(recorded, kIdentifyController, drives::MaskController);
+  }
+}
+
 }  // namespace
 
 void MaskSerials(Property& listing) {
@@ -80,6 +89,8 @@ void MaskSerials(Property& listing) {
       auto& recorded = std::get<Dictionary>(property.value);
       MaskBlock(recorded, kIdentifyKey, drives::MaskIdentity);
       MaskBlock(recorded, kIdentifyController, drives::MaskController);
+      const auto earlier = recorded.find(kEarlierKey);
+      if (earlier != recorded.end()) MaskEarlier(std::get<Array>(earlier->second.value));
     } else if (key == kHostKey) {
       auto& host = std::get<Dictionary>(property.value);
       if (const auto name = host.find(kHostNameKey); name != host.end()) {
