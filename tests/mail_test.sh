@@ -45,7 +45,7 @@ laptop() {
 laptop 0 >"$work/laptop.plist"
 laptop 1 >"$work/errors1.plist"
 laptop 7 >"$work/errors7.plist"
-cp "$examples/desktop.plist" "$work"
+echo '<plist><dict></dict></plist>' >"$work/empty.plist"
 laptop='Hitachi HTS543232L9A300 090812FB2D41LLKR7XPT'
 fails='/ThresholdExceeded/ { n; s/false/true/ }'
 goes='s/IOAHCIBlockStorageDevice/IOBlockStorageDevice/
@@ -61,6 +61,9 @@ self="the drive's own self-assessment: failed"
 failing="CRITICAL: worse: $laptop: failing: $self (before: OK)"
 stale='UNKNOWN: there is no recording of the last day'
 
+is 'no drive' empty works 'UNKNOWN: no drives'
+is 'still no drive' empty works ''
+rm "$folder/mailed.plist"
 is 'the first time, and all is well' laptop works ''
 is 'well for weeks' laptop works '' 0 30
 is 'the first failure' failing works "$failing"

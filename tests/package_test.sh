@@ -73,11 +73,18 @@ install_package() {
 upgrade_and_removal() {
   in_root systemctl --quiet is-enabled $enabled && fail 'the installation enables units'
   in_root systemctl --quiet enable $enabled || fail 'the units cannot be enabled'
-  steps=$(cd "$root/usr/lib/systemd/system" && sed -n 's/^ExecStart=//p' $services)
-  in_root sh -ec "mkdir /var/lib/smartprobe; $steps; touch $metrics/smartprobe.prom.killed" \
+  cd "$root/usr/lib/systemd/system"
+  steps=$(sed -nE 's/^(Environment|ExecStart)=//p' $services)
+  for each in $(sed -n 's/^#SMART/SMART/p' "$root/etc/default/smartprobe"); do
+    grep -qE "${each/=/(=|:-)}(}|$)" smartprobe.service "$root/usr/sbin/smartprobe-mail" ||
+      fail "$each in /etc/default/smartprobe is not what holds without it"
+  done
+  in_root sh -ec "mkdir /var/lib/smartprobe; $steps; touch $metrics/smartprobe.prom.killed \
+    /var/lib/smartprobe/said" \
     2>"$work/said" || fail "the service's steps"
   apt_in_root install --reinstall ./smartprobe.deb
   [ "$(in_root systemctl is-enabled $enabled | uniq)" = enabled ] || fail 'an upgrade disables units'
+  [ ! -e "$root/var/lib/smartprobe/said" ] || fail 'an upgrade keeps the state of an older version'
   apt_in_root remove smartprobe
   [ ! -e "$root$metrics/smartprobe.prom" ] && [ -s "$root/var/lib/smartprobe/index.html" ] ||
     fail 'the removal keeps the metrics, or drops what was recorded'
