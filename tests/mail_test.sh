@@ -72,7 +72,7 @@ text 'To: admin@example.org' "${failing#*: }" \
 grep -q '^/dev/rdisk0 .*failing$' "$work/mail" || fail 'no table in the mail'
 is 'the same again' failing works '' 0 6
 is 'the same a week later' failing works "CRITICAL: $laptop: failing: $self" 0 7
-is 'it vanishes' failed works "CRITICAL: gone: $laptop: before: failing: $self"
+is 'it vanishes' failed works "CRITICAL: gone since 2026-11-24: $laptop (failing: $self)"
 grep -qxF "gone since 2026-11-24: $laptop (failing:" "$work/mail" || fail "no drive that is gone: $(<"$work/mail")"
 is 'it is still gone' failed works ''
 is 'it is still gone a week later' failed works "CRITICAL: gone since 2026-11-24: $laptop (failing: $self)" 0 7
@@ -82,7 +82,7 @@ is 'it comes back' laptop works "OK: back: $laptop: OK"
 is 'it is in another place' places works ''
 is 'it vanishes, but the mail fails' gone fails ''
 is 'there is no sendmail' gone missing ''
-is 'it works again' gone works "WARNING: gone: $laptop: before: OK"
+is 'it works again' gone works "WARNING: gone since 2026-11-24: $laptop"
 is 'it comes back again' laptop works "OK: back: $laptop: OK"
 is 'a count grows' errors1 works 'WARNING: worse: FAST N1: caution: 1 media error (before: OK)'
 text 'grew: FAST N1: 1 media error, before 0'

@@ -29,15 +29,30 @@ std::string NamespaceOf(const Entry& device) {
   return name.starts_with("nvme") ? std::string(name.substr(name.rfind('n'))) : "";
 }
 
+struct Names {
+  std::string product, serial;
+};
+
+Names NamesOf(const Entry& device) {
+  const auto identify = device.drive().identify.Block();
+  if (identify) return {drives::ModelNumber(*identify), drives::SerialNumber(*identify)};
+  return {std::string(machines::Characteristic(device, machines::kProductNameKey)),
+          std::string(machines::Characteristic(device, machines::kSerialNumberKey))};
+}
+
+// Whether a serial number below is masked.
+bool IsMasked(const std::vector<Entry>& entries) {
+  return std::ranges::any_of(entries, [](const Entry& entry) {
+    const std::string serial = entry.drive ? NamesOf(entry).serial : "";
+    const bool isX = !serial.empty() && serial.find_first_not_of("X ") == std::string::npos;
+    return isX || IsMasked(entry.children);
+  });
+}
+
 // By what a drive is known. Empty: by nothing.
 std::string KeyOf(const Entry& device, bool isMasked) {
   if (!device.drive) return "";
-  std::string product(machines::Characteristic(device, machines::kProductNameKey));
-  std::string serial(machines::Characteristic(device, machines::kSerialNumberKey));
-  if (const auto identify = device.drive().identify.Block()) {
-    product = drives::ModelNumber(*identify);
-    serial = drives::SerialNumber(*identify);
-  }
+  auto [product, serial] = NamesOf(device);
   if (isMasked) serial.assign(serial.size(), 'X');
   const std::string identity = machines::IdentityOf(product, serial);
   return identity.empty() ? "" : identity + NamespaceOf(device);
@@ -122,10 +137,11 @@ std::optional<Entry> MakeGone(const Entry& before, const HistoryRules& rules) {
 
 void AddHistory(platform::Machine& machine, const platform::Machine& before,
                 const HistoryRules& rules) {
+  const bool isMasked = rules.areSerialsMasked || IsMasked(before.roots);
   Drives<Entry> now;
-  Collect(machine.roots, rules.areSerialsMasked, now);
+  Collect(machine.roots, isMasked, now);
   Drives<const Entry> then;
-  Collect(before.roots, rules.areSerialsMasked, then);
+  Collect(before.roots, isMasked, then);
   std::vector<Entry> gone;
   for (const auto& [key, device] : then) {
     if (!device) continue;

@@ -10,7 +10,7 @@ namespace tools {
 struct HistoryRules {
   std::chrono::sys_seconds now;
   std::chrono::days kept{};       // how old earlier answers may become
-  bool areSerialsMasked = false;  // in the recording before, or in the one that is made
+  bool areSerialsMasked = false;  // in the one that is made; what is before is looked at
 };
 
 // Adds to each drive of `machine` its earlier answers from the recording `before`: one for each of

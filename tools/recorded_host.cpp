@@ -126,7 +126,8 @@ void ReviveATA(std::vector<Entry>& entries) {
     ReviveATA(entry.children);
     if (!entry.goneSince || !entry.drive) continue;
     const platform::DriveAnswers answers = entry.drive();
-    const bool isATA = answers.identify.succeeds || answers.data.succeeds;
+    const bool isATA = answers.identify.succeeds || answers.data.succeeds ||
+                       answers.thresholds.succeeds || answers.exceeded || !answers.enables;
     if (isATA) entry.className = machines::kAHCIDeviceClass;
   }
 }

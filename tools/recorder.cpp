@@ -17,6 +17,7 @@
 #include "machines/entries/device_entries.h"
 #include "machines/recorded/mask_serials.h"
 #include "machines/recorded/property_list.h"
+#include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_files.h"
 #include "machines/recorded/write_recording.h"
 #include "tools/history.h"
@@ -38,20 +39,21 @@ const CommandLine kCommandLine = {
     true};
 
 // A drive that does not answer is no failure of the recording: it is recorded so.
-platform::Dictionary Record(const platform::Entry& device) {
-  const platform::DriveAnswers answers = device.drive();
-  if (device.goneSince) return machines::RecordDrive(answers);
-  std::vector<std::string> failures;
-  if (device.className != machines::kOtherDiskClass) {
-    failures = machines::FailuresOf(answers);
-  } else if (!answers.whyNotOpened.empty()) {
-    failures = {answers.whyNotOpened};
+void PrintFailures(const std::vector<platform::Entry>& devices) {
+  for (const platform::Entry& device : devices) {
+    if (!device.drive) continue;
+    const platform::DriveAnswers answers = device.drive();
+    std::vector<std::string> failures;
+    if (device.className != machines::kOtherDiskClass) {
+      failures = machines::FailuresOf(answers);
+    } else if (!answers.whyNotOpened.empty()) {
+      failures = {answers.whyNotOpened};
+    }
+    for (const std::string& failure : failures) {
+      base::PrintError(kCommandLine.program,
+                       std::string(machines::DiskName(device)).append(": ").append(failure));
+    }
   }
-  for (const std::string& failure : failures) {
-    base::PrintError(kCommandLine.program,
-                     std::string(machines::DiskName(device)).append(": ").append(failure));
-  }
-  return machines::RecordDrive(answers);
 }
 
 // "a, b"
@@ -117,23 +119,47 @@ void DropUnwritableDate(platform::Machine& machine) {
   }
 }
 
+std::string RecordingOf(const platform::Machine& machine, bool masks) {
+  platform::Property listing = machines::ListingOf(
+      machine, [](const platform::Entry& device) { return machines::RecordDrive(device.drive()); });
+  if (masks) machines::MaskSerials(listing);
+  return machines::WritePropertyList(listing);
+}
+
+// The recording with the history of so many days, or of as many of them as its reader can hold.
+std::string RecordingWithHistory(const platform::Machine& machine, const platform::Machine& before,
+                                 HistoryRules rules) {
+  while (true) {
+    platform::Machine whole = machine;
+    AddHistory(whole, before, rules);
+    std::string recording = RecordingOf(whole, rules.areSerialsMasked);
+    if (recording.size() <= machines::kMaxRecordingSize || rules.kept.count() == 0) {
+      return recording;
+    }
+    rules.kept /= 2;
+    base::PrintError(kCommandLine.program,
+                     "a history as long as that is too large; it keeps the last " +
+                         std::to_string(rules.kept.count()) + " days");
+  }
+}
+
 int RecordHost(const Arguments& arguments, const HostFolders& folders) {
   const std::string& file = *arguments.file;
-  const int days = DaysOf(arguments, "let-sleep", 365);
+  const int sleep = DaysOf(arguments, "let-sleep", 365);
   const std::chrono::days history(DaysOf(arguments, "history", 3650));
   const bool masks = arguments.Has("no-serials");
   CheckOutputFile(file);  // before any drive is woken for nothing
   machines::KeptAnswers kept;
-  if (days > 0) kept = ReadKeptAnswers(kCommandLine.program, file, days);
+  if (sleep > 0) kept = ReadKeptAnswers(kCommandLine.program, file, sleep);
   platform::Machine machine = AskHost(folders, kept);
   DropUnwritableDate(machine);
-  if (history.count() > 0) {
-    AddHistory(machine, MachineBefore(file), {base::Now(), history, masks});
-  }
-  platform::Property listing = machines::ListingOf(machine, Record);
+  PrintFailures(machine.roots.front().children);
   PrintDisksNotRead(machine);
-  if (masks) machines::MaskSerials(listing);
-  WriteOutputFile(file, machines::WritePropertyList(listing));
+  const std::string recording =
+      history.count() == 0
+          ? RecordingOf(machine, masks)
+          : RecordingWithHistory(machine, MachineBefore(file), {base::Now(), history, masks});
+  WriteOutputFile(file, recording);
   return 0;
 }
 

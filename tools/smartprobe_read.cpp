@@ -45,8 +45,8 @@ const tools::CommandLine kCommandLine = {
      {"no-gone", nullptr, "Leave out drives that are gone"},
      {"since", "OLD", "What has changed since the report or recording OLD, a line a change"},
      {"check", nullptr,
-      "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, no "
-      "attributes), 2 failing, 3 unknown"},
+      "Say first if all is well; status 0 well, 1 to look after (lost sectors, worn, hot, "
+      "gone, no attributes), 2 failing, 3 unknown"},
      {"max-age", "DAYS",
       "With --check, answers older than that are unknown; 1 to 3650, 2 without this option"},
      {"output", "FILE",

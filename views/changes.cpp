@@ -145,7 +145,14 @@ void AddNew(Changes& changes, const Known& now, const Host& before) {
   changes.push_back(MakeChange(health.grade, isBack ? "back" : "new", now, HealthText(health)));
 }
 
-void AddGone(Changes& changes, const Known& before) {
+// What it said last counts: before that it may have been well.
+void AddGone(Changes& changes, const Known& before, const Host& now) {
+  const auto last = std::ranges::find_if(
+      now.gone, [&](const drives::GoneDrive& gone) { return NameOf(gone.names) == before.name; });
+  if (last != now.gone.end()) {
+    changes.push_back({health::GradeOf(*last), GoneText(*last)});
+    return;
+  }
   std::string details = "it was not readable";
   Grade grade = Grade::kGone;
   if (before.drive) {
@@ -164,7 +171,8 @@ std::string ChangesText(const Host& before, const Host& now) {
   Changes changes;
   for (const auto& [key, known] : old) {
     const auto found = current.find(key);
-    found == current.end() ? AddGone(changes, known) : AddChange(changes, known, found->second);
+    found == current.end() ? AddGone(changes, known, now)
+                           : AddChange(changes, known, found->second);
   }
   for (const auto& [key, known] : current) {
     if (!old.contains(key)) AddNew(changes, known, before);

@@ -54,7 +54,8 @@ std::string CountsText(const Host& host, const Drives& drives) {
   for (const GradeRow& row : health::Grades()) {
     auto count = static_cast<std::size_t>(std::ranges::count(drives, &row, &JudgedDrive::grade));
     if (row.grade == Grade::kNotRead) count += host.notRead.size();
-    if (row.grade == Grade::kGone) count += host.gone.size();
+    count += static_cast<std::size_t>(std::ranges::count(
+        host.gone, row.grade, [](const drives::GoneDrive& gone) { return health::GradeOf(gone); }));
     if (count > 0) texts.push_back(fmt::format("{} {}", count, row.word));
   }
   return texts.empty() ? "none" : fmt::format("{}", fmt::join(texts, ", "));

@@ -41,12 +41,9 @@ bool IsATA(const Disk& disk) { return disk.kind == DiskKind::kATA || disk.kind =
 
 // Without IDENTIFY data the kernel knows only the first 16 characters of the model. If it knows
 // only the name of a bridge, the model comes from the drive's own answer, and is empty without one.
-std::string Model(const Disk& disk, const DriveAnswers* answers) {
-  std::optional<base::Block> identify = disk.identify;
-  if (!identify && !disk.isModelKnown) {
-    identify = answers ? answers->identify.Block().value_or(base::Block{}) : base::Block{};
-  }
-  if (identify) return drives::ModelNumber(*identify);
+std::string Model(const Disk& disk) {
+  if (disk.identify) return drives::ModelNumber(*disk.identify);
+  if (!disk.isModelKnown) return "";
   const fs::path device = disk.folder / "device";
   const std::string model = base::PrintableASCII(ReadText(device / "model"));
   if (disk.kind != DiskKind::kSCSI) return model;
@@ -75,7 +72,7 @@ std::string Revision(const Disk& disk) {
 
 // By what its answers are kept. Empty if that takes asking it.
 std::string Identity(const Disk& disk) {
-  if (!IsATA(disk)) return IdentityOf(Model(disk, nullptr), Serial(disk));
+  if (!IsATA(disk)) return IdentityOf(Model(disk), Serial(disk));
   return disk.identify ? drives::Identity(*disk.identify) : "";
 }
 
@@ -183,8 +180,8 @@ std::optional<platform::Number> ReadSize(const Disk& disk) {
   return platform::Number{kCFNumberSInt64Type, *sectors * kSectorSize};
 }
 
-Entry MakeMedium(const Disk& disk, const std::string& model) {
-  Entry medium{model + " Media", "IOMedia", {}, {}, {}};
+Entry MakeMedium(const Disk& disk) {
+  Entry medium{"", "IOMedia", {}, {}, {}};
   medium.properties.emplace(kDiskNameKey, Text(base::PrintableASCII(disk.name)));
   if (const auto size = ReadSize(disk)) medium.properties.emplace(kSizeKey, Property{*size});
   return medium;
@@ -200,15 +197,21 @@ bool HasNothingToSay(const DriveAnswers& answers) {
   return answers.whyNotOpened.empty() && !answers.date;
 }
 
-// `answers` is null if the disk was not asked.
-Entry MakeDevice(const Disk& disk, const DriveAnswers* answers) {
-  const std::string model = Model(disk, answers);
-  Dictionary characteristics = {{kProductNameKey, Text(model)}};
+// Names the device and its medium after the model.
+void SetModel(Entry& device, Dictionary& characteristics, const std::string& model) {
+  characteristics[kProductNameKey] = Text(model);
+  device.children.front().name = model + " Media";
+}
+
+// Without what the disk answers.
+Entry MakeDevice(const Disk& disk) {
+  Entry device{ClassOf(disk), ClassOf(disk), {}, {MakeMedium(disk)}, {}};
+  Dictionary characteristics;
+  SetModel(device, characteristics, Model(disk));
   if (IsATA(disk)) {
     const Property features = {platform::IntegerNumber(AtaFeatures(disk))};
     characteristics.emplace("ATA Features", features);
   }
-  Entry device{ClassOf(disk), ClassOf(disk), {}, {MakeMedium(disk, model)}, {}};
   if (const std::string serial = Serial(disk); !serial.empty()) {
     characteristics.emplace(kSerialNumberKey, Text(serial));
   }
@@ -216,19 +219,29 @@ Entry MakeDevice(const Disk& disk, const DriveAnswers* answers) {
     characteristics.emplace(kRevisionKey, Text(revision));
   }
   device.properties.emplace(kCharacteristicsKey, Property{std::move(characteristics)});
-  if (answers && !HasNothingToSay(*answers)) device.drive = [copy = *answers] { return copy; };
   return device;
+}
+
+void AddAnswers(Entry& device, const Disk& disk, const DriveAnswers& answers) {
+  if (HasNothingToSay(answers)) return;
+  device.drive = [copy = answers] { return copy; };
+  const auto identify = answers.identify.Block();
+  if (disk.isModelKnown || disk.identify || !identify) return;
+  auto& characteristics = std::get<Dictionary>(device.properties.at(kCharacteristicsKey).value);
+  SetModel(device, characteristics, drives::ModelNumber(*identify));
 }
 
 }  // namespace
 
+// The kernel is asked for names first: it forgets a drive that it gives up meanwhile.
 platform::Machine AskDisks(const std::vector<Disk>& disks, const fs::path& dev,
                            const Asking& asking) {
-  const Answers answers = AskAllOf(disks, dev, asking);
   Entry root{"Root", "IORegistryEntry", {}, {}, {}};
-  for (const Disk& disk : disks) {
-    const auto found = answers.find(&disk);
-    root.children.push_back(MakeDevice(disk, found == answers.end() ? nullptr : &found->second));
+  for (const Disk& disk : disks) root.children.push_back(MakeDevice(disk));
+  const Answers answers = AskAllOf(disks, dev, asking);
+  for (std::size_t i = 0; i < disks.size(); i++) {
+    const auto found = answers.find(&disks[i]);
+    if (found != answers.end()) AddAnswers(root.children[i], disks[i], found->second);
   }
   platform::Machine machine;
   machine.systemVersion = kSystemVersion;
