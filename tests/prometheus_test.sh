@@ -55,7 +55,7 @@ scsi() {
 # condition; "%" one with a pre-failure attribute at its threshold, "-" with a worn one, "^" with a
 # temperature; "p" with 3 sectors pending, "r" with one reallocated, "R" with two; "e" with 5 errors;
 # "f" with a failed self-test; "h" at 65 degrees, "H" at 75; "s" without moving parts; "w" with 8 of
-# 100 left of its life. "n" is an NVMe drive and "c" a SCSI disk, each with a limit of 80 degrees: "!"
+# 100 left of its life, by an attribute; "u" with 5% used, by its own count. "n" is an NVMe drive and "c" a SCSI disk, each with a limit of 80 degrees: "!"
 # is failing, "%" has too little spare, "w" has used 103% of its life, "x" is at 85 degrees, and "^"
 # reports heat without a temperature.
 drive() {
@@ -76,6 +76,8 @@ drive() {
     key Thresholds "$(block "$thresholds" 511 00)"
     key Identify "$(block "$(printf %040d20 0)$serial" 434 "$(given s 01 00)")"
     key ThresholdExceeded "$(given ! '<true/>' '<false/>')")
+  [[ ${name:2} != *u* ]] ||
+    answers+=$(key Statistics "$(block 010007000000000005000000000000C0 511 00)")
   [[ $1 != \?* ]] || answers+=$(key QueryFails '<true/>')
   names=$(key 'Product Name' '<string>DISK</string>')
   if [[ ${name:2} == *[cn]* ]]; then
