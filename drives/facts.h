@@ -107,20 +107,15 @@ struct Moment {
 // What a recording knows of a drive that was read, and a report does not.
 struct RecordedFacts {
   std::optional<int> temperature = {};       // in degrees Celsius; of an attribute, from 1 to 100
-  std::uint8_t temperatureId = 0;            // of the attribute that has it, or
-  std::string_view temperatureKey = {};      // of the figure that has it
+  std::string_view temperatureKey = {};      // of the figure that has it, if one has
   std::optional<int> temperatureLimit = {};  // the drive's own, from which on it is too hot
-  bool hasCondition = true;                  // false: the drive gave no verdict of its own
   std::vector<Figure> figures = {};          // of the drive's logs
-  std::optional<std::uint8_t> criticalWarning = {};  // of an NVMe drive, as the standard has it
-  std::optional<Exception> exception = {};           // of a SCSI disk
-  bool hasExceptionPage = false;                     // that has it; else sense data have
-  std::optional<int> percentageUsed = {};            // of the drive's life; may be above 100
-  std::string_view percentageUsedKey = {};           // of the figure that has it
-  std::optional<double> bytesRead = {};              // in all
+  std::optional<Exception> exception = {};   // of a SCSI disk
+  std::optional<int> percentageUsed = {};    // of the drive's life; may be above 100
+  std::string_view percentageUsedKey = {};   // of the figure that has it
+  std::optional<double> bytesRead = {};      // in all
   std::optional<double> bytesWritten = {};
   std::vector<SelfTest> selfTests = {};     // of the drive's log, the last one first
-  bool hasBadSelfTestLog = false;           // that log cannot be trusted
   std::vector<LossCount> losses = {};       // of the attributes that the drive has
   std::optional<LossCount> crcErrors = {};  // between drive and computer: nothing is lost by them
   std::vector<Moment> history = {};  // if there are earlier answers: the oldest first, and now last
@@ -135,6 +130,11 @@ struct RecordedFacts {
   std::optional<std::chrono::sys_seconds> date = {};  // when it answered
   // How long ago that was, where another drive of the host answered a day later or more.
   std::optional<std::chrono::days> age = {};
+  std::uint8_t temperatureId = 0;  // of the attribute that has the temperature; 0: none has
+  std::optional<std::uint8_t> criticalWarning = {};  // of an NVMe drive, as the standard has it
+  bool hasCondition = true;                          // false: the drive gave no verdict of its own
+  bool hasExceptionPage = false;   // a log page has the exception; else sense data have
+  bool hasBadSelfTestLog = false;  // the log of self-tests cannot be trusted
 };
 
 // A drive that was read. Any text may be empty, where it could not be found out, and padded with

@@ -193,9 +193,9 @@ TEST_F(AtaDrive, IsAskedForTheLogsThatItHas) {
     AnswerWell();
     answers.insert(kLogs.begin(), kLogs.end());
     Data& identify = answers['I'].block;
-    for (const auto& [word, value] : {std::pair(84, word84), {87, word87}}) {
-      identify[static_cast<std::size_t>(2 * word)] = static_cast<std::uint8_t>(value);
-      identify[static_cast<std::size_t>(2 * word + 1)] = static_cast<std::uint8_t>(value >> 8);
+    for (const auto& [byte, value] : {std::pair<std::size_t, int>(168, word84), {174, word87}}) {
+      identify[byte] = static_cast<std::uint8_t>(value);
+      identify[byte + 1] = static_cast<std::uint8_t>(value >> 8);
     }
   };
   for (const auto& [word84, word87, changed, logs, commands] : kCases) {

@@ -75,6 +75,7 @@ TEST(History, HasADayEachForAMonthAndAWeekEachBeforeThat) {
   recording = Written(recording);
   const std::vector<DriveAnswers>& earlier = recording.roots[0].children[0].earlier;
   std::vector<sys_seconds> dates;
+  dates.reserve(earlier.size());
   for (const DriveAnswers& answers : earlier) dates.push_back(*answers.date);
   ASSERT_TRUE(std::ranges::is_sorted(dates));
   EXPECT_LE(now - dates.front(), days(400));

@@ -58,7 +58,8 @@ int __wrap_ioctl(int /*node*/, unsigned long request, ...) {
   const bool isIdentify = command.opcode == 6 && command.data_len == 4096 && command.cdw10 == 1;
   EXPECT_TRUE(request == NVME_IOCTL_ADMIN_CMD && (isLog || isIdentify || isSelfTests) &&
               command.timeout_ms > 0);
-  void* const bytes = reinterpret_cast<void*>(static_cast<std::uintptr_t>(command.addr));
+  const auto address = static_cast<std::uintptr_t>(command.addr);
+  void* const bytes = reinterpret_cast<void*>(address);  // NOLINT(performance-no-int-to-ptr)
   const int status = Take(isLog         ? "log"
                           : isSelfTests ? "tests"
                                         : "identify",

@@ -41,6 +41,7 @@ class SelfTestProgram : public testing::Test {
   std::string Run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "smartprobe-selftest");
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     int status = -1;
@@ -116,7 +117,8 @@ TEST_F(SelfTestProgram, StartsATestAndSaysHowItEnds) {
       {{"--all", "sda"}, {}, {}, "2 smartprobe-selftest: --all needs no DISK; see --help\n"}};
   for (const auto& [arguments, given, turns, said] : kCases) {
     SetUp();
-    fs::create_symlink("dev/sda", root_ / "link");
+    fs::create_symlink("sda", root_ / "dev/backup");
+    fs::create_symlink("dev/backup", root_ / "link");
     WriteFile(root_ / "sdb/sda", "x");
     for (const auto& [letter, answer] : given) answers[letter] = answer;
     later['D'] = turns;

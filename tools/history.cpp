@@ -105,8 +105,9 @@ std::vector<DriveAnswers> Thinned(std::vector<DriveAnswers> earlier,
   std::set<std::pair<bool, int>> taken;
   if (current) taken.insert(SlotOf(*current, rules.now));
   std::vector<DriveAnswers> kept;
-  for (auto each = earlier.rbegin(); each != earlier.rend(); ++each) {
-    if (taken.insert(SlotOf(*each->date, rules.now)).second) kept.push_back(std::move(*each));
+  std::ranges::reverse(earlier);
+  for (DriveAnswers& each : earlier) {
+    if (taken.insert(SlotOf(*each.date, rules.now)).second) kept.push_back(std::move(each));
   }
   std::ranges::reverse(kept);
   return kept;

@@ -99,16 +99,17 @@ int Test(const Disk& disk, const HostFolders& folders, const SelfTestOrder& orde
 
 // The name of the disk that the user means, by its name, its node in `dev` or a link to that. Empty
 // for another path: a file of that name is no disk.
-std::string NameOf(std::filesystem::path argument, const std::filesystem::path& dev) {
+std::string NameOf(std::filesystem::path argument, const std::filesystem::path& dev,
+                   const std::vector<Disk>& disks) {
   constexpr int kMostLinks = 40;
   if (!argument.has_parent_path()) return argument;
   std::error_code error;
-  for (int links = 0; links < kMostLinks; links++) {
+  for (int links = 0; links < kMostLinks && !error; links++) {
     const std::filesystem::path folder = argument.parent_path();
-    if (std::filesystem::equivalent(folder, dev, error)) return argument.filename();
-    const auto target = std::filesystem::read_symlink(argument, error);
-    if (error) return "";
-    argument = folder / target;
+    const std::string name = argument.filename();
+    const bool isDisk = std::ranges::find(disks, name, &Disk::name) != disks.end();
+    if (isDisk && std::filesystem::equivalent(folder, dev, error)) return name;
+    argument = folder / std::filesystem::read_symlink(argument, error);
   }
   return "";
 }
@@ -117,7 +118,7 @@ std::string NameOf(std::filesystem::path argument, const std::filesystem::path& 
 std::vector<Disk> Chosen(const Arguments& arguments, const HostFolders& folders) {
   std::vector<Disk> disks = machines::ListDisks(folders.sysfs);
   if (!arguments.Has("all")) {
-    const std::string name = NameOf(*arguments.file, folders.dev);
+    const std::string name = NameOf(*arguments.file, folders.dev, disks);
     std::erase_if(disks, [&](const Disk& disk) { return disk.name != name; });
     if (disks.empty()) throw std::runtime_error(*arguments.file + ": no such disk");
     return disks;

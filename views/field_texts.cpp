@@ -153,7 +153,7 @@ std::string GrowthText(const Drive& drive, const drives::Figure& figure) {
 }
 
 std::string FigureText(const drives::Figure& figure) {
-  const std::string number = ToText(figure.value);
+  std::string number = ToText(figure.value);
   const double value = ToDouble(figure.value);
   switch (figure.unit) {
     case drives::Unit::kNone:

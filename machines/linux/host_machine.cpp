@@ -3,6 +3,7 @@
 #include <IOKit/storage/ata/ATASMARTLib.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <map>
@@ -45,7 +46,7 @@ std::string Model(const Disk& disk) {
   if (disk.identify) return drives::ModelNumber(*disk.identify);
   if (!disk.isModelKnown) return "";
   const fs::path device = disk.folder / "device";
-  const std::string model = base::PrintableASCII(ReadText(device / "model"));
+  std::string model = base::PrintableASCII(ReadText(device / "model"));
   if (disk.kind != DiskKind::kSCSI) return model;
   return base::PrintableASCII(ReadText(device / "vendor") + " " + model);
 }
@@ -80,10 +81,9 @@ std::string Identity(const Disk& disk) {
 // suspended together with its port.
 bool IsSuspended(const Disk& disk) {
   const fs::path device = disk.folder / "device";
-  for (const fs::path& folder : {device, device / "device"}) {
-    if (ReadText(folder / "power" / "runtime_status") == "suspended") return true;
-  }
-  return false;
+  return std::ranges::any_of(std::array{device, device / "device"}, [](const fs::path& folder) {
+    return ReadText(folder / "power" / "runtime_status") == "suspended";
+  });
 }
 
 std::optional<DriveAnswers> AnswersOfSuspended(const Disk& disk, const KeptAnswers& kept) {

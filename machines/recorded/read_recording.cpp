@@ -117,7 +117,7 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
 std::vector<platform::DriveAnswers> MoveEarlier(Dictionary& recorded) {
   constexpr std::size_t kMaxItems = 1000;  // ten years of the recorder's have some 550
   std::vector<platform::DriveAnswers> earlier;
-  Array items = Take<Array>(recorded, kEarlierKey);
+  auto items = Take<Array>(recorded, kEarlierKey);
   if (items.size() > kMaxItems) throw RecordingError("Earlier has more than 1000 items");
   for (Property& item : items) {
     auto& dictionary = TypedValue<Dictionary>("an item of Earlier", item);
