@@ -1,5 +1,5 @@
 // The forms for a terminal: a row an attribute or a row a drive, and at the end the devices that
-// could not be read and the disks that nobody looked at.
+// could not be read, those that are gone, and the disks that were not asked.
 #include <array>
 #include <string>
 #include <string_view>

@@ -42,8 +42,9 @@ std::string JsonText(const drives::Host& host, std::string_view version);
 std::string MetricsText(const drives::Host& host);
 
 // What has changed from `before` to `now`, a line a change, the worst first: drives that are gone,
-// new, worse, better, no longer readable or readable again, and counts that grew. A drive is known
-// by its product and serial number. Paths, hours and temperatures that make no grade are no change.
+// new, back, worse, better, no longer readable or readable again, and counts that grew. A drive is
+// known by its product and serial number. Paths, hours and temperatures that make no grade are no
+// change.
 std::string ChangesText(const drives::Host& before, const drives::Host& now);
 
 // What to do about what is wrong: a sentence a line for each grade that a drive or a reason has.
@@ -61,10 +62,11 @@ struct Judgement {
 // report's damage, whether it is among them or not. The first of these that is so makes the
 // verdict:
 // - critical: a drive is failing;
-// - unknown: there is a fault, a device that could not be read, or no drive. A drive of which
-//   nothing is known may be failing, and so may all that a probe did not find;
+// - unknown: there is a fault, a device that could not be read or tells nothing of its health, or
+//   no drive, not even one that is gone. A drive of which nothing is known may be failing, and so
+//   may all that a probe did not find;
 // - warning: a drive is of any other grade but kGood.
-// Disks that the probe does not read are named, and change nothing.
+// Disks that were not asked are named, and change nothing.
 Judgement Check(const drives::Host& host, const std::vector<std::string>& faults);
 
 }  // namespace views

@@ -1,6 +1,7 @@
 // Sends ATA commands through SCSI's ATA PASS-THROUGH and reads their sense data: how a command
 // ended, which registers the drive returned, and what these answer to SMART RETURN STATUS and CHECK
-// POWER MODE. ata_drive.cpp decides which commands a drive is sent.
+// POWER MODE. ata_drive.cpp, ata_logs.cpp and ata_self_tester.cpp decide which commands a drive is
+// sent.
 #pragma once
 
 #include <cstdint>

@@ -192,7 +192,7 @@ const char* ClassOf(const Disk& disk) {
   return disk.kind == DiskKind::kAHCI ? kAHCIDeviceClass : kATADeviceName;
 }
 
-// Of a SCSI disk that refuses LOG SENSE.
+// Of a SCSI disk that refuses LOG SENSE, or fails it behind USB.
 bool HasNothingToSay(const DriveAnswers& answers) {
   return answers.whyNotOpened.empty() && !answers.date;
 }
