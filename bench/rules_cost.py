@@ -61,6 +61,7 @@ def write_series(out, hosts, end):
     metric("smartprobe_attribute_value", attribute, recent, 15, 100)
     metric("smartprobe:drive_present", drive, 7 * day, 15 * minute)
     metric("smartprobe:sectors_reallocated", reallocated, 7 * day, 15 * minute, 0)
+    metric("smartprobe:sectors_unreadable", state, 7 * day, 15 * minute, 0)
     metric("smartprobe:report_time", host, 30 * day, 15 * minute, end)
     metric("smartprobe:drive_failing", failing, 26 * hour, 3 * minute)
     metric("smartprobe:attribute_reached", reached, 26 * hour, 3 * minute)

@@ -1,6 +1,7 @@
 #!/bin/bash
 # What Prometheus' own promtool makes of the metrics, and what the alert rules say of drives, hosts
 # and reports of many fates: alerts/*.yml are promtool's files, whose series smartprobe-read makes.
+# One of them is about the dashboard.
 # Usage: prometheus_test.sh PROMTOOL PROGRAM, which is smartprobe-read.
 . "$(dirname "$0")/program_test.sh"
 promtool=$1
@@ -114,20 +115,20 @@ segment() {
     fail "the report $2"
 }
 
-# series SEGMENT...: the series of a host in the language of promtool's tests, with a sample every
-# 5 minutes. A segment is its hours and a kind.
+# series JOB HOST SEGMENT...: the series of a host in the language of promtool's tests, with a sample
+# every 5 minutes. A segment is its hours and a kind.
 # shellcheck disable=SC2004 # 12 * 1/4 is 3
 series() {
-  local segment hours time=0
+  local job=$1 host=$2 segment hours time=0
+  shift 2
   for segment; do
     hours=${segment%%[@=~x-]*}
     echo "@ $((12 * $hours - 1))"
     segment $time "${segment#"$hours"}"
     time=$((time + 3600 * $hours))
-  done | awk '
-    BEGIN { print "    interval: 5m\n    input_series:" }
+  done | awk -v labels="job=\"$job\",instance=\"$host\"," '
     /^@/ { length_of[++segments] = $2; next }
-    { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{job=\"node\",instance=\"h\","); sub(/,\}/, "}")
+    { value = $NF; sub(/ [^ ]*$/, ""); sub(/\{/, "{" labels); sub(/,\}/, "}")
       values[$0, segments] = value; names[$0] }
     END { for (name in names) {
         printf "      - series: \047%s\047\n        values:", name
@@ -137,13 +138,31 @@ series() {
         print "" } }'
 }
 
-# Of a test the line "input_series: SEGMENT..." stands for the series of a host.
+# The dashboard's queries, each after the title of its panel or the name of its variable, if somebody
+# has chosen the job "node" and the hosts whose names begin with "h".
+jq -r '(.panels[] | [.title, .targets[].expr]),
+  (.templating.list[] | select(.type == "query") | [.name, (.query.query |
+    sub("^label_values\\((?<metric>.*), (?<label>.*)\\)$"; "count by (\(.label)) (\(.metric))"))]) |
+  map(gsub("\\$job"; "node") | gsub("\\$instance"; "h.*")) | @tsv' \
+  "$examples/dashboard.json" >"$work/queries"
+diff <(cut -f 1 "$work/queries" | sort) <(sed -n 's/.*expr: panel //p' "$here/alerts/dashboard.yml" | sort) ||
+  fail 'a query of the dashboard is not tested'
+
+# Of a test the line "input_series: SEGMENT..." stands for the series of a host, and a line
+# "other_host: JOB HOST SEGMENT..." below it for those of another. "expr: panel TITLE" stands for the
+# query of that panel.
 cp "$examples/alerts/smartprobe.rules.yml" "$work"
 for file in "$here"/alerts/*.yml; do
   test=$work/$(basename "$file")
   while IFS= read -r line; do
     # shellcheck disable=SC2086 # words
-    if [[ $line == *input_series:* ]]; then series ${line#*input_series:}; else echo "$line"; fi
+    case $line in
+      *input_series:*) printf '    interval: 5m\n    input_series:\n'
+        series node h ${line#*input_series:} ;;
+      *other_host:*) series ${line#*other_host:} ;;
+      *'expr: panel '*) echo "        expr: '$(sed -n "s/^${line#*panel }\t//p" "$work/queries")'" ;;
+      *) echo "$line" ;;
+    esac
   done <"$file" >"$test"
   "$promtool" test rules "$test" || fail "$file"
 done
