@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "machines/linux/block_device.h"
 #include "machines/linux/udev_database.h"
@@ -41,7 +40,7 @@ extern "C" int __wrap_sg_ll_ata_pt(int /*node*/, const std::uint8_t* cdb, int /*
   sent += letter;
   const Answer& answer = answers[letter];
   std::copy(answer.sense.begin(), answer.sense.end(), sense);
-  if (length > 0) std::memcpy(in, answer.block.data(), answer.block.size());
+  if (length > 0) std::ranges::copy(answer.block, static_cast<std::uint8_t*>(in));
   if (length > 0) *missing = answer.missing;
   while (answer.status == kHangs) pause();
   const int status = answer.status;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstring>
 
 #include "machines/entries/device_entries.h"
 #include "machines/linux/block_device.h"
@@ -41,7 +40,8 @@ std::string sent;
 int Take(const std::string& command, void* bytes, std::size_t size) {
   sent += command + " ";
   const Answer& answer = answers[command];
-  std::memcpy(bytes, answer.bytes.data(), std::min(size, answer.bytes.size()));
+  std::copy_n(answer.bytes.begin(), std::min(size, answer.bytes.size()),
+              static_cast<std::uint8_t*>(bytes));
   return answer.status;
 }
 
