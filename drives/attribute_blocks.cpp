@@ -68,7 +68,7 @@ struct LossAttribute {
   std::string_view name;
   bool ofSectors;
 };
-constexpr std::array kLossAttributes{LossAttribute{kReallocatedId, "reallocated", true},
+constexpr std::array kLossAttributes{LossAttribute{kReallocatedId, kReallocated, true},
                                      LossAttribute{197, "pending", true},
                                      LossAttribute{198, "uncorrectable", true},
                                      LossAttribute{kUncorrectableId, "uncorrectable", false},

@@ -86,6 +86,9 @@ struct LossCount {
   std::uint64_t growth = 0;  // how many of them came within kGrowthDays
 };
 
+// The name of sectors that the drive has replaced.
+inline constexpr std::string_view kReallocated = "reallocated";
+
 // For so many days before its last answer a count is said to have grown.
 inline constexpr std::chrono::days kGrowthDays{7};
 

@@ -7,6 +7,9 @@
 
 namespace drives {
 
+// Whether both counts come from the same attribute or figure, so that they can be compared.
+bool IsSameSource(const LossCount& one, const LossCount& other);
+
 // What of the facts changes with time. They must have a date.
 Moment MomentOf(const RecordedFacts& facts);
 

@@ -217,7 +217,7 @@ void AddDefectList(Drive& drive, Bytes header) {
   const std::uint64_t count = static_cast<std::size_t>(header[2] << 8 | header[3]) / size;
   RecordedFacts& facts = FactsOf(drive);
   if (!AddFigure(facts, {"", "", kKey, "Grown defects", {0, count}})) return;
-  facts.losses.push_back({.name = "reallocated", .count = count, .key = kKey});
+  facts.losses.push_back({.name = kReallocated, .count = count, .key = kKey});
 }
 
 }  // namespace drives

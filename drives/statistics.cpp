@@ -18,7 +18,7 @@ constexpr std::string_view kSection = "statistics";
 constexpr std::string_view kPowerOnHours = "power_on_hours";
 constexpr std::string_view kSectorsWritten = "sectors_written";
 constexpr std::string_view kSectorsRead = "sectors_read";
-constexpr std::string_view kReallocated = "reallocated_sectors";
+constexpr std::string_view kReallocatedSectors = "reallocated_sectors";
 constexpr std::string_view kUncorrectable = "uncorrectable_errors";
 constexpr std::string_view kCRCErrors = "crc_errors";
 constexpr std::string_view kTemperature = "temperature_celsius";
@@ -36,7 +36,7 @@ constexpr std::array kRows = {
     Row{1, 16, 4, kPowerOnHours, "Power-on time", Unit::kHours},
     Row{1, 24, 6, kSectorsWritten, "Sectors written", Unit::kDataUnits},
     Row{1, 40, 6, kSectorsRead, "Sectors read", Unit::kDataUnits},
-    Row{3, 32, 4, kReallocated, "Reallocated sectors"},
+    Row{3, 32, 4, kReallocatedSectors, "Reallocated sectors"},
     Row{4, 8, 4, kUncorrectable, "Reported uncorrectable errors"},
     Row{5, 8, 1, kTemperature, "Temperature", Unit::kCelsius},
     Row{5, 32, 1, "highest_temperature_celsius", "Highest temperature", Unit::kCelsius},
@@ -52,7 +52,7 @@ std::optional<base::Count128> ValueOf(Bytes page, const Row& row) {
   const std::uint8_t flags = page[row.offset + kFlags];
   if ((flags & kSupportedAndValid) != kSupportedAndValid) return std::nullopt;
   // Then it is no count of sectors, but how much of the spare ones is used, in percent.
-  if (row.key == kReallocated && (flags & kNormalized) != 0) return std::nullopt;
+  if (row.key == kReallocatedSectors && (flags & kNormalized) != 0) return std::nullopt;
   if (row.unit == Unit::kCelsius) return base::Signed(static_cast<std::int8_t>(page[row.offset]));
   base::Count128 value;
   for (std::size_t i = row.size; i-- > 0;) value.low = value.low << 8 | page[row.offset + i];
@@ -86,14 +86,14 @@ void UseCount(RecordedFacts& facts, const LossCount& counted) {
 }
 
 void UseLosses(RecordedFacts& facts, std::uint32_t sectorSize) {
-  const auto reallocated = ValueOf(facts, kReallocated);
+  const auto reallocated = ValueOf(facts, kReallocatedSectors);
   const bool isPlausible =
       reallocated && (!facts.capacity || *reallocated <= *facts.capacity / sectorSize);
   if (isPlausible) {
     UseCount(facts, {.id = kReallocatedId,
-                     .name = "reallocated",
+                     .name = drives::kReallocated,
                      .count = static_cast<std::uint64_t>(*reallocated),
-                     .key = kReallocated});
+                     .key = kReallocatedSectors});
   }
   if (const auto errors = ValueOf(facts, kUncorrectable)) {
     UseCount(facts, {.id = kUncorrectableId,

@@ -45,7 +45,8 @@ std::string GrowthText(const LossCount& loss) {
 bool IsFailingSoon(const LossCount& loss) {
   constexpr std::uint64_t kMany = 200;
   constexpr std::uint64_t kManyNew = 30;
-  return loss.name == "reallocated" && (loss.count.value_or(0) >= kMany || loss.growth >= kManyNew);
+  return loss.name == drives::kReallocated &&
+         (loss.count.value_or(0) >= kMany || loss.growth >= kManyNew);
 }
 
 // "69 sectors reallocated, 2 of them within 7 days, 2 pending"
@@ -161,9 +162,14 @@ void AddLifeUsed(Reasons& reasons, const RecordedFacts& facts) {
   reasons.push_back(reason);
 }
 
+// In degrees Celsius, from which on a drive is too hot.
+int HeatLimit(const RecordedFacts& facts) {
+  const int usual = facts.rotationRate == 0 ? 71 : 61;
+  return facts.temperatureLimit.value_or(usual);
+}
+
 void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
-  const int usual = facts.rotationRate == 0 ? 71 : 61;  // in degrees Celsius
-  if (!facts.temperature || *facts.temperature < facts.temperatureLimit.value_or(usual)) return;
+  if (!facts.temperature || *facts.temperature < HeatLimit(facts)) return;
   Reason reason{Grade::kHot, fmt::format("{} °C", *facts.temperature), {facts.temperatureId}};
   if (facts.temperatureLimit) reason.text += fmt::format(", limit {} °C", *facts.temperatureLimit);
   MarkFigure(reason, facts, facts.temperatureKey);
@@ -206,6 +212,12 @@ std::optional<bool> HasFailedSelfTest(const RecordedFacts& facts) {
   const bool isRunning = facts.selfTest == drives::kATASelfTestRuns;
   if (facts.selfTest && !isRunning) return drives::IsFailedATASelfTest(*facts.selfTest);
   return ended ? std::optional(false) : std::nullopt;
+}
+
+bool IsNearLimit(const drives::Drive& drive) {
+  constexpr int kMargin = 3;
+  if (!drive.recorded || !drive.recorded->temperature) return false;
+  return *drive.recorded->temperature > HeatLimit(*drive.recorded) - kMargin;
 }
 
 std::string StudyText(const Reason& reason, const drives::Drive& drive) {

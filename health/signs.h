@@ -18,6 +18,9 @@ void AddSigns(std::vector<Reason>& reasons, const drives::RecordedFacts& facts);
 // any.
 std::optional<bool> HasFailedSelfTest(const drives::RecordedFacts& facts);
 
+// Whether the drive's temperature is above its limit, or a few degrees below it.
+bool IsNearLimit(const drives::Drive& drive);
+
 // What a study found of many drives with such a reason, a sentence. Empty where it found nothing,
 // and for a drive without moving parts, which it did not look at.
 std::string StudyText(const Reason& reason, const drives::Drive& drive);

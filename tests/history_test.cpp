@@ -115,11 +115,11 @@ TEST(History, IsOfTheSameDriveWhateverBecomesOfIt) {
   recording = Next(recording, Recording({failing, drive('B', 2)}), at(2));
   EXPECT_EQ(told(recording), "2, 2, ") << "one is not read, and loses nothing";
   recording = Next(recording, Recording({drive('B', 3)}), at(3));
-  EXPECT_EQ(told(recording), "3, 2 gone, ");
+  EXPECT_EQ(told(recording), "3, 1 gone, ");
   EXPECT_EQ(recording.roots[0].children[1].goneSince, at(3));
   EXPECT_EQ(ReportOf(recording).find("GetSMARTFailed"), std::string::npos) << "no pass matches it";
   recording = Next(recording, Recording({drive('B', 34)}), at(34));
-  EXPECT_EQ(told(recording), "3, 2 gone, ");
+  EXPECT_EQ(told(recording), "3, 1 gone, ");
   const Machine back = Next(recording, Recording({drive('A', 35), drive('B', 35)}), at(35));
   EXPECT_EQ(told(back), "2, 3, ");
   recording = Next(recording, Recording({drive('B', 35)}), at(35));
@@ -129,10 +129,34 @@ TEST(History, IsOfTheSameDriveWhateverBecomesOfIt) {
   EXPECT_EQ(told(recording), "3, 0, 0, ");
   recording = Next(recording, Recording({drive('C', 37), drive('C', 37)}), at(37));
   EXPECT_EQ(told(recording), "0, 0, 3 gone, ");
+  // One that does not tell its names has those of the kernel, as far as it knows any.
+  Machine unnamed = Recording({drive('A', 1)});
+  Entry& device = unnamed.roots[0].children[0];
+  device.drive = DriveOf(NotOpened("it hangs"));
+  device.properties["Device Characteristics"] = Dict({{"Product Name", Text("MOD")}});
+  recording = Next(Recording({drive('A', 0)}), unnamed, at(1));
+  EXPECT_EQ(told(recording), "1, ");
+  EXPECT_EQ(tools::ReadRecordedHost(recording, at(1)).notRead.at(0).serial, std::string(20, 'A'));
+  device.drive = {};  // not asked any more, or without an answer
+  recording = Next(recording, unnamed, at(2));
+  EXPECT_EQ(told(recording), "0, 0 gone, ") << "without a drive there are no names to go by";
+  // A clock that is wrong once costs nothing, and neither does a drive that goes by it.
+  Machine years = Next({}, Recording({drive('A', 0), drive('B', 0)}), at(0));
+  for (const int day : {1, 2, 3}) {
+    years = Next(years, Recording({drive('A', day), drive('B', day)}), at(day));
+  }
+  years = Next(years, Recording({drive('A', -400), drive('B', -400)}), at(-400));
+  EXPECT_EQ(told(years), "4, 4, ");
+  years = Next(years, Recording({drive('A', 5000)}), at(5000));
+  EXPECT_EQ(told(years), "5, 4 gone, ");
+  years = Next(years, Recording({drive('A', 4)}), at(4));
+  EXPECT_EQ(told(years), "4, 4 gone, ");
+  EXPECT_EQ(years.roots[0].children[1].goneSince, at(4));
   // Masked serial numbers are all alike, but one drive of a product is known.
   Machine masked = Next({}, Recording({drive('A', 0)}), at(0), true);
   masked = Next(masked, Recording({drive('A', 1)}), at(1), true);
   EXPECT_EQ(told(masked), "1, ");
+  EXPECT_EQ(told(Next(masked, Recording({drive('B', 2)}), at(2))), "0, ") << "whose were they?";
   masked = Next(masked, Recording({drive('A', 2), drive('B', 2)}), at(2), true);
   EXPECT_EQ(told(masked), "0, 0, ");
 }
@@ -198,10 +222,13 @@ TEST(History, IsInEveryForm) {
   for (const auto& [form, text] : kForms) {
     EXPECT_NE(form.find(text), std::string::npos) << text << "\n" << form;
   }
-  // One that failed before it went is critical.
+  // One that failed before it went is critical, also if it could not be read any more.
   DriveAnswers failing = AnswersOf(kStart, {}, 'B');
   failing.exceeded = true;
-  recording = Next(Recording({failing}), Recording({AnswersOf(now, {}, 'A')}), now);
+  recording = Recording({failing});
+  failing.whyNotOpened = "it hangs";
+  recording = Next(recording, Recording({failing}), kStart + days(1));
+  recording = Next(recording, Recording({AnswersOf(now, {}, 'A')}), now);
   const auto check = views::Check(tools::ReadRecordedHost(recording, now), {});
   EXPECT_EQ(check.verdict, health::Verdict::kCritical) << check.summary;
 }

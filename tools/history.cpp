@@ -33,25 +33,31 @@ struct Names {
   std::string product, serial;
 };
 
+DriveAnswers AnswersOf(const Entry& device) {
+  return device.drive ? device.drive() : DriveAnswers();
+}
+
 Names NamesOf(const Entry& device) {
-  const auto identify = device.drive().identify.Block();
+  const auto identify = AnswersOf(device).identify.Block();
   if (identify) return {drives::ModelNumber(*identify), drives::SerialNumber(*identify)};
   return {std::string(machines::Characteristic(device, machines::kProductNameKey)),
           std::string(machines::Characteristic(device, machines::kSerialNumberKey))};
 }
 
-// Whether a serial number below is masked.
-bool IsMasked(const std::vector<Entry>& entries) {
-  return std::ranges::any_of(entries, [](const Entry& entry) {
-    const std::string serial = entry.drive ? NamesOf(entry).serial : "";
-    const bool isX = !serial.empty() && serial.find_first_not_of("X ") == std::string::npos;
-    return isX || IsMasked(entry.children);
-  });
+// Whether the serial numbers below are masked, all of them.
+bool AreMasked(const std::vector<Entry>& entries) {
+  bool areMasked = false;
+  for (const Entry& entry : entries) {
+    const std::string serial = NamesOf(entry).serial;
+    if (!serial.empty() && serial.find_first_not_of("X ") != std::string::npos) return false;
+    const bool areBelow = AreMasked(entry.children);
+    areMasked |= areBelow || !serial.empty();
+  }
+  return areMasked;
 }
 
 // By what a drive is known. Empty: by nothing.
 std::string KeyOf(const Entry& device, bool isMasked) {
-  if (!device.drive) return "";
   auto [product, serial] = NamesOf(device);
   if (isMasked) serial.assign(serial.size(), 'X');
   const std::string identity = machines::IdentityOf(product, serial);
@@ -73,17 +79,22 @@ void Collect(Entries& entries, bool isMasked, Drives<AnyEntry>& drives) {
   }
 }
 
+bool SaySomething(const DriveAnswers& answers) {
+  return answers.date && answers.whyNotOpened.empty() &&
+         (answers.data.succeeds || !answers.logs.empty());
+}
+
 // Only what changes, of answers that say something. nullopt for others.
 std::optional<DriveAnswers> Earlier(const DriveAnswers& answers) {
-  if (!answers.date || !answers.whyNotOpened.empty()) return std::nullopt;
+  if (!SaySomething(answers)) return std::nullopt;
   DriveAnswers earlier;
   earlier.date = answers.date;
+  earlier.exceeded = answers.exceeded;
   earlier.data = answers.data;
   for (const auto& [name, bytes] : answers.logs) {
     if (machines::ChangesWithTime(name)) earlier.logs.emplace(name, bytes);
   }
-  const bool saysNothing = !earlier.data.succeeds && earlier.logs.empty();
-  return saysNothing ? std::nullopt : std::optional(std::move(earlier));
+  return earlier;
 }
 
 // The day or the week of the date, as a number that no other has.
@@ -94,14 +105,25 @@ std::pair<bool, int> SlotOf(sys_seconds date, sys_seconds now) {
   return {isOld, isOld ? number / 7 : number};
 }
 
-// Of each slot the last, and none of that of the current answers, which are its last.
+// Whether the clock of now is more likely to be wrong than those of the answers, which are sorted:
+// it lies before most of them, or so far after all that none would be kept.
+bool IsClockWrong(const std::vector<DriveAnswers>& earlier, const HistoryRules& rules) {
+  if (earlier.empty()) return false;
+  const bool isBehind = *earlier[earlier.size() / 2].date > rules.now + days(1);
+  return isBehind || rules.now - *earlier.back().date > rules.kept;
+}
+
+// Of each slot the last, and none of that of the current answers, which are its last. The only one
+// there is stays, so that there is something to compare with.
 std::vector<DriveAnswers> Thinned(std::vector<DriveAnswers> earlier,
                                   const std::optional<sys_seconds>& current,
                                   const HistoryRules& rules) {
   std::ranges::stable_sort(earlier, {}, [](const DriveAnswers& each) { return *each.date; });
+  if (IsClockWrong(earlier, rules)) return earlier;
   std::erase_if(earlier, [&](const DriveAnswers& each) {
-    return *each.date > rules.now || rules.now - *each.date > rules.kept;
+    return *each.date > rules.now || rules.now - *each.date > rules.kept || each.date == current;
   });
+  if (earlier.size() < 2) return earlier;
   std::set<std::pair<bool, int>> taken;
   if (current) taken.insert(SlotOf(*current, rules.now));
   std::vector<DriveAnswers> kept;
@@ -109,48 +131,82 @@ std::vector<DriveAnswers> Thinned(std::vector<DriveAnswers> earlier,
   for (DriveAnswers& each : earlier) {
     if (taken.insert(SlotOf(*each.date, rules.now)).second) kept.push_back(std::move(each));
   }
+  if (kept.empty()) kept.push_back(std::move(earlier.back()));
   std::ranges::reverse(kept);
   return kept;
 }
 
-std::optional<sys_seconds> DateOf(const Entry& device) {
-  const auto earlier = Earlier(device.drive());
-  return earlier ? earlier->date : std::nullopt;
+// What never changes, of a drive that has not told it this time.
+void KeepNames(DriveAnswers& answers, const DriveAnswers& before) {
+  if (!answers.identify.succeeds) answers.identify = before.identify;
+  if (!answers.thresholds.succeeds) answers.thresholds = before.thresholds;
 }
 
 void TakeEarlier(Entry& device, const Entry& before, const HistoryRules& rules) {
+  const DriveAnswers last = before.drive();
+  DriveAnswers answers = AnswersOf(device);
+  if (!device.drive) answers.whyNotOpened = "it no longer answers LOG SENSE";
+  if (!answers.whyNotOpened.empty()) {
+    KeepNames(answers, last);
+    device.drive = [answers] { return answers; };
+  }
   std::vector<DriveAnswers> earlier = before.earlier;
-  if (auto last = Earlier(before.drive())) earlier.push_back(std::move(*last));
-  device.earlier = Thinned(std::move(earlier), DateOf(device), rules);
+  if (auto told = Earlier(last)) earlier.push_back(std::move(*told));
+  const bool saysSomething = SaySomething(answers);
+  device.earlier = Thinned(std::move(earlier), saysSomething ? answers.date : std::nullopt, rules);
 }
 
-// The entry of a drive that is gone, whatever it was before. nullopt once it is forgotten.
+// The entry of a drive that is gone, whatever it was before, with what it said last when it could
+// be read. nullopt once it is forgotten.
 std::optional<Entry> MakeGone(const Entry& before, const HistoryRules& rules) {
   Entry gone = before;
   gone.name = gone.className = machines::kOtherDiskClass;
-  if (!gone.goneSince) gone.goneSince = rules.now;
+  gone.goneSince = std::min(before.goneSince.value_or(rules.now), rules.now);
   if (rules.now - *gone.goneSince > kMonth) return std::nullopt;
-  gone.earlier = Thinned(before.earlier, DateOf(before), rules);
+  const DriveAnswers last = before.drive();
+  if (SaySomething(last) || before.earlier.empty()) return gone;
+  DriveAnswers told = before.earlier.back();
+  KeepNames(told, last);
+  gone.earlier.pop_back();
+  gone.drive = [told] { return told; };
   return gone;
+}
+
+// A drive that did not tell its names has those of the kernel, which are shorter or none: it is the
+// one that was at its place before, if nothing that is known speaks against it.
+Entry* FindUnnamed(std::vector<Entry>& entries, const Entry& before) {
+  const Names old = NamesOf(before);
+  for (Entry& entry : entries) {
+    const Names names = NamesOf(entry);
+    const bool isUnread = entry.drive && !AnswersOf(entry).whyNotOpened.empty();
+    const bool fits = old.product.starts_with(names.product) &&
+                      (names.serial.empty() || names.serial == old.serial);
+    const bool isThere = machines::DiskName(entry) == machines::DiskName(before);
+    if (isUnread && fits && isThere && !entry.goneSince) return &entry;
+    if (Entry* below = FindUnnamed(entry.children, before)) return below;
+  }
+  return nullptr;
 }
 
 }  // namespace
 
 void AddHistory(platform::Machine& machine, const platform::Machine& before,
                 const HistoryRules& rules) {
-  const bool isMasked = rules.areSerialsMasked || IsMasked(before.roots);
+  // Whose serial numbers were masked is not known.
+  if (AreMasked(before.roots) && !rules.areSerialsMasked) return;
   Drives<Entry> now;
-  Collect(machine.roots, isMasked, now);
+  Collect(machine.roots, rules.areSerialsMasked, now);
   Drives<const Entry> then;
-  Collect(before.roots, isMasked, then);
+  Collect(before.roots, rules.areSerialsMasked, then);
   std::vector<Entry> gone;
   for (const auto& [key, device] : then) {
-    if (!device) continue;
+    if (!device || !device->drive) continue;
     const auto found = now.find(key);
-    if (found == now.end()) {
+    Entry* same = found == now.end() ? FindUnnamed(machine.roots, *device) : found->second;
+    if (same) {
+      TakeEarlier(*same, *device, rules);
+    } else if (found == now.end()) {
       if (auto entry = MakeGone(*device, rules)) gone.push_back(std::move(*entry));
-    } else if (found->second) {
-      TakeEarlier(*found->second, *device, rules);
     }
   }
   auto& children = machine.roots.front().children;

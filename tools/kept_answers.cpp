@@ -44,7 +44,7 @@ std::string IdentityOf(const Entry& entry, const DriveAnswers& answers) {
 void Collect(const std::vector<Entry>& entries, int days, AnswersByIdentity& collected) {
   for (const Entry& entry : entries) {
     Collect(entry.children, days, collected);
-    if (!entry.drive) continue;
+    if (!entry.drive || entry.goneSince) continue;
     DriveAnswers answers = entry.drive();
     const std::string identity = IdentityOf(entry, answers);
     if (identity.empty()) continue;

@@ -1,6 +1,7 @@
 #include "tools/recorder.h"
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -19,6 +20,7 @@
 #include "machines/recorded/property_list.h"
 #include "machines/recorded/read_recording.h"
 #include "machines/recorded/recording_files.h"
+#include "machines/recorded/recording_format.h"
 #include "machines/recorded/write_recording.h"
 #include "tools/history.h"
 #include "tools/kept_answers.h"
@@ -93,20 +95,31 @@ int DaysOf(const Arguments& arguments, const std::string& option, int most) {
   return *days;
 }
 
-// The recording that is replaced. Without one, or with one that cannot be read, it is empty: the
-// latter is put aside, so that its history is not lost.
-platform::Machine MachineBefore(const std::string& file) {
+// The recording that is replaced.
+struct OldRecording {
+  platform::Machine machine = {};
+  bool isUnreadable = false;
+};
+
+OldRecording ReadOld(const std::string& file) {
   std::error_code error;
   if (!std::filesystem::exists(file, error) && !error) return {};
   try {
-    return machines::ReadRecordingFile(file);
+    return {machines::ReadRecordingFile(file)};
   } catch (const std::runtime_error& failure) {
-    const std::string aside = file + ".unreadable";
-    std::filesystem::rename(file, aside);
-    base::PrintError(kCommandLine.program, std::string(failure.what()) + "; it is now " + aside +
-                                               ", and the history begins anew");
-    return {};
+    base::PrintError(kCommandLine.program, failure.what());
+    return {.isUnreadable = true};
   }
+}
+
+// Its history may still be saved by hand.
+void PutAside(const std::string& file) {
+  std::string aside = file + ".unreadable";
+  for (int number = 2; std::filesystem::exists(aside); number++) {
+    aside = file + ".unreadable" + std::to_string(number);
+  }
+  std::filesystem::rename(file, aside);
+  base::PrintError(kCommandLine.program, file + " is now " + aside + ": the history begins anew");
 }
 
 // A clock may be wrong, which is no reason not to record.
@@ -126,6 +139,18 @@ std::string RecordingOf(const platform::Machine& machine, bool masks) {
   return machines::WritePropertyList(listing);
 }
 
+// Whether the reader's limits allow it. A small recording is far from them.
+bool CanBeRead(const std::string& recording) {
+  constexpr std::size_t kSmall = machines::kMaxRecordingSize / 16;
+  if (recording.size() <= kSmall) return true;
+  try {
+    machines::ReadRecording(recording);
+    return true;
+  } catch (const machines::RecordingError&) {
+    return false;
+  }
+}
+
 // The recording with the history of so many days, or of as many of them as its reader can hold.
 std::string RecordingWithHistory(const platform::Machine& machine, const platform::Machine& before,
                                  HistoryRules rules) {
@@ -133,9 +158,7 @@ std::string RecordingWithHistory(const platform::Machine& machine, const platfor
     platform::Machine whole = machine;
     AddHistory(whole, before, rules);
     std::string recording = RecordingOf(whole, rules.areSerialsMasked);
-    if (recording.size() <= machines::kMaxRecordingSize || rules.kept.count() == 0) {
-      return recording;
-    }
+    if (CanBeRead(recording) || rules.kept.count() == 0) return recording;
     rules.kept /= 2;
     base::PrintError(kCommandLine.program,
                      "a history as long as that is too large; it keeps the last " +
@@ -155,10 +178,12 @@ int RecordHost(const Arguments& arguments, const HostFolders& folders) {
   DropUnwritableDate(machine);
   PrintFailures(machine.roots.front().children);
   PrintDisksNotRead(machine);
+  const OldRecording old = history.count() > 0 ? ReadOld(file) : OldRecording();
   const std::string recording =
       history.count() == 0
           ? RecordingOf(machine, masks)
-          : RecordingWithHistory(machine, MachineBefore(file), {base::Now(), history, masks});
+          : RecordingWithHistory(machine, old.machine, {base::Now(), history, masks});
+  if (old.isUnreadable) PutAside(file);
   WriteOutputFile(file, recording);
   return 0;
 }

@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "drives/history.h"
 #include "health/health.h"
+#include "health/signs.h"
 #include "views/field_texts.h"
 #include "views/views.h"
 
@@ -77,9 +79,9 @@ std::vector<std::string> GrownCounts(const Drive& before, const Drive& now) {
   std::vector<std::string> texts;
   if (!before.recorded || !now.recorded) return texts;
   const auto add = [&](const LossCount& loss, const LossCount& old) {
-    const bool isSame = loss.id == old.id && loss.name == old.name && loss.key == old.key;
-    if (!isSame || loss.count.value_or(0) <= old.count.value_or(0)) return;
-    texts.push_back(fmt::format("{}, before {}", LossText(loss), old.count.value_or(0)));
+    const bool areKnown = loss.count && old.count && drives::IsSameSource(loss, old);
+    if (!areKnown || *loss.count <= *old.count) return;
+    texts.push_back(fmt::format("{}, before {}", LossText(loss), *old.count));
   };
   for (const LossCount& loss : now.recorded->losses) {
     for (const LossCount& old : before.recorded->losses) add(loss, old);
@@ -110,7 +112,8 @@ void AddDifferences(Changes& changes, const Known& before, const Known& now) {
   const std::string details =
       fmt::format("{} (before: {})", HealthText(health), RowOf(old.grade).word);
   if (isWorse) changes.push_back(MakeChange(health.grade, "worse", now, details));
-  if (health.grade < old.grade) {
+  const bool isStillWarm = old.grade == Grade::kHot && health::IsNearLimit(*now.drive);
+  if (health.grade < old.grade && !isStillWarm) {
     changes.push_back(MakeChange(health.grade, "better", now, details));
   }
   for (const std::string& text : GrownCounts(*before.drive, *now.drive)) {

@@ -224,8 +224,9 @@ std::string GoneText(const drives::GoneDrive& gone) {
     const health::Health health = health::HealthOf(*gone.drive);
     if (health.grade != health::Grade::kGood) before = HealthText(health);
   }
-  return fmt::format("gone since {}: {}{}{}{}", base::DayText(gone.since),
-                     ProductText(gone.names.product),
+  const bool hasName = !gone.names.product.empty() || !gone.names.serial.empty();
+  return fmt::format("gone since {}: {}{}{}{}{}", base::DayText(gone.since),
+                     hasName ? "" : "(no name)", ProductText(gone.names.product),
                      gone.names.serial.empty() ? "" : " " + FieldText(gone.names.serial),
                      before.empty() ? "" : " (" + before, before.empty() ? "" : ")");
 }

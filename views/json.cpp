@@ -235,6 +235,7 @@ void PutGoneDrives(Writer& json, const Host& host) {
     Put(json, "product", gone.names.product);
     Put(json, "serial", gone.names.serial);
     Put(json, "since_unix_time", std::int64_t{gone.since.time_since_epoch().count()});
+    if (!gone.names.why.empty()) Put(json, "reason", gone.names.why);
     if (gone.drive) PutHealth(json, health::HealthOf(*gone.drive));
     json.EndObject();
   }
