@@ -46,6 +46,7 @@ laptop 0 >"$work/laptop.plist"
 laptop 1 >"$work/errors1.plist"
 laptop 7 >"$work/errors7.plist"
 echo '<plist><dict></dict></plist>' >"$work/empty.plist"
+echo '<plist>' >"$work/broken.plist"
 laptop='Hitachi HTS543232L9A300 090812FB2D41LLKR7XPT'
 fails='/ThresholdExceeded/ { n; s/false/true/ }'
 goes='s/IOAHCIBlockStorageDevice/IOBlockStorageDevice/
@@ -92,5 +93,10 @@ is 'no recording for a day' laptop works "$stale" 2
 is 'the same again' none works ''
 is 'the same a week later' none works "$stale" 0 7
 is 'recorded again' laptop works 'OK: recorded again'
+is 'what is no recording' broken works "$stale"
+is 'the same again' broken works ''
+is 'a drive fails meanwhile' failing works "$failing"
+text 'recorded again'
+is 'it is well again' laptop works "OK: better: $laptop: OK (before: failing)"
 is 'a drive cannot be read' unread works "UNKNOWN: new, and not readable: USB OK: DISK 090812FB2D41LLKR7XPT: it was not opened when recorded"
 [ ! -e "$work/failed" ]
