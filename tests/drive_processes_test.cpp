@@ -100,16 +100,17 @@ TEST(AskAll, LeavesNoCapabilityButThoseOfFiles) {
 
 // What is needed less must not cost what has come before.
 TEST(AskAll, AnswersBeforeAHangCount) {
-  const auto hang = [](DriveAnswers& answers) { answers.enables = false, pause(); };
-  const auto end = [](DriveAnswers& answers) { answers.enables = false, _exit(0); };
-  const auto add = [](DriveAnswers& answers) { answers.logs["Sense"] = {1}; };
-  const auto answers = machines::AskAll({{DriveOf(HealthyAnswers()), hang},
-                                         {DriveOf(HealthyAnswers()), end},
-                                         {DriveOf(HealthyAnswers()), add}},
-                                        900ms, {});
+  const std::function<void(DriveAnswers&)> kMore[] = {
+      [](DriveAnswers& answers) { answers.enables = false, pause(); },
+      [](DriveAnswers& answers) { answers.enables = false, _exit(0); },
+      [](DriveAnswers& answers) { answers.logs["Sense"] = {1}; }};
+  std::vector<machines::Query> queries;
+  queries.reserve(std::size(kMore));
+  for (const auto& more : kMore) queries.push_back({DriveOf(HealthyAnswers()), more});
+  const auto answers = machines::AskAll(queries, 900ms, {});
   EXPECT_EQ(All(answers.at(0)), All(HealthyAnswers()));
   EXPECT_EQ(All(answers.at(1)), All(HealthyAnswers()));
   EXPECT_EQ(answers.at(2).logs.size(), 1U);
-}
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): std::function keeps what it holds
 
 }  // namespace test

@@ -105,12 +105,14 @@ std::pair<bool, int> SlotOf(sys_seconds date, sys_seconds now) {
   return {isOld, isOld ? number / 7 : number};
 }
 
-// Whether the clock of now is more likely to be wrong than those of the answers, which are sorted:
-// it lies before most of them, or so far after all that none would be kept.
-bool IsClockWrong(const std::vector<DriveAnswers>& earlier, const HistoryRules& rules) {
-  if (earlier.empty()) return false;
-  const bool isBehind = *earlier[earlier.size() / 2].date > rules.now + days(1);
-  return isBehind || rules.now - *earlier.back().date > rules.kept;
+// The date that ages are counted from: now, unless the clock of now is more likely to be wrong than
+// those of the answers, which are sorted. It is behind at least two of them, or more than a month
+// after the last one. Then that one's date, so that nothing is lost by one wrong clock.
+sys_seconds Reference(const std::vector<DriveAnswers>& earlier, sys_seconds now) {
+  if (earlier.empty()) return now;
+  const sys_seconds last = *earlier.back().date;
+  const bool isBehind = earlier.size() > 1 && *earlier[earlier.size() - 2].date > now + days(1);
+  return isBehind || now - last > kMonth ? last : now;
 }
 
 // Of each slot the last, and none of that of the current answers, which are its last. The only one
@@ -119,17 +121,17 @@ std::vector<DriveAnswers> Thinned(std::vector<DriveAnswers> earlier,
                                   const std::optional<sys_seconds>& current,
                                   const HistoryRules& rules) {
   std::ranges::stable_sort(earlier, {}, [](const DriveAnswers& each) { return *each.date; });
-  if (IsClockWrong(earlier, rules)) return earlier;
+  const sys_seconds now = Reference(earlier, rules.now);
   std::erase_if(earlier, [&](const DriveAnswers& each) {
-    return *each.date > rules.now || rules.now - *each.date > rules.kept || each.date == current;
+    return *each.date > now || now - *each.date > rules.kept || each.date == current;
   });
   if (earlier.size() < 2) return earlier;
   std::set<std::pair<bool, int>> taken;
-  if (current) taken.insert(SlotOf(*current, rules.now));
+  if (current) taken.insert(SlotOf(*current, now));
   std::vector<DriveAnswers> kept;
   std::ranges::reverse(earlier);
   for (DriveAnswers& each : earlier) {
-    if (taken.insert(SlotOf(*each.date, rules.now)).second) kept.push_back(std::move(each));
+    if (taken.insert(SlotOf(*each.date, now)).second) kept.push_back(std::move(each));
   }
   if (kept.empty()) kept.push_back(std::move(earlier.back()));
   std::ranges::reverse(kept);
@@ -145,7 +147,7 @@ void KeepNames(DriveAnswers& answers, const DriveAnswers& before) {
 void TakeEarlier(Entry& device, const Entry& before, const HistoryRules& rules) {
   const DriveAnswers last = before.drive();
   DriveAnswers answers = AnswersOf(device);
-  if (!device.drive) answers.whyNotOpened = "it no longer answers LOG SENSE";
+  if (!device.drive) answers.whyNotOpened = "it answered before, and no longer does";
   if (!answers.whyNotOpened.empty()) {
     KeepNames(answers, last);
     device.drive = [answers] { return answers; };
@@ -163,9 +165,10 @@ std::optional<Entry> MakeGone(const Entry& before, const HistoryRules& rules) {
   gone.name = gone.className = machines::kOtherDiskClass;
   gone.goneSince = std::min(before.goneSince.value_or(rules.now), rules.now);
   if (rules.now - *gone.goneSince > kMonth) return std::nullopt;
+  gone.earlier = Thinned(before.earlier, std::nullopt, rules);
   const DriveAnswers last = before.drive();
-  if (SaySomething(last) || before.earlier.empty()) return gone;
-  DriveAnswers told = before.earlier.back();
+  if (SaySomething(last) || gone.earlier.empty()) return gone;
+  DriveAnswers told = gone.earlier.back();
   KeepNames(told, last);
   gone.earlier.pop_back();
   gone.drive = [told] { return told; };

@@ -106,7 +106,7 @@ std::string NameOf(std::filesystem::path argument, const std::filesystem::path& 
   std::error_code error;
   for (int links = 0; links < kMostLinks && !error; links++) {
     const std::filesystem::path folder = argument.parent_path();
-    const std::string name = argument.filename();
+    std::string name = argument.filename();
     const bool isDisk = std::ranges::find(disks, name, &Disk::name) != disks.end();
     if (isDisk && std::filesystem::equivalent(folder, dev, error)) return name;
     argument = folder / std::filesystem::read_symlink(argument, error);
