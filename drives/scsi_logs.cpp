@@ -117,9 +117,10 @@ void AddCycles(RecordedFacts& facts, int code, Bytes value) {
   constexpr std::string_view kSection = "scsi_start_stop_cycle_counter";
   constexpr int kDateOfManufacture = 1;
   constexpr std::array kRows = {
-      Row{3, "specified_cycle_count_over_device_lifetime", "Start-stop cycles, specified"},
+      Row{3, "specified_cycle_count_over_device_lifetime", "Start-stop cycles in a lifetime"},
       Row{4, "accumulated_start_stop_cycles", "Start-stop cycles"},
-      Row{5, "specified_load_unload_count_over_device_lifetime", "Load-unload cycles, specified"},
+      Row{5, "specified_load_unload_count_over_device_lifetime",
+          "Load-unload cycles in a lifetime"},
       Row{6, "accumulated_load_unload_cycles", "Load-unload cycles"}};
   const auto add = [&](const Row& row, std::uint64_t count) {
     AddFigure(facts, {kSection, "", row.key, std::string(row.name), {0, count}, row.unit});

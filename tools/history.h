@@ -17,8 +17,8 @@ struct HistoryRules {
 // the last 31 days, the last of the day, and before that one a week. Adds an entry for each drive
 // that is no longer there, for 31 days, at the end of the first root's children. A drive is known
 // by its product and serial number; one that has none, or shares them, has no history. One that
-// does not tell them is the one that was at its place. A drive that answered before, and now has no
-// answers, counts as one that could not be read. Nothing is kept of a recording with masked serial
+// does not tell them is the one that was at its place. A drive that answered before and now has
+// no answers was not read. Nothing is kept of a recording with masked serial
 // numbers, unless the new one has them masked too.
 void AddHistory(platform::Machine& machine, const platform::Machine& before,
                 const HistoryRules& rules);

@@ -19,8 +19,8 @@ drives::Protocol ProtocolOf(const platform::Entry& device);
 // nothing, in words, or an empty text.
 std::string AddAnswers(drives::Drive& drive, const platform::Entry& device);
 
-// The device as one that could not be read. It is named as the report of the drive would name it;
-// what its IDENTIFY DEVICE data do not tell, the kernel may.
+// A device that could not be read. It is named as the report of the drive would name it; what its
+// IDENTIFY DEVICE data do not tell, the kernel may.
 drives::UnreadDrive MakeUnread(std::string path, const platform::Entry& device);
 
 }  // namespace tools
