@@ -101,8 +101,8 @@ struct Entry {
   Dictionary properties;
   std::vector<Entry> children;
   Drive drive;  // empty: the entry has no S.M.A.R.T. user client
-  // What the platform's calls do not ask for: what the drive answered before, the oldest first, each
-  // with its date; and since when a drive is gone whose last answers these are.
+  // What the platform's calls do not ask for: what the drive answered before, the oldest first,
+  // each with its date; and since when a drive is gone whose last answers these are.
   std::vector<DriveAnswers> earlier = {};
   std::optional<std::chrono::sys_seconds> goneSince = {};
 };
