@@ -118,6 +118,7 @@ struct RecordedFacts {
   std::string_view percentageUsedKey = {};   // of the figure that has it
   std::optional<double> bytesRead = {};      // in all
   std::optional<double> bytesWritten = {};
+  std::string whyNoLogs = {};               // why logs are missing that it should have; empty: none
   std::vector<SelfTest> selfTests = {};     // of the drive's log, the last one first
   std::vector<LossCount> losses = {};       // of the attributes that the drive has
   std::optional<LossCount> crcErrors = {};  // between drive and computer: nothing is lost by them

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "base/printable_text.h"
 #include "drives/self_tests.h"
 
 namespace health {
@@ -176,6 +177,13 @@ void AddHeat(Reasons& reasons, const RecordedFacts& facts) {
   reasons.push_back(reason);
 }
 
+void AddMissingLogs(Reasons& reasons, const RecordedFacts& facts) {
+  if (facts.whyNoLogs.empty()) return;
+  Reason reason{Grade::kGood, "logs not read: " + base::OneLine(facts.whyNoLogs)};
+  reason.limitsJudgement = true;
+  reasons.push_back(reason);
+}
+
 void AddMissingCondition(Reasons& reasons, const RecordedFacts& facts) {
   if (facts.hasCondition) return;
   Reason reason{Grade::kGood, "the drive's own self-assessment: no answer"};
@@ -202,6 +210,7 @@ void AddSigns(Reasons& reasons, const RecordedFacts& facts) {
   AddLifeLeft(reasons, facts);
   AddLifeUsed(reasons, facts);
   AddHeat(reasons, facts);
+  AddMissingLogs(reasons, facts);
   AddMissingCondition(reasons, facts);
   AddAge(reasons, facts);
 }

@@ -87,6 +87,9 @@ struct DriveAnswers {
   // machines/entries/drive_logs.h gives them.
   std::map<std::string, Data, std::less<>> logs;
 
+  std::string whyNoLogs =
+      {};  // why logs that it should have are missing, in words; empty: none are
+
   bool operator==(const DriveAnswers&) const = default;
 };
 

@@ -283,4 +283,12 @@ TEST(Changes, AreToldALineEachTheWorstFirst) {
   }
 }
 
+// A log that is missing may hold what would be a sign.
+TEST(Logs, ThatAreMissingAreMentioned) {
+  DriveAnswers answers = AnswersOf(kStart, {});
+  answers.whyNoLogs = "it hangs";
+  const drives::Host host = tools::ReadRecordedHost(Written(Recording({answers})), kStart);
+  EXPECT_EQ(views::HealthText(health::HealthOf(host.drives.at(0))), "OK: logs not read: it hangs");
+}
+
 }  // namespace test

@@ -76,6 +76,7 @@ std::string AddLogs(drives::Drive& drive, const DriveAnswers& answers) {
 // Adds what the drive answered. Returns why that says nothing, in words, or an empty text.
 std::string AddTo(drives::Drive& drive, const DriveAnswers& answers) {
   drive.recorded->date = answers.date;
+  drive.recorded->whyNoLogs = Name(answers.whyNoLogs);
   if (drive.protocol != drives::Protocol::kATA) return AddLogs(drive, answers);
   AddATAAnswers(drive, answers);
   return "";

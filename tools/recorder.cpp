@@ -51,6 +51,7 @@ void PrintFailures(const std::vector<platform::Entry>& devices) {
     } else if (!answers.whyNotOpened.empty()) {
       failures = {answers.whyNotOpened};
     }
+    if (!answers.whyNoLogs.empty()) failures.push_back("logs not read: " + answers.whyNoLogs);
     for (const std::string& failure : failures) {
       base::PrintError(kCommandLine.program,
                        std::string(machines::DiskName(device)).append(": ").append(failure));

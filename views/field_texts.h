@@ -77,8 +77,8 @@ std::string OriginText(const drives::Host& host);
 // "line 12: what is wrong"
 std::string DamageText(const drives::Damage& damage);
 
-// "Not asked: vda" and the like: the disks of which nothing is known but the name. None where
-// there are none, or nothing is known of any.
+// "Not asked: vda" and the like: the names of disks without facts. None where there are no such
+// disks, or the host comes from a report, which does not mention them.
 std::vector<std::string> OtherDisksTexts(const drives::Host& host);
 
 }  // namespace views

@@ -63,8 +63,7 @@ struct Judgement {
 // verdict:
 // - critical: a drive is failing;
 // - unknown: there is a fault, a device that could not be read or tells nothing of its health, or
-//   no drive, not even one that is gone. A drive of which nothing is known may be failing, and so
-//   may all that a probe did not find;
+//   no drive, not even one that is gone. Any of these may hide a drive that is failing;
 // - warning: a drive is of any other grade but kGood.
 // Disks that were not asked are named, and change nothing.
 Judgement Check(const drives::Host& host, const std::vector<std::string>& faults);

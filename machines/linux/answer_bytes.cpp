@@ -78,6 +78,7 @@ std::string Packed(const DriveAnswers& answers) {
   packing.Number(answers.date ? 1 : 0);
   const auto date = answers.date.value_or(std::chrono::sys_seconds());
   packing.Number(static_cast<std::uint64_t>(date.time_since_epoch().count()));
+  packing.Text(answers.whyNoLogs);
   packing.Number(answers.logs.size());
   for (const auto& [name, bytes] : answers.logs) {
     packing.Text(name);
@@ -100,6 +101,7 @@ std::optional<DriveAnswers> Unpacked(std::string_view bytes) try {
   const bool hasDate = unpacking.Number() != 0;
   const std::chrono::seconds date(static_cast<std::int64_t>(unpacking.Number()));
   if (hasDate) answers.date = std::chrono::sys_seconds(date);
+  answers.whyNoLogs = unpacking.Text<std::string>();
   for (std::uint64_t logs = unpacking.Number(); logs > 0; logs--) {
     auto name = unpacking.Text<std::string>();
     answers.logs.emplace(std::move(name), unpacking.Text<platform::Data>());

@@ -91,8 +91,7 @@ platform::Drive MakeAtaDrive(AtaNode node, KeptAnswers kept) {
 
 void AddAtaLogs(const DiskNode& node, DriveAnswers& answers) {
   if (!answers.whyNotOpened.empty() || !answers.data.succeeds) return;
-  std::string why;
-  const base::Descriptor opened = OpenNode(node, why);
+  const base::Descriptor opened = OpenNode(node, answers.whyNoLogs);
   if (!opened.IsOpen()) return;
   const platform::BlockAnswer& before =
       answers.thresholds.succeeds ? answers.thresholds : answers.data;

@@ -68,11 +68,13 @@ void Send(const DriveAnswers& answers) {
   std::signal(SIGPIPE, SIG_DFL);  // ends the child if the parent is gone
   GiveUpDescriptorsBut(pipe);
   DriveAnswers answers = query.drive();
-  Send(answers);
   if (query.more) {
+    DriveAnswers first = answers;  // all that comes, if it hangs then
+    first.whyNoLogs = "it did not answer when it was asked for its logs";
+    Send(first);
     query.more(answers);
-    Send(answers);
   }
+  Send(answers);
   _exit(0);
 }
 

@@ -34,8 +34,7 @@ platform::Drive MakeNvmeDrive(DiskNode node) {
 
 void AddNvmeLogs(const DiskNode& node, DriveAnswers& answers) {
   if (!answers.whyNotOpened.empty()) return;
-  std::string why;
-  const base::Descriptor opened = OpenNode(node, why);
+  const base::Descriptor opened = OpenNode(node, answers.whyNoLogs);
   Data controller(kControllerSize);
   if (!opened.IsOpen()) return;
   if (!SendNvme(opened.Number(), kIdentifyNvmeController, controller).empty()) return;

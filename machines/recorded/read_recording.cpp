@@ -17,7 +17,7 @@ namespace {
 
 constexpr auto kDriveKeys = std::to_array<std::string_view>(
     {kDataKey, kThresholdsKey, kIdentifyKey, kExceededKey, kEnableFailsKey, kQueryFailsKey,
-     kDataFailsKey, kThresholdsFailsKey, kDateKey, kWhyKey});
+     kDataFailsKey, kThresholdsFailsKey, kDateKey, kWhyKey, kWhyNoLogsKey});
 
 using platform::Array;
 using platform::Data;
@@ -103,6 +103,7 @@ platform::DriveAnswers MoveAnswers(Dictionary& recorded) {
   if (recorded.contains(kExceededKey)) answers.exceeded = Flag(recorded, kExceededKey);
   answers.enables = !Flag(recorded, kEnableFailsKey);
   answers.date = DateOf(recorded, kDateKey);
+  answers.whyNoLogs = Take<std::string>(recorded, kWhyNoLogsKey);
   const auto why = Take<std::string>(recorded, kWhyKey);
   if (Flag(recorded, kQueryFailsKey)) {
     answers.whyNotOpened = why.empty() ? "it was not opened when recorded" : why;

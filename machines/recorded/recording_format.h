@@ -28,6 +28,7 @@ inline constexpr std::string_view kWhyKey = "WhyNotOpened";
 inline constexpr std::string_view kDataFailsKey = "DataFails";
 inline constexpr std::string_view kThresholdsFailsKey = "ThresholdsFails";
 inline constexpr std::string_view kDateKey = "Date";
+inline constexpr std::string_view kWhyNoLogsKey = "WhyNoLogs";
 inline constexpr std::string_view kEarlierKey = "Earlier";
 inline constexpr std::string_view kGoneKey = "Gone";
 inline constexpr std::string_view kGoneSinceKey = "GoneSince";

@@ -76,6 +76,7 @@ Dictionary RecordDrive(const platform::DriveAnswers& answers) {
   // A clock may be wrong, so that the date cannot be written.
   if (answers.date && IsWritableDate(*answers.date)) Put(recorded, kDateKey, *answers.date);
   for (const auto& [name, bytes] : answers.logs) Put(recorded, name, bytes);
+  if (!answers.whyNoLogs.empty()) Put(recorded, kWhyNoLogsKey, answers.whyNoLogs);
   return recorded;
 }
 
